@@ -1,0 +1,142 @@
+// Script values: the Automation-style Variant every KORVEX script works with.
+//
+// A Value is one of eleven types (see VarType). It is cheap to copy: strings,
+// arrays and objects are held through shared, immutable storage, so a copy is
+// a reference-count increment. The numeric payloads live inline.
+//
+// This header only describes the value itself. Conversions, arithmetic,
+// comparison and formatting live in <korvex/variant.hpp> and
+// <korvex/format.hpp>; they need a Locale (<korvex/locale.hpp>), never global
+// state.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex {
+
+class HostObject;  // late-bound host object, see <korvex/host_object.hpp>
+using ObjectRef = std::shared_ptr<HostObject>;
+
+enum class VarType : std::uint8_t {
+  Empty,
+  Null,
+  Integer,   // 16-bit signed
+  Long,      // 32-bit signed
+  Double,
+  Currency,  // 64-bit integer scaled by 10,000
+  Date,      // double: days since 1899-12-30, fraction = time of day
+  String,    // UTF-16
+  Boolean,   // True is -1 when taken as a number
+  Object,    // reference-counted host object (may be "Nothing")
+  Array,     // any number of dimensions, each with its own lower bound
+};
+
+/// The name used in messages and JSON output ("Empty", "Double", ...).
+std::string_view typeName(VarType t) noexcept;
+
+/// Fixed-point money value: the amount times 10,000.
+struct Currency {
+  std::int64_t scaled = 0;
+  static constexpr std::int64_t kScale = 10000;
+  friend bool operator==(Currency, Currency) = default;
+};
+
+class Value;
+
+/// A multi-dimensional array of Values. Elements are stored with the first
+/// index outermost (row-major), i.e. the last index varies fastest.
+class Array {
+ public:
+  struct Bound {
+    std::int32_t lower = 0;
+    std::int32_t count = 0;  // number of elements in this dimension
+  };
+
+  Array() = default;
+  explicit Array(std::vector<Bound> bounds);
+
+  std::size_t dimensions() const noexcept { return bounds_.size(); }
+  const std::vector<Bound>& bounds() const noexcept { return bounds_; }
+  std::int32_t lbound(std::size_t dim) const { return bounds_.at(dim).lower; }
+  std::int32_t ubound(std::size_t dim) const {
+    return bounds_.at(dim).lower + bounds_.at(dim).count - 1;
+  }
+
+  /// Flat element storage, first index outermost.
+  const std::vector<Value>& elements() const noexcept { return elements_; }
+  std::vector<Value>& elements() noexcept { return elements_; }
+
+  /// Element at the given indexes (one per dimension, in declared bounds);
+  /// nullptr when the indexes are out of range or of the wrong count.
+  const Value* at(std::span<const std::int32_t> indexes) const noexcept;
+  Value* at(std::span<const std::int32_t> indexes) noexcept;
+
+ private:
+  std::ptrdiff_t offset(std::span<const std::int32_t> indexes) const noexcept;
+  std::vector<Bound> bounds_;
+  std::vector<Value> elements_;
+};
+
+class Value {
+ public:
+  Value() noexcept = default;  // Empty
+
+  static Value null() noexcept;
+  static Value integer(std::int16_t v) noexcept;
+  static Value lng(std::int32_t v) noexcept;
+  static Value dbl(double v) noexcept;
+  static Value currency(Currency v) noexcept;
+  static Value date(double serial) noexcept;
+  static Value string(std::u16string v);
+  static Value string(std::u16string_view v);
+  static Value string(const char16_t* v) { return string(std::u16string_view(v)); }
+  static Value boolean(bool v) noexcept;
+  static Value object(ObjectRef v) noexcept;
+  static Value array(Array v);
+
+  VarType type() const noexcept { return type_; }
+  bool isEmpty() const noexcept { return type_ == VarType::Empty; }
+  bool isNull() const noexcept { return type_ == VarType::Null; }
+  bool isString() const noexcept { return type_ == VarType::String; }
+  bool isObject() const noexcept { return type_ == VarType::Object; }
+  bool isArray() const noexcept { return type_ == VarType::Array; }
+  /// Integer, Long, Double, Currency (not Boolean, not Date).
+  bool isNumberType() const noexcept;
+
+  // Raw payload access. Each requires the matching type (checked in debug
+  // builds); conversions between types live in <korvex/variant.hpp>.
+  std::int16_t integerValue() const noexcept { return u_.i16; }
+  std::int32_t longValue() const noexcept { return u_.i32; }
+  double doubleValue() const noexcept { return u_.d; }  // Double and Date
+  Currency currencyValue() const noexcept { return Currency{u_.cy}; }
+  bool booleanValue() const noexcept { return u_.b; }
+  const std::u16string& stringValue() const noexcept;
+  const ObjectRef& objectValue() const noexcept;
+  const Array& arrayValue() const noexcept;
+
+ private:
+  VarType type_ = VarType::Empty;
+  union {
+    std::int16_t i16;
+    std::int32_t i32;
+    double d;
+    std::int64_t cy;
+    bool b;
+  } u_{};
+  // Shared storage for String, Object and Array payloads; empty otherwise.
+  std::shared_ptr<const std::u16string> str_;
+  ObjectRef obj_;
+  std::shared_ptr<const Array> arr_;
+};
+
+/// UTF-8 <-> UTF-16 at the edges (files, command line, JSON). Invalid input
+/// sequences become U+FFFD.
+std::u16string fromUtf8(std::string_view utf8);
+std::string toUtf8(std::u16string_view utf16);
+
+}  // namespace korvex

@@ -1,0 +1,49 @@
+// Argument lists: the text between a function's parentheses, split into
+// argument expressions and evaluated one by one.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "korvex/value.hpp"
+
+namespace korvex {
+
+class BasicEngine;
+
+struct Para {
+  std::u16string Expression;  // source text as cut from the list
+  std::int16_t ParaIndex = 0;  // counted from 0
+  Value value;                 // after EvaluateParas
+};
+
+class Paras {
+ public:
+  /// Splits the text: outer "(" and ")" dropped (each at most once), then
+  /// top-level "," / "，" separate arguments; empty arguments are dropped.
+  /// Returns ErrNum().
+  std::int32_t Parse(std::u16string_view text);
+  /// Evaluates every argument in order; 0, or the first failing
+  /// evaluation's number (its message stays on the engine). Platform
+  /// run-time faults propagate.
+  std::int32_t EvaluateParas(BasicEngine& engine);
+
+  std::size_t Count() const noexcept { return items_.size(); }
+  /// 1-based, as the list counts.
+  const Para& Item(std::size_t index) const { return items_.at(index - 1); }
+  Para& Item(std::size_t index) { return items_.at(index - 1); }
+  const std::u16string& ParaText() const noexcept { return paraText_; }
+
+  std::int32_t ErrNum() const noexcept { return errNum_; }
+  const std::u16string& ErrMsg() const noexcept { return errMsg_; }
+
+ private:
+  std::u16string paraText_;
+  std::vector<Para> items_;
+  std::int32_t errNum_ = 0;
+  std::u16string errMsg_;
+};
+
+}  // namespace korvex

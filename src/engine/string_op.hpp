@@ -1,0 +1,54 @@
+// Character-level readers over one script line: a quoted string, a
+// parenthesised group, one element of an argument list.
+//
+// Positions are 1-based (as the script language counts them); every reader
+// starts at `pos` and leaves it on the last character it consumed. A reader
+// returns 0 or an error number and keeps the message in ErrMsg().
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace korvex {
+
+/// A blank is any character whose code is at or below that of the space.
+constexpr bool isBlank(char16_t c) noexcept { return c <= u' '; }
+/// May start a name: A-Z/a-z, "_", or a double-byte (e.g. Chinese) character.
+bool isIdentStart(char16_t c) noexcept;
+/// May continue a name: as isIdentStart plus the digits.
+bool isIdentChar(char16_t c) noexcept;
+/// The text without blanks at both ends.
+std::u16string_view trimBlanks(std::u16string_view s) noexcept;
+/// The text before the first carriage return.
+std::u16string_view firstLine(std::u16string_view s) noexcept;
+/// Upper-cases ASCII letters only (keywords and names are compared this way).
+std::u16string upperAscii(std::u16string_view s);
+bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept;
+
+class StringOp {
+ public:
+  /// From the opening '"' through the next '"' (no escapes). Error 2
+  /// "错误的表达式,期待引号。\r\n<text>" when the text ends first.
+  std::int32_t ReadStringQueto(std::u16string_view text, std::int16_t& pos,
+                               std::u16string& piece);
+  /// From pos through the ")" matching the first "(" (blanks before it are
+  /// kept). Errors 26 (something before the "(") and 25 (unbalanced).
+  std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
+                                     std::u16string& piece);
+  /// One element of an argument list (see Paras). Error 2 for a list that
+  /// ends with a separator.
+  std::int32_t ReadStringUntilMeetCommaOrEnd(std::u16string_view text,
+                                             std::int16_t& pos, std::u16string& piece,
+                                             bool& separatorFound);
+
+  std::int32_t ErrNum() const noexcept { return errNum_; }
+  const std::u16string& ErrMsg() const noexcept { return errMsg_; }
+
+ private:
+  std::int32_t fail(std::int32_t number, std::u16string msg);
+  std::int32_t errNum_ = 0;
+  std::u16string errMsg_;
+};
+
+}  // namespace korvex

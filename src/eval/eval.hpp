@@ -1,0 +1,18 @@
+// The expression evaluator: text -> postfix sequence -> Value.
+#pragma once
+
+#include <string_view>
+
+#include "korvex/value.hpp"
+
+namespace korvex {
+
+class BasicEngine;
+
+/// Evaluates one expression against the engine's variables, record and
+/// functions. On an error the engine's ErrNum/ErrMsg are set and Empty is
+/// returned. Platform run-time faults raised by built-in functions (e.g. an
+/// overflow in CLng) propagate as vb::RuntimeError to the run loop.
+Value Evaluate(BasicEngine& engine, std::u16string_view expression);
+
+}  // namespace korvex

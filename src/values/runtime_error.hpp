@@ -1,0 +1,49 @@
+// The platform's run-time errors, raised by value operations.
+//
+// Inside KORVEX a failing Variant operation (a string that is no number, an
+// overflow, a division by zero, a Null where a value is needed) behaves like
+// the platform's run-time error: it unwinds to whoever traps it. The trap is
+// the run loop of the engine (or an evaluator that maps faults to its own
+// error); the exception never leaves the library.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace korvex::vb {
+
+// Platform run-time error numbers.
+inline constexpr std::int32_t kInvalidCall = 5;       // 无效的过程调用或参数
+inline constexpr std::int32_t kOverflow = 6;          // 溢出
+inline constexpr std::int32_t kSubscript = 9;         // 下标越界
+inline constexpr std::int32_t kDivisionByZero = 11;   // 除数为零
+inline constexpr std::int32_t kTypeMismatch = 13;     // 类型不匹配
+inline constexpr std::int32_t kObjectNotSet = 91;     // 对象变量或 With 块变量未设置
+inline constexpr std::int32_t kInvalidNull = 94;      // 无效使用 Null
+inline constexpr std::int32_t kObjectRequired = 424;  // 要求对象
+inline constexpr std::int32_t kNoSuchMember = 438;    // 对象不支持该属性或方法
+
+/// The platform's Chinese text for a run-time error number ("" if unknown).
+std::u16string_view runtimeErrorText(std::int32_t number) noexcept;
+
+class RuntimeError : public std::exception {
+ public:
+  /// An error with the platform's standard text for its number.
+  explicit RuntimeError(std::int32_t number);
+  /// An error with its own description (host object failures).
+  RuntimeError(std::int32_t number, std::u16string description);
+
+  std::int32_t number() const noexcept { return number_; }
+  const std::u16string& description() const noexcept { return description_; }
+  const char* what() const noexcept override { return "korvex run-time error"; }
+
+ private:
+  std::int32_t number_;
+  std::u16string description_;
+};
+
+[[noreturn]] void raise(std::int32_t number);
+
+}  // namespace korvex::vb
