@@ -175,6 +175,9 @@ class BasicEngine {
 
  private:
   struct State;
+  void splitCodeBlock();
+  void runLines();
+  [[noreturn]] void raiseLineError(std::int32_t number) const;
   std::unique_ptr<State> s_;
 };
 

@@ -3,6 +3,7 @@
 // recording one (for tests, batch runs and JSON output).
 #pragma once
 
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,11 +55,20 @@ class RecordingUserInterface : public UserInterface {
 /// (end of input answers Yes / cancels).
 class ConsoleUserInterface : public UserInterface {
  public:
+  /// Talks to standard input and output.
+  ConsoleUserInterface();
+  /// Talks to the given streams (UTF-8 text).
+  ConsoleUserInterface(std::istream& in, std::ostream& out);
+
   Answer messageBox(std::u16string_view text, Buttons buttons,
                     std::u16string_view title) override;
   std::optional<std::u16string> inputBox(std::u16string_view prompt,
                                          std::u16string_view title,
                                          std::u16string_view defaultText) override;
+
+ private:
+  std::istream& in_;
+  std::ostream& out_;
 };
 
 }  // namespace korvex

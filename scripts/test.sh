@@ -1,0 +1,22 @@
+#!/bin/sh
+# Builds KORVEX and runs every test. With KORVEX_SANITIZE=1 the build goes to
+# build-asan/ with the address and undefined-behaviour sanitizers (and
+# without the benchmarks).
+set -eu
+
+cd "$(dirname "$0")/.."
+jobs="${KORVEX_JOBS:-2}"
+
+if [ "${KORVEX_SANITIZE:-0}" = "1" ]; then
+  dir=build-asan
+  cmake -S . -B "$dir" -DKORVEX_SANITIZE=ON -DKORVEX_BENCHMARKS=OFF
+  export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}"
+  export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}"
+else
+  dir=build
+  cmake -S . -B "$dir"
+fi
+
+cmake --build "$dir" -j"$jobs"
+cd "$dir"
+ctest --output-on-failure -j"$jobs"

@@ -1,0 +1,26 @@
+// korvex: runs payroll scripts from the command line.
+#include <iostream>
+#include <string_view>
+#include <vector>
+
+#include "cli/options.hpp"
+#include "cli/run_command.hpp"
+
+int main(int argc, char** argv) {
+  using korvex::cli::CommandLine;
+  std::vector<std::string_view> args;
+  for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
+
+  const CommandLine cmd = korvex::cli::parseCommandLine(args);
+  switch (cmd.action) {
+    case CommandLine::Action::Help:
+      std::cout << korvex::cli::usageText();
+      return korvex::cli::kExitSuccess;
+    case CommandLine::Action::Run:
+      return korvex::cli::runScript(cmd.run, std::cin, std::cout, std::cerr);
+    case CommandLine::Action::Error:
+      break;
+  }
+  std::cerr << "korvex: " << cmd.error << "\nTry 'korvex --help' for more information.\n";
+  return korvex::cli::kExitUsage;
+}

@@ -1,0 +1,178 @@
+#include "cli/run_command.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+
+#include "cli/json.hpp"
+#include "korvex/engine.hpp"
+#include "korvex/locale.hpp"
+#include "korvex/user_interface.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::cli {
+
+namespace {
+
+constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
+
+// The console, except that input prompts take the replies given with
+// --answer (and are cancelled once those run out).
+class AnsweringConsole : public ConsoleUserInterface {
+ public:
+  AnsweringConsole(std::istream& in, std::ostream& out, std::vector<std::u16string> answers)
+      : ConsoleUserInterface(in, out), answers_(std::move(answers)) {}
+
+  std::optional<std::u16string> inputBox(std::u16string_view, std::u16string_view,
+                                         std::u16string_view) override {
+    if (next_ >= answers_.size()) return std::nullopt;
+    return answers_[next_++];
+  }
+
+ private:
+  std::vector<std::u16string> answers_;
+  std::size_t next_ = 0;
+};
+
+// Ctrl-C asks the running script to stop (the engine's stop prompt then
+// decides); a second Ctrl-C before the next line starts ends the process.
+BasicEngine* volatile gRunning = nullptr;
+volatile std::sig_atomic_t gInterrupts = 0;
+
+extern "C" void onInterrupt(int) {
+  gInterrupts = gInterrupts + 1;
+  if (gInterrupts >= 2 || gRunning == nullptr) {
+    std::signal(SIGINT, SIG_DFL);
+    std::raise(SIGINT);
+    return;
+  }
+  gRunning->RequestStop();
+}
+
+class InterruptGuard {
+ public:
+  explicit InterruptGuard(BasicEngine& engine) {
+    gInterrupts = 0;
+    gRunning = &engine;
+    previous_ = std::signal(SIGINT, onInterrupt);
+  }
+  ~InterruptGuard() {
+    std::signal(SIGINT, previous_ == SIG_ERR ? SIG_DFL : previous_);
+    gRunning = nullptr;
+  }
+  InterruptGuard(const InterruptGuard&) = delete;
+  InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+ private:
+  void (*previous_)(int) = SIG_DFL;
+};
+
+std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
+  if (path == "-") {
+    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (in.bad()) {
+      error = "cannot read the script from standard input";
+      return std::nullopt;
+    }
+    return bytes;
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    error = "cannot open '" + path + "': " + std::strerror(errno);
+    return std::nullopt;
+  }
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  if (file.bad()) {
+    error = "cannot read '" + path + "'";
+    return std::nullopt;
+  }
+  return std::move(bytes).str();
+}
+
+std::vector<std::u16string> toUtf16(const std::vector<std::string>& texts) {
+  std::vector<std::u16string> out;
+  out.reserve(texts.size());
+  for (const auto& t : texts) out.push_back(fromUtf8(t));
+  return out;
+}
+
+RunOutcome outcomeOf(const BasicEngine& engine, const RecordingUserInterface& ui) {
+  RunOutcome r;
+  r.errNum = engine.ErrNum();
+  r.errMsg = engine.ErrMsg();
+  r.currentLine = engine.CurrentLineNum();
+  r.lineCount = engine.LineCount();
+  r.ifCount = engine.IfCount();
+  r.doCount = engine.DoCount();
+  r.flagCount = engine.StmtFlagCount();
+  r.variables = engine.Variables();
+  r.messages = ui.messages();
+  return r;
+}
+
+}  // namespace
+
+std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
+  if (encoding == Encoding::Gbk) return vb::decodeGbk(bytes);
+  if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());
+  return fromUtf8(bytes);
+}
+
+int runScript(const RunOptions& options, std::istream& in, std::ostream& out, std::ostream& err) {
+  std::string readError;
+  const std::optional<std::string> bytes = readAll(options.script, in, readError);
+  if (!bytes) {
+    err << "korvex: " << readError << '\n';
+    return kExitUsage;
+  }
+
+  BasicEngine engine;
+  if (const Locale* loc = Locale::byName(options.locale)) engine.SetLocale(*loc);
+
+  std::shared_ptr<RecordingUserInterface> recorder;
+  if (options.json) {
+    recorder = std::make_shared<RecordingUserInterface>(toUtf16(options.answers));
+    engine.SetUserInterface(recorder);
+  } else if (options.answersGiven) {
+    engine.SetUserInterface(std::make_shared<AnsweringConsole>(in, out, toUtf16(options.answers)));
+  } else {
+    engine.SetUserInterface(std::make_shared<ConsoleUserInterface>(in, out));
+  }
+
+  for (const Preset& preset : options.presets) {
+    const Value value = engine.Evaluate(fromUtf8(preset.expression));
+    if (engine.ErrNum() != 0) {
+      err << "korvex: --set " << preset.name << '=' << preset.expression << ": "
+          << toUtf8(engine.ErrMsg()) << " (" << engine.ErrNum() << ")\n";
+      return kExitUsage;
+    }
+    engine.SetSysVar(fromUtf8(preset.name), value);
+  }
+
+  engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
+  {
+    InterruptGuard guard(engine);
+    engine.SetLineHook([](std::int16_t) {
+      gInterrupts = 0;
+      return true;
+    });
+    engine.Execute();
+  }
+
+  if (options.json) {
+    out << outcomeJson(outcomeOf(engine, *recorder)) << '\n' << std::flush;
+  } else if (engine.ErrNum() != 0) {
+    out << std::flush;
+    err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误
+        << toUtf8(engine.ErrMsg()) << '\n';
+  }
+  return engine.ErrNum() == 0 ? kExitSuccess : kExitScriptFailed;
+}
+
+}  // namespace korvex::cli

@@ -1,0 +1,27 @@
+// `korvex run`: reads a script, pre-sets variables, runs it and reports.
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/options.hpp"
+
+namespace korvex::cli {
+
+/// Exit statuses of the command.
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitScriptFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+/// The script text from its raw bytes: UTF-8 with an optional byte-order
+/// mark, or GBK. Line breaks are kept exactly as written.
+std::u16string decodeScript(std::string_view bytes, Encoding encoding);
+
+/// Runs the script the options name. `in` is standard input (the script for
+/// "-", and console replies); `out` and `err` receive the report. Returns the
+/// exit status.
+int runScript(const RunOptions& options, std::istream& in, std::ostream& out, std::ostream& err);
+
+}  // namespace korvex::cli

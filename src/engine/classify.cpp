@@ -1,0 +1,177 @@
+// WhatSTMT: which kind of statement a line is, from its first word (and for
+// DO, END and EXIT its second). Runs for every line executed and every line
+// a block statement scans past, so it works on the view in place: words are
+// upper-cased into a small fixed buffer, never into a new string.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "engine/messages.hpp"
+#include "engine/string_op.hpp"
+#include "korvex/engine.hpp"
+
+namespace korvex {
+
+namespace {
+
+// The engine's reserved words. A line whose first word is one of them but
+// no statement word is refused (error 23) rather than taken as an
+// assignment to a variable of that name.
+constexpr std::array<std::u16string_view, 44> kReservedWords = {
+    u"If",           u"Then",       u"Do",    u"Loop",  u"End",      u"True",      u"False",
+    u"For",          u"Next",       u"Else",  u"To",    u"Step",     u"And",       u"Or",
+    u"Not",          u"While",      u"Until", u"Exit",  u"EOF",      u"MoveFirst", u"MoveNext",
+    u"MovePrevious", u"MoveLast",   u"BOF",   u"Dim",   u"移至顶部", u"下移指针",  u"上移指针",
+    u"移至底部",     u"MsgBox",     u"Day",   u"Month", u"Year",     u"Date",      u"Sqr",
+    u"Int",          u"Round",      u"Len",   u"Mid",   u"Time",     u"Rem",       u"CStr",
+    u"Abs",          u"Num2Chinese"};
+
+// Longer than every keyword and reserved word: such a word is a name.
+constexpr std::size_t kMaxKeyword = 12;
+
+// An upper-cased word of at most kMaxKeyword characters, or "too long".
+class Word {
+ public:
+  explicit Word(std::u16string_view w) noexcept {
+    if (w.size() > kMaxKeyword) {
+      tooLong_ = true;
+      return;
+    }
+    size_ = w.size();
+    for (std::size_t i = 0; i < size_; ++i) {
+      const char16_t c = w[i];
+      buf_[i] = (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - (u'a' - u'A')) : c;
+    }
+  }
+  bool is(std::u16string_view upper) const noexcept { return !tooLong_ && view() == upper; }
+  bool empty() const noexcept { return !tooLong_ && size_ == 0; }
+  bool tooLong() const noexcept { return tooLong_; }
+  std::u16string_view view() const noexcept { return {buf_.data(), size_}; }
+
+ private:
+  std::array<char16_t, kMaxKeyword> buf_{};
+  std::size_t size_ = 0;
+  bool tooLong_ = false;
+};
+
+bool equalsUpper(std::u16string_view upperWord, std::u16string_view keyword) noexcept {
+  if (upperWord.size() != keyword.size()) return false;
+  for (std::size_t i = 0; i < keyword.size(); ++i) {
+    char16_t k = keyword[i];
+    if (k >= u'a' && k <= u'z') k = static_cast<char16_t>(k - (u'a' - u'A'));
+    if (upperWord[i] != k) return false;
+  }
+  return true;
+}
+
+bool isReservedWord(const Word& w) noexcept {
+  if (w.tooLong()) return false;
+  return std::any_of(kReservedWords.begin(), kReservedWords.end(),
+                     [&](std::u16string_view r) { return equalsUpper(w.view(), r); });
+}
+
+// The second word: after blanks, the run of non-blank characters; a "'"
+// where it would start means there is none (the rest is a comment).
+Word secondWord(std::u16string_view rest) noexcept {
+  std::size_t i = 0;
+  while (i < rest.size() && isBlank(rest[i])) ++i;
+  if (i == rest.size() || rest[i] == u'\'') return Word(std::u16string_view{});
+  std::size_t end = i;
+  while (end < rest.size() && !isBlank(rest[end])) ++end;
+  return Word(rest.substr(i, end - i));
+}
+
+// Nothing but blanks, or a comment, after the word.
+bool restIsEmpty(std::u16string_view rest) noexcept {
+  const std::size_t quote = rest.find(u'\'');
+  return trimBlanks(rest.substr(0, quote)).empty();
+}
+
+}  // namespace
+
+std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) {
+  const std::size_t n = line.size();
+  std::size_t i = 0;
+  while (i < n && isBlank(line[i])) ++i;
+  if (i == n) return kStmtBlank;
+  if (line[i] == u'\'') return kStmtComment;
+  if (!isIdentStart(line[i])) {
+    SetErrMsg(std::u16string(msg::kBadSymbol));
+    SetErrNum(3);
+    return 0;
+  }
+  const std::size_t start = i++;
+  for (; i < n && !isBlank(line[i]) && line[i] != u'='; ++i) {
+    if (!isIdentChar(line[i])) {
+      std::u16string text(msg::kBadSymbol);
+      text += line[i];
+      text += u'\'';
+      SetErrMsg(std::move(text));
+      SetErrNum(3);
+      return 0;
+    }
+  }
+  const Word word(line.substr(start, i - start));
+  const std::u16string_view rest = line.substr(i);
+
+  if (word.tooLong()) return kStmtAssign;
+  if (word.is(u"IF")) return kStmtIf;
+  if (word.is(u"DO")) {
+    const Word second = secondWord(rest);
+    if (second.is(u"WHILE")) return kStmtDoWhile;
+    if (second.is(u"UNTIL")) return kStmtDoUntil;
+    return kStmtSyntaxError;
+  }
+  if (word.is(u"LOOP")) return kStmtLoop;
+  if (word.is(u"RAISEERROR")) return kStmtRaiseError;
+  if (word.is(u"END")) {
+    const Word second = secondWord(rest);
+    if (second.is(u"IF")) return kStmtEndIf;
+    if (second.is(u"DO")) return kStmtEndDo;
+    if (second.empty()) return kStmtEnd;
+    return kStmtSyntaxError;
+  }
+  if (word.is(u"ELSE")) return kStmtElse;
+  if (word.is(u"REM")) return kStmtComment;
+  if (word.is(u"EXIT")) {
+    const Word second = secondWord(rest);
+    if (second.is(u"DO")) return kStmtExitDo;
+    if (second.is(u"FOR")) return kStmtExitFor;
+    return kStmtSyntaxError;
+  }
+
+  struct Move {
+    std::u16string_view english, chinese;
+    StatementKind kind;
+  };
+  static constexpr std::array<Move, 4> kMoves = {{
+      {u"MOVEFIRST", u"移至顶部", kStmtMoveFirst},
+      {u"MOVENEXT", u"下移指针", kStmtMoveNext},
+      {u"MOVEPREVIOUS", u"上移指针", kStmtMovePrevious},
+      {u"MOVELAST", u"移至底部", kStmtMoveLast},
+  }};
+  for (const Move& m : kMoves) {
+    if (word.is(m.english) || word.is(m.chinese)) {
+      if (!restIsEmpty(rest)) {
+        SetErrMsg(std::u16string(msg::kSyntax));
+        SetErrNum(1);
+        return 0;
+      }
+      return m.kind;
+    }
+  }
+
+  if (word.is(u"DIM")) return kStmtDim;
+  if (word.is(u"MSGBOX")) return kStmtMsgBox;
+  if (word.is(u"ADDRECORD") || word.is(u"增加记录")) return kStmtAddRecord;
+  if (word.is(u"DELRECORD") || word.is(u"删除记录")) return kStmtDelRecord;
+  if (isReservedWord(word)) {
+    SetErrMsg(std::u16string(msg::kKeywordMisused));
+    SetErrNum(23);
+    return 0;
+  }
+  return kStmtAssign;
+}
+
+}  // namespace korvex

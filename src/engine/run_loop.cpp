@@ -1,0 +1,196 @@
+// Execute: the line-by-line run loop. Every line is classified afresh each
+// time control reaches it and handed to its statement; the first error ends
+// the run and is left for the host in ErrNum / ErrMsg.
+#include <string>
+
+#include "engine/checked.hpp"
+#include "engine/engine_state.hpp"
+#include "engine/faults.hpp"
+#include "engine/messages.hpp"
+#include "statements/statement.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex {
+
+namespace {
+
+// The number under which the engine's own findings (a line it cannot
+// classify, a block left open) reach the host: the platform's object-error
+// base plus 1500.
+constexpr std::int32_t kEngineError = static_cast<std::int32_t>(0x80040000u) + 1500;
+
+constexpr std::u16string_view kRaiseErrorWord = u"RAISEERROR";
+
+// The argument text of a RAISEERROR line: everything after the keyword but
+// its first character (normally the separating blank). "RaiseError(5)"
+// hands over "5)"; a line that is the bare keyword asks for a negative
+// length, which the platform refuses (error 5).
+std::u16string_view raiseErrorArgument(std::u16string_view line) {
+  std::size_t q = 0;
+  for (; q + kRaiseErrorWord.size() <= line.size(); ++q) {
+    bool match = true;
+    for (std::size_t k = 0; k < kRaiseErrorWord.size() && match; ++k) {
+      char16_t c = line[q + k];
+      if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - (u'a' - u'A'));
+      match = c == kRaiseErrorWord[k];
+    }
+    if (match) break;
+  }
+  const std::int64_t p = std::int64_t{toInt16Checked(static_cast<std::int64_t>(q) + 1)} +
+                         static_cast<std::int64_t>(kRaiseErrorWord.size());
+  const std::int64_t count = static_cast<std::int64_t>(line.size()) - p;
+  if (count < 0) vb::raise(vb::kInvalidCall);
+  return line.substr(line.size() - static_cast<std::size_t>(count));
+}
+
+}  // namespace
+
+void BasicEngine::raiseLineError(std::int32_t number) const {
+  std::u16string description = s_->errMsg;
+  description += u" : ";
+  description += msg::kLineLabel;
+  const std::string line = std::to_string(s_->currentLine);
+  description.append(line.begin(), line.end());
+  throw vb::RuntimeError(number, std::move(description));
+}
+
+void BasicEngine::Execute() noexcept {
+  try {
+    runLines();
+  } catch (...) {
+    Fault f = currentFault();
+    s_->errMsg = std::move(f.description);
+    s_->errNum = f.number;
+  }
+}
+
+void BasicEngine::runLines() {
+  State& s = *s_;
+  splitCodeBlock();
+  s.currentLine = 1;
+
+  const auto advance = [&s] { s.currentLine = toInt16Checked(std::int32_t{s.currentLine} + 1); };
+  const auto checkError = [this, &s] {
+    if (s.errNum != 0) raiseLineError(s.errNum);
+  };
+
+  while (s.currentLine <= s.lineCount) {
+    // The point where the run yields to its host, once per line.
+    if (s.lineHook && !s.lineHook(s.currentLine)) s.stopRequested.store(true);
+    if (s.stopRequested.load()) {
+      const auto answer = UI().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
+      s.stopRequested.store(false);
+      if (answer == UserInterface::Answer::Yes) return;
+    }
+
+    // Held by value: the line stays alive whatever the statement does.
+    const Value* ref = s.lines->LineRef(s.currentLine);
+    const Value lineValue = ref != nullptr ? *ref : Value{};
+    const std::u16string_view text =
+        lineValue.isString() ? std::u16string_view(lineValue.stringValue()) : std::u16string_view{};
+
+    const std::int16_t kind = WhatSTMT(text);
+    if (s.errNum != 0) raiseLineError(kEngineError);
+
+    switch (kind) {
+      case kStmtBlank:
+      case kStmtComment:
+        advance();
+        break;
+      case kStmtDim:
+        s.errNum = stmt::Dim(*this, text);
+        checkError();
+        advance();
+        break;
+      case kStmtAssign:
+        s.errNum = stmt::Assign(*this, text);
+        checkError();
+        advance();
+        break;
+      case kStmtMsgBox:
+        s.errNum = stmt::MsgBox(*this, text);
+        checkError();
+        advance();
+        break;
+      case kStmtRaiseError:
+        // Reports through ErrNum / ErrMsg itself.
+        stmt::RaiseError(*this, raiseErrorArgument(text));
+        checkError();
+        advance();
+        break;
+      case kStmtIf:
+        s.errNum = stmt::If(*this, text);
+        checkError();
+        break;
+      case kStmtElse:
+        s.errNum = stmt::Else(*this, text);
+        checkError();
+        break;
+      case kStmtEndIf:
+        s.errNum = stmt::EndIf(*this, text);
+        checkError();
+        break;
+      case kStmtDoWhile:
+      case kStmtDoUntil:
+        s.errNum = stmt::Do(*this, text);
+        checkError();
+        break;
+      case kStmtLoop:
+      case kStmtEndDo:
+        s.errNum = stmt::LoopOrEndDo(*this, text);
+        checkError();
+        break;
+      case kStmtExitDo:
+        s.errNum = stmt::ExitDo(*this, text);
+        checkError();
+        break;
+      case kStmtMoveFirst:
+        MoveFirst();
+        checkError();
+        advance();
+        break;
+      case kStmtMoveNext:
+        MoveNext();
+        checkError();
+        advance();
+        break;
+      case kStmtMovePrevious:
+        MovePrevious();
+        checkError();
+        advance();
+        break;
+      case kStmtMoveLast:
+        MoveLast();
+        checkError();
+        advance();
+        break;
+      case kStmtEnd:
+        // Stops the script at once: open blocks are forgotten and the end
+        // check does not run.
+        s.ifCount = 0;
+        s.doCount = 0;
+        s.flags = std::make_unique<Stack>(this);
+        return;
+      case kStmtSyntaxError:
+        s.errMsg = msg::kSyntax;
+        s.errNum = 1;
+        raiseLineError(1);
+      default:  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
+        s.errMsg = msg::kUnrecognisedStatement;
+        s.errNum = 19;
+        raiseLineError(19);
+    }
+  }
+
+  if (s.ifCount > 0) {
+    s.errMsg = msg::kIfWithoutEndIf;
+    s.errNum = 10;
+  }
+  if (s.doCount > 0) {
+    s.errMsg = msg::kDoWithoutLoop;
+    s.errNum = 14;
+  }
+  if (s.errNum != 0) raiseLineError(kEngineError);
+}
+
+}  // namespace korvex

@@ -1,0 +1,64 @@
+// SymbolTable: the variables of a script, keyed by upper-cased name, kept in
+// the order they were last written.
+//
+// A table belongs to the engine that created it (its owner); the child
+// engine that runs a single-line IF's tail shares the table but errors of
+// the table are still reported on the owner, as they always were. Lookups
+// are hashed; the order is kept as a sequence stamp per entry, so writing a
+// variable moves it to the end without touching the others.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "korvex/value.hpp"
+
+namespace korvex {
+
+class BasicEngine;
+
+class SymbolTable {
+ public:
+  explicit SymbolTable(BasicEngine* owner) noexcept : owner_(owner) {}
+
+  BasicEngine* Parent() const noexcept { return owner_; }
+  void SetParent(BasicEngine* owner) noexcept { owner_ = owner; }
+
+  /// Appends a new variable. An existing name (any case) is not changed;
+  /// the owner's user is shown "符号或变量已定义" instead.
+  void Add(std::u16string_view name, const Value& value);
+  /// Removes the variable; a missing name is ignored.
+  void Delete(std::u16string_view name);
+  bool IsSymbolDefined(std::u16string_view name) const;
+  /// The variable's value; a missing name reports error 5 on the owner and
+  /// gives Empty.
+  Value value(std::u16string_view name);
+  /// Assigns an existing variable (it moves to the end of the order); a
+  /// missing name reports error 5 on the owner and stores nothing.
+  void setValue(std::u16string_view name, const Value& value);
+  /// The variable's value without any report; nullptr when missing.
+  const Value* find(std::u16string_view name) const;
+  std::int32_t Count() const noexcept { return static_cast<std::int32_t>(entries_.size()); }
+
+  /// (upper-cased name, value) in table order.
+  std::vector<std::pair<std::u16string, Value>> entries() const;
+
+ private:
+  struct Entry {
+    Value value;
+    std::uint64_t order = 0;
+  };
+  const std::u16string& key(std::u16string_view name) const;
+  void reportUndefined(const std::u16string& upperName) const;
+
+  BasicEngine* owner_;
+  std::unordered_map<std::u16string, Entry> entries_;
+  std::uint64_t nextOrder_ = 0;
+  mutable std::u16string keyBuffer_;  // reused for lookups: no allocation per access
+};
+
+}  // namespace korvex

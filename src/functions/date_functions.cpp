@@ -1,0 +1,85 @@
+// Date functions: Date, Time, Day, Month, Hour, Minute, WeekDayName, MaxDay.
+#include <ctime>
+#include <string>
+
+#include "functions/function_specs.hpp"
+#include "values/calendar.hpp"
+#include "values/format.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::fn {
+namespace {
+
+constexpr Check A = Check::Any;
+constexpr Check D = Check::Date;
+
+std::tm localNow() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  localtime_r(&now, &parts);
+  return parts;
+}
+
+std::int32_t today(Call&, Value& result) {
+  const std::tm t = localNow();
+  result = Value::date(
+      static_cast<double>(vb::daysFromCivil(t.tm_year + 1900, t.tm_mon + 1, t.tm_mday)));
+  return 0;
+}
+
+std::int32_t timeOfDay(Call&, Value& result) {
+  const std::tm t = localNow();
+  result = Value::date(vb::timeFraction(t.tm_hour, t.tm_min, t.tm_sec));
+  return 0;
+}
+
+vb::DateParts partsOf(const Call& call, const Value& v) {
+  return vb::splitDate(vb::toDate(v, call.locale()));
+}
+
+// Each part comes back as a Double.
+template <int vb::DateParts::*Field>
+std::int32_t datePart(Call& call, Value& result) {
+  result = Value::dbl(partsOf(call, call.arg(1)).*Field);
+  return 0;
+}
+
+std::int32_t weekDayName(Call& call, Value& result) {
+  const double serial = vb::toDate(call.arg(1), call.locale());
+  result = Value::string(vb::weekdayName(vb::weekday(serial), false, call.locale()));
+  return 0;
+}
+
+// MaxDay(date) or MaxDay(month, year): the month and year are read back
+// through the text "month/1/year", as the platform converts it.
+std::int32_t maxDay(Call& call, Value& result) {
+  const Locale& loc = call.locale();
+  Value date = call.arg(1);
+  if (call.count() == 2) {
+    if (!Passes(Check::Numeric, call.arg(1), loc) || !Passes(Check::Numeric, call.arg(2), loc)) {
+      return call.typeError();
+    }
+    std::u16string text = vb::toString(Value::integer(vb::toInteger(call.arg(1), loc)), loc);
+    text += u"/1/";
+    text += vb::toString(Value::integer(vb::toInteger(call.arg(2), loc)), loc);
+    date = Value::string(std::move(text));
+  } else if (!Passes(D, date, loc)) {
+    return call.typeError();
+  }
+  const vb::DateParts parts = partsOf(call, date);
+  result = Value::integer(static_cast<std::int16_t>(vb::daysInMonth(parts.year, parts.month)));
+  return 0;
+}
+
+}  // namespace
+
+const FunctionSpec kDate{u"Date", -1, -1, {A, A, A}, today};
+const FunctionSpec kTime{u"Time", -1, -1, {A, A, A}, timeOfDay};
+const FunctionSpec kDay{u"Day", 1, 1, {D, A, A}, datePart<&vb::DateParts::day>};
+const FunctionSpec kMonth{u"Month", 1, 1, {D, A, A}, datePart<&vb::DateParts::month>};
+const FunctionSpec kHour{u"Hour", 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>};
+const FunctionSpec kMinute{u"Minute", 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>};
+const FunctionSpec kWeekDayName{u"WeekDayName", 1, 1, {D, A, A}, weekDayName};
+const FunctionSpec kMaxDay{u"MaxDay", 1, 2, {A, A, A}, maxDay};
+
+}  // namespace korvex::fn

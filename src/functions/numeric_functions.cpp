@@ -1,0 +1,54 @@
+// Numeric functions: Round, Atn, Cos, Sin, Tan and Exp.
+#include <cmath>
+
+#include "functions/function_specs.hpp"
+#include "values/format.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::fn {
+namespace {
+
+constexpr Check A = Check::Any;
+constexpr Check N = Check::Numeric;
+
+// The largest argument whose exponential is still a finite Double.
+constexpr double kExpLimit = 709.782712893;
+
+std::int32_t round(Call& call, Value& result) {
+  const Value& v = call.arg(1);
+  const double x = v.isNull() ? 0.0 : vb::toDouble(v, call.locale());
+  int digits = 0;
+  if (call.count() == 2) digits = vb::toInteger(call.arg(2), call.locale());
+  if (digits < 0) vb::raise(vb::kInvalidCall);
+  result = Value::dbl(vb::roundHalfEven(x, digits));
+  return 0;
+}
+
+template <double (*F)(double)>
+std::int32_t apply(Call& call, Value& result) {
+  result = Value::dbl(F(vb::toDouble(call.arg(1), call.locale())));
+  return 0;
+}
+
+double atan(double x) { return std::atan(x); }
+double cos(double x) { return std::cos(x); }
+double sin(double x) { return std::sin(x); }
+double tan(double x) { return std::tan(x); }
+
+std::int32_t exp(Call& call, Value& result) {
+  const double x = vb::toDouble(call.arg(1), call.locale());
+  if (x > kExpLimit) return call.typeError(u"参数不能大于709.782712893");
+  result = Value::dbl(std::exp(x));
+  return 0;
+}
+
+}  // namespace
+
+const FunctionSpec kRound{u"Round", 1, 2, {Check::NumericOrNull, A, A}, round};
+const FunctionSpec kAtn{u"Atn", 1, 1, {N, A, A}, apply<atan>};
+const FunctionSpec kCos{u"Cos", 1, 1, {N, A, A}, apply<cos>};
+const FunctionSpec kSin{u"Sin", 1, 1, {N, A, A}, apply<sin>};
+const FunctionSpec kTan{u"Tan", 1, 1, {N, A, A}, apply<tan>};
+const FunctionSpec kExp{u"Exp", 1, 1, {N, A, A}, exp};
+
+}  // namespace korvex::fn

@@ -1,0 +1,107 @@
+#include "functions/protocol.hpp"
+
+#include "engine/messages.hpp"
+#include "engine/string_op.hpp"
+#include "korvex/engine.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::fn {
+
+const Locale& Call::locale() const noexcept { return engine_.Locale(); }
+
+std::u16string Call::suffix(std::u16string_view extra) const {
+  if (!spec_.fixedSuffix.empty()) return std::u16string(spec_.fixedSuffix);
+  std::u16string s;
+  s.reserve(6 + spec_.name.size() + argText_.size() + extra.size());
+  s += u"{函数:";
+  s += spec_.name;
+  s += argText_;
+  s += extra;
+  s += u'}';
+  return s;
+}
+
+std::int32_t Call::fail(std::int32_t number, std::u16string message) const {
+  engine_.SetErrMsg(std::move(message));
+  engine_.SetErrNum(number);
+  return number;
+}
+
+std::int32_t Call::countError() const {
+  return fail(6, std::u16string(msg::kBadArguments) + suffix({}));
+}
+
+std::int32_t Call::typeError(std::u16string_view extra) const {
+  std::u16string text(msg::kTypeMismatch);
+  if (!(spec_.quirks & kPlainTypeMessage)) text += suffix(extra);
+  return fail(4, std::move(text));
+}
+
+bool Passes(Check check, const Value& v, const Locale& loc) {
+  switch (check) {
+    case Check::Any:
+      return true;
+    case Check::Numeric:
+      return vb::isNumeric(v, loc);
+    case Check::NumericOrNull:
+      return v.isNull() || vb::isNumeric(v, loc);
+    case Check::NonNegative: {
+      if (!vb::isNumeric(v, loc)) return false;
+      // Variant comparison: a numeric string is never "less than" a number.
+      const auto order = vb::compareValues(v, Value::lng(0), loc);
+      return !(order && *order < 0);
+    }
+    case Check::Date:
+      return vb::isDate(v, loc);
+    case Check::String:
+      return v.isString();
+    case Check::Textual:
+      return !v.isNull() && !v.isObject() && !v.isArray();
+    case Check::Array:
+      return v.isArray();
+  }
+  return false;
+}
+
+namespace {
+
+bool countAccepted(const FunctionSpec& spec, std::size_t n) noexcept {
+  if (spec.minArgs < 0) return true;
+  return n >= static_cast<std::size_t>(spec.minArgs) && n <= static_cast<std::size_t>(spec.maxArgs);
+}
+
+bool opensWithParenthesis(std::u16string_view text) noexcept {
+  const auto trimmed = trimBlanks(text);
+  return !trimmed.empty() && trimmed.front() == u'(';
+}
+
+}  // namespace
+
+std::int32_t Invoke(const FunctionSpec& spec, std::u16string_view argText, Value& result,
+                    BasicEngine& engine) {
+  Paras paras;
+  Call call(spec, argText, engine, paras);
+  if ((spec.quirks & kRequiresParenthesis) && !opensWithParenthesis(argText)) {
+    return call.countError();
+  }
+  if (paras.Parse(argText) != 0 || !countAccepted(spec, paras.Count())) {
+    return call.countError();
+  }
+  const std::int32_t evaluated = paras.EvaluateParas(engine);
+  const bool engineStatus = (spec.quirks & kEngineStatus) != 0;
+  if (!engineStatus) {
+    if (evaluated != 0) return evaluated;
+    if (engine.ErrNum() != 0) return engine.ErrNum();
+  }
+  const std::size_t checked = std::min(paras.Count(), spec.checks.size());
+  for (std::size_t i = 1; i <= checked; ++i) {
+    if (!Passes(spec.checks[i - 1], call.arg(i), call.locale())) {
+      const std::int32_t status = call.typeError();
+      return engineStatus ? engine.ErrNum() : status;
+    }
+  }
+  const std::int32_t status = spec.operation(call, result);
+  return engineStatus ? engine.ErrNum() : status;
+}
+
+}  // namespace korvex::fn

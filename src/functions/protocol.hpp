@@ -1,0 +1,103 @@
+// The one call protocol every built-in function class follows.
+//
+// A class is nothing but a FunctionSpec: its display name, how many
+// arguments it takes, the test each argument must pass and the operation
+// itself. Invoke does the steps they all share: split the argument text,
+// check the count, evaluate the arguments, test them, and decorate the
+// messages with "{函数:" + name + argument text + "}".
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "engine/paras.hpp"
+#include "korvex/locale.hpp"
+#include "korvex/value.hpp"
+
+namespace korvex {
+class BasicEngine;
+}
+
+namespace korvex::fn {
+
+/// What an evaluated argument must be; a failure is error 4 "类型不匹配".
+enum class Check : std::uint8_t {
+  Any,      // nothing (including the string test that can never fail)
+  Numeric,  // the platform's IsNumeric
+  NumericOrNull,
+  NonNegative,  // numeric and not less than 0 (Variant comparison)
+  Date,         // the platform's IsDate
+  String,       // of type String
+  Textual,      // has a string form: not Null, Object or Array
+  Array,        // an array
+};
+
+/// Deliberate departures of single classes from the common steps.
+enum Quirk : std::uint8_t {
+  kNoQuirk = 0,
+  /// Evaluation errors are not looked at before the argument test; the
+  /// status returned is whatever the engine's ErrNum is at the end.
+  kEngineStatus = 1,
+  /// The type-mismatch message carries no "{函数:...}" suffix.
+  kPlainTypeMessage = 2,
+  /// The argument text must begin (after blanks) with "(".
+  kRequiresParenthesis = 4,
+};
+
+class Call;
+/// The operation: fills `result` (or leaves it alone) and returns 0, or an
+/// error already stored through the Call's helpers.
+using Operation = std::int32_t (*)(Call& call, Value& result);
+
+struct FunctionSpec {
+  std::u16string_view name;  // display name used in messages
+  std::int8_t minArgs;       // < 0: the count is not tested
+  std::int8_t maxArgs;
+  std::array<Check, 3> checks;  // per argument position
+  Operation operation;
+  std::uint8_t quirks = kNoQuirk;
+  /// When not empty, replaces the "{函数:...}" decoration of every message.
+  std::u16string_view fixedSuffix = {};
+};
+
+/// One call in progress: the arguments and the error helpers.
+class Call {
+ public:
+  Call(const FunctionSpec& spec, std::u16string_view argText, BasicEngine& engine,
+       Paras& paras) noexcept
+      : spec_(spec), argText_(argText), engine_(engine), paras_(paras) {}
+
+  std::size_t count() const noexcept { return paras_.Count(); }
+  /// Argument i (1-based), evaluated.
+  const Value& arg(std::size_t i) const { return paras_.Item(i).value; }
+  BasicEngine& engine() const noexcept { return engine_; }
+  const Locale& locale() const noexcept;
+
+  /// Stores "错误的参数表达式或参数个数" + suffix; returns 6.
+  std::int32_t countError() const;
+  /// Stores "类型不匹配" + suffix (with `extra` before the closing "}");
+  /// returns 4.
+  std::int32_t typeError(std::u16string_view extra = {}) const;
+  /// Stores any number and message on the engine; returns the number.
+  std::int32_t fail(std::int32_t number, std::u16string message) const;
+
+ private:
+  std::u16string suffix(std::u16string_view extra) const;
+
+  const FunctionSpec& spec_;
+  std::u16string_view argText_;
+  BasicEngine& engine_;
+  Paras& paras_;
+};
+
+/// Runs the common steps for one call of the class described by `spec`.
+std::int32_t Invoke(const FunctionSpec& spec, std::u16string_view argText, Value& result,
+                    BasicEngine& engine);
+
+/// Whether a value passes a check (exposed for the classes whose test
+/// depends on the argument count).
+bool Passes(Check check, const Value& v, const Locale& loc);
+
+}  // namespace korvex::fn

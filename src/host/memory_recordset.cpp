@@ -1,0 +1,230 @@
+#include "korvex/memory_recordset.hpp"
+
+#include <stdexcept>
+
+#include "values/ops.hpp"
+
+namespace korvex {
+
+namespace {
+
+constexpr std::int32_t kNoCurrentRecord = 3021;
+constexpr std::int32_t kItemNotFound = 3265;
+constexpr std::u16string_view kNoCurrentRecordText =
+    u"BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。";
+constexpr std::u16string_view kItemNotFoundText = u"在对应所需名称或序数的集合中未找到项目。";
+
+bool sameName(std::u16string_view a, std::u16string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    char16_t x = a[i], y = b[i];
+    if (x >= u'a' && x <= u'z') x = static_cast<char16_t>(x - 32);
+    if (y >= u'a' && y <= u'z') y = static_cast<char16_t>(y - 32);
+    if (x != y) return false;
+  }
+  return true;
+}
+
+DispatchResult noCurrentRecord() {
+  return DispatchResult::failure(kNoCurrentRecord, std::u16string(kNoCurrentRecordText));
+}
+DispatchResult itemNotFound() {
+  return DispatchResult::failure(kItemNotFound, std::u16string(kItemNotFoundText));
+}
+
+}  // namespace
+
+struct MemoryRecordset::Data {
+  std::vector<std::u16string> names;
+  std::vector<std::vector<Value>> rows;
+  std::ptrdiff_t position = 0;
+  std::size_t updates = 0;
+  std::vector<ObjectRef> fieldObjects;
+
+  bool hasCurrent() const noexcept {
+    return position >= 0 && static_cast<std::size_t>(position) < rows.size();
+  }
+  bool bof() const noexcept { return rows.empty() || position < 0; }
+  bool eof() const noexcept {
+    return rows.empty() || position >= static_cast<std::ptrdiff_t>(rows.size());
+  }
+};
+
+namespace {
+
+using Data = MemoryRecordset::Data;
+
+class FieldObject : public HostObject {
+ public:
+  FieldObject(std::shared_ptr<Data> data, std::size_t column)
+      : data_(std::move(data)), column_(column) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
+    if (sameName(name, u"Name"))
+      return DispatchResult::success(Value::string(data_->names[column_]));
+    if (sameName(name, u"Value")) {
+      if (!data_->hasCurrent()) return noCurrentRecord();
+      return DispatchResult::success(
+          data_->rows[static_cast<std::size_t>(data_->position)][column_]);
+    }
+    return memberNotFound(name);
+  }
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value& value) override {
+    if (!sameName(name, u"Value")) return memberNotFound(name);
+    if (!data_->hasCurrent()) return noCurrentRecord();
+    data_->rows[static_cast<std::size_t>(data_->position)][column_] = value;
+    return DispatchResult::success();
+  }
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    return getProperty(name, args);
+  }
+
+ private:
+  std::shared_ptr<Data> data_;
+  std::size_t column_;
+};
+
+class FieldsObject : public HostObject {
+ public:
+  explicit FieldsObject(std::shared_ptr<Data> data) : data_(std::move(data)) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
+    if (sameName(name, u"Count")) {
+      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->names.size())));
+    }
+    if (sameName(name, u"Item")) return item(args);
+    return memberNotFound(name);
+  }
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value&) override {
+    return memberNotFound(name);
+  }
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    return getProperty(name, args);
+  }
+  DispatchResult getDefault(std::span<const Value> args) override { return item(args); }
+
+ private:
+  DispatchResult item(std::span<const Value> args) {
+    if (args.size() != 1) return itemNotFound();
+    const Value& key = args[0];
+    if (key.isString()) {
+      for (std::size_t i = 0; i < data_->names.size(); ++i) {
+        if (sameName(data_->names[i], key.stringValue())) {
+          return DispatchResult::success(Value::object(fieldObject(i)));
+        }
+      }
+      return itemNotFound();
+    }
+    std::int32_t index = 0;
+    try {
+      index = vb::toLong(key, Locale::zhCN());
+    } catch (const vb::RuntimeError&) {
+      return itemNotFound();
+    }
+    if (index < 0 || static_cast<std::size_t>(index) >= data_->names.size()) return itemNotFound();
+    return DispatchResult::success(Value::object(fieldObject(static_cast<std::size_t>(index))));
+  }
+
+  // The cached field object; a fresh one once the record set itself is gone
+  // (its cache is cleared then) while this collection lives on.
+  ObjectRef fieldObject(std::size_t i) {
+    if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
+    return std::make_shared<FieldObject>(data_, i);
+  }
+
+  std::shared_ptr<Data> data_;
+};
+
+}  // namespace
+
+MemoryRecordset::MemoryRecordset(std::vector<std::u16string> fieldNames,
+                                 std::vector<std::vector<Value>> rows)
+    : data_(std::make_shared<Data>()) {
+  data_->names = std::move(fieldNames);
+  for (std::size_t i = 0; i < data_->names.size(); ++i) {
+    data_->fieldObjects.push_back(std::make_shared<FieldObject>(data_, i));
+  }
+  fields_ = std::make_shared<FieldsObject>(data_);
+  for (auto& row : rows) addRow(std::move(row));
+  data_->position = 0;
+}
+
+MemoryRecordset::~MemoryRecordset() {
+  // The field objects point back at the shared data; break the cycle.
+  data_->fieldObjects.clear();
+}
+
+void MemoryRecordset::addRow(std::vector<Value> row) {
+  row.resize(data_->names.size());
+  const bool wasEmpty = data_->rows.empty();
+  data_->rows.push_back(std::move(row));
+  if (wasEmpty) data_->position = 0;
+}
+
+std::size_t MemoryRecordset::fieldCount() const noexcept { return data_->names.size(); }
+std::size_t MemoryRecordset::rowCount() const noexcept { return data_->rows.size(); }
+std::ptrdiff_t MemoryRecordset::position() const noexcept { return data_->position; }
+bool MemoryRecordset::bof() const noexcept { return data_->bof(); }
+bool MemoryRecordset::eof() const noexcept { return data_->eof(); }
+std::size_t MemoryRecordset::updateCount() const noexcept { return data_->updates; }
+
+const Value& MemoryRecordset::cell(std::size_t row, std::size_t column) const {
+  return data_->rows.at(row).at(column);
+}
+
+DispatchResult MemoryRecordset::getProperty(std::u16string_view name, std::span<const Value> args) {
+  if (sameName(name, u"Fields")) {
+    if (args.empty()) return DispatchResult::success(Value::object(fields_));
+    return fields_->getDefault(args);
+  }
+  if (sameName(name, u"BOF")) return DispatchResult::success(Value::boolean(data_->bof()));
+  if (sameName(name, u"EOF")) return DispatchResult::success(Value::boolean(data_->eof()));
+  if (sameName(name, u"RecordCount")) {
+    return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->rows.size())));
+  }
+  return memberNotFound(name);
+}
+
+DispatchResult MemoryRecordset::setProperty(std::u16string_view name, std::span<const Value>,
+                                            const Value&) {
+  return memberNotFound(name);
+}
+
+DispatchResult MemoryRecordset::callMethod(std::u16string_view name, std::span<const Value> args) {
+  Data& d = *data_;
+  const auto rows = static_cast<std::ptrdiff_t>(d.rows.size());
+  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveLast")) {
+    if (d.rows.empty()) return noCurrentRecord();
+    d.position = sameName(name, u"MoveFirst") ? 0 : rows - 1;
+    return DispatchResult::success();
+  }
+  if (sameName(name, u"MoveNext")) {
+    if (d.eof()) return noCurrentRecord();
+    ++d.position;
+    return DispatchResult::success();
+  }
+  if (sameName(name, u"MovePrevious")) {
+    if (d.bof()) return noCurrentRecord();
+    --d.position;
+    return DispatchResult::success();
+  }
+  if (sameName(name, u"Edit")) {
+    // Values are written straight into the row; Edit only needs one.
+    return d.hasCurrent() ? DispatchResult::success() : noCurrentRecord();
+  }
+  if (sameName(name, u"Update")) {
+    if (!d.hasCurrent()) return noCurrentRecord();
+    ++d.updates;
+    return DispatchResult::success();
+  }
+  // Properties may be read with a call as well, as late binding allows.
+  return getProperty(name, args);
+}
+
+DispatchResult MemoryRecordset::getDefault(std::span<const Value> args) {
+  return getProperty(u"Fields", args);
+}
+
+}  // namespace korvex

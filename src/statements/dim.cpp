@@ -1,0 +1,71 @@
+// DIM name [, name ...]: declares variables (Empty) in the engine's table.
+#include <string>
+
+#include "engine/messages.hpp"
+#include "engine/string_op.hpp"
+#include "korvex/engine.hpp"
+#include "statements/line_scan.hpp"
+#include "statements/statement.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::stmt {
+
+namespace {
+
+using detail::fail;
+
+enum class DimState {
+  Start,      // nothing declared yet
+  Declared,   // a name was declared, no comma after it yet
+  NeedsName,  // a comma followed a name, another name must come
+};
+
+constexpr std::u16string_view kDimKeyword = u"DIM";
+constexpr std::u16string_view kDimMarker = u"{DIM}";
+
+std::u16string badCharacter(char16_t c, bool withMarker) {
+  std::u16string message(msg::kBadSymbol);
+  message += u" '";
+  message += c;
+  message += u'\'';
+  if (withMarker) message += kDimMarker;
+  return message;
+}
+
+}  // namespace
+
+std::int32_t Dim(BasicEngine& engine, std::u16string_view line) {
+  DimState state = DimState::Start;
+  for (std::size_t pos = 0; pos < line.size(); ++pos) {
+    const char16_t c = line[pos];
+    if (c == u',') {
+      if (state != DimState::Declared) return fail(engine, 1, msg::kSyntax);
+      state = DimState::NeedsName;
+      continue;
+    }
+    if (c == u'\'') break;
+    if (isBlank(c)) continue;
+
+    if (state == DimState::Declared) return fail(engine, 1, msg::kSyntax);
+    if (!isIdentStart(c)) return fail(engine, 3, badCharacter(c, true));
+    const std::size_t start = pos;
+    for (++pos; pos < line.size() && !isBlank(line[pos]) && line[pos] != u','; ++pos) {
+      if (!isIdentChar(line[pos])) return fail(engine, 3, badCharacter(line[pos], false));
+    }
+    // The blank or comma that ends the word is consumed with it (the loop's
+    // ++pos steps over it).
+    const std::u16string_view word = line.substr(start, pos - start);
+    if (equalsNoCase(word, kDimKeyword)) continue;
+    state = pos < line.size() && line[pos] == u',' ? DimState::NeedsName : DimState::Declared;
+    // A name that exists already keeps its value; that is no error here.
+    engine.DefineSymbol(vb::upperCase(word), Value());
+  }
+  if (state != DimState::Declared) {
+    std::u16string message(msg::kSyntax);
+    message += kDimMarker;
+    return fail(engine, 1, message);
+  }
+  return engine.ErrNum();
+}
+
+}  // namespace korvex::stmt

@@ -1,0 +1,175 @@
+#include "values/format.hpp"
+
+#include <algorithm>
+
+#include "values/format_detail.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::vb {
+
+namespace detail {
+
+bool takeQuotedOrEscaped(std::u16string_view fmt, std::size_t& i, std::u16string& out) {
+  if (fmt[i] == u'\\') {
+    if (i + 1 < fmt.size()) out.push_back(fmt[i + 1]);
+    i += 2;
+    return true;
+  }
+  if (fmt[i] == u'"') {
+    const std::size_t close = fmt.find(u'"', i + 1);
+    const std::size_t end = close == std::u16string_view::npos ? fmt.size() : close;
+    out.append(fmt.substr(i + 1, end - i - 1));
+    i = end + 1;
+    return true;
+  }
+  return false;
+}
+
+namespace {
+
+// Skips a quoted text or an escape starting at `i`; true when it did.
+bool skipLiteral(std::u16string_view fmt, std::size_t& i) {
+  if (fmt[i] == u'\\') {
+    i += 2;
+    return true;
+  }
+  if (fmt[i] == u'"') {
+    const std::size_t close = fmt.find(u'"', i + 1);
+    i = close == std::u16string_view::npos ? fmt.size() : close + 1;
+    return true;
+  }
+  return false;
+}
+
+char16_t lower(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
+
+bool startsWithNoCase(std::u16string_view s, std::size_t at, std::u16string_view word) {
+  if (s.size() - at < word.size()) return false;
+  for (std::size_t k = 0; k < word.size(); ++k) {
+    if (lower(s[at + k]) != lower(word[k])) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<std::u16string_view> splitSections(std::u16string_view fmt) {
+  std::vector<std::u16string_view> sections;
+  std::size_t start = 0;
+  std::size_t i = 0;
+  while (i < fmt.size()) {
+    if (skipLiteral(fmt, i)) continue;
+    if (fmt[i] == u';') {
+      sections.push_back(fmt.substr(start, i - start));
+      start = i + 1;
+    }
+    ++i;
+  }
+  sections.push_back(fmt.substr(std::min(start, fmt.size())));
+  return sections;
+}
+
+std::optional<FormatKind> classifyFormat(std::u16string_view fmt) {
+  bool digits = false, date = false, text = false, caseMarks = false;
+  std::size_t i = 0;
+  while (i < fmt.size()) {
+    if (skipLiteral(fmt, i)) continue;
+    switch (lower(fmt[i])) {
+      case u'0':
+      case u'#':
+        digits = true;
+        break;
+      case u'd':
+      case u'w':
+      case u'm':
+      case u'q':
+      case u'y':
+      case u'h':
+      case u'n':
+      case u's':
+      case u'c':
+        date = true;
+        break;
+      case u't':
+        date = date || startsWithNoCase(fmt, i, u"ttttt");
+        break;
+      case u'a':
+        date = date || startsWithNoCase(fmt, i, u"am/pm") || startsWithNoCase(fmt, i, u"a/p") ||
+               startsWithNoCase(fmt, i, u"ampm");
+        break;
+      case u'@':
+      case u'&':
+        text = true;
+        break;
+      case u'<':
+      case u'>':
+      case u'!':
+        caseMarks = true;
+        break;
+      default:
+        break;
+    }
+    ++i;
+  }
+  if (digits) return FormatKind::Number;
+  if (date) return FormatKind::Date;
+  if (text || caseMarks) return FormatKind::String;
+  return std::nullopt;
+}
+
+std::optional<double> numericValue(const Value& v, const Locale& loc) {
+  switch (v.type()) {
+    case VarType::Empty:
+      return 0.0;
+    case VarType::Boolean:
+      return v.booleanValue() ? -1.0 : 0.0;
+    case VarType::Integer:
+      return static_cast<double>(v.integerValue());
+    case VarType::Long:
+      return static_cast<double>(v.longValue());
+    case VarType::Double:
+    case VarType::Date:
+      return v.doubleValue();
+    case VarType::Currency:
+      return static_cast<double>(v.currencyValue().scaled) / Currency::kScale;
+    case VarType::String:
+      return parseNumber(v.stringValue(), loc);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<double> dateValue(const Value& v, const Locale& loc) {
+  if (v.isString()) {
+    if (auto d = parseDate(v.stringValue(), loc)) return d;
+  }
+  return numericValue(v, loc);
+}
+
+}  // namespace detail
+
+std::u16string format(const Value& v, std::u16string_view fmt, const Locale& loc) {
+  using detail::FormatKind;
+  if (fmt.empty()) return v.isNull() || v.isEmpty() ? std::u16string() : toString(v, loc);
+  if (v.isObject() || v.isArray()) raise(kTypeMismatch);
+  if (auto named = detail::formatNamed(v, fmt, loc)) return std::move(*named);
+
+  const std::optional<FormatKind> kind = detail::classifyFormat(fmt);
+  if (kind == FormatKind::String || (!kind && v.isString())) {
+    if (v.isNull()) return detail::formatString(u"", true, fmt);
+    return detail::formatString(v.isString() ? v.stringValue() : toString(v, loc), false, fmt);
+  }
+  if (v.isNull()) {
+    return kind == FormatKind::Date ? std::u16string() : detail::formatNumber(0, true, fmt, loc);
+  }
+  if (kind == FormatKind::Date) {
+    const std::optional<double> serial = detail::dateValue(v, loc);
+    if (!serial) return toString(v, loc);  // text that is no date stays as it is
+    return detail::formatDate(*serial, detail::splitSections(fmt).front(), loc);
+  }
+  const std::optional<double> number = detail::numericValue(v, loc);
+  if (!number) return toString(v, loc);  // text that is no number stays as it is
+  return detail::formatNumber(*number, false, fmt, loc);
+}
+
+}  // namespace korvex::vb

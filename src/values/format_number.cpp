@@ -1,0 +1,214 @@
+// User-defined number formats: 0 # . , % E+ E- e+ e-, literals, quoted text
+// and escapes, in up to four sections.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+#include "values/format_detail.hpp"
+
+namespace korvex::vb::detail {
+
+namespace {
+
+struct NumberPattern {
+  enum class Kind : std::uint8_t { Text, IntDigit, FracDigit, Point, Exponent };
+  struct Item {
+    Kind kind;
+    char16_t ch = 0;      // '0' or '#' for digits, 'E' or 'e' for the exponent
+    std::u16string text;  // Text only
+  };
+  std::vector<Item> items;
+  int intDigits = 0;
+  int fracDigits = 0;
+  bool grouping = false;
+  int thousandsScale = 0;  // commas left of the point: divide by 1000 each
+  int percents = 0;
+  bool exponent = false;
+  bool exponentPlus = false;
+  int exponentMinDigits = 0;
+
+  void addText(std::u16string_view t) {
+    if (items.empty() || items.back().kind != Kind::Text) items.push_back({Kind::Text, 0, {}});
+    items.back().text.append(t);
+  }
+};
+
+NumberPattern parsePattern(std::u16string_view fmt) {
+  NumberPattern p;
+  using Kind = NumberPattern::Kind;
+  bool seenPoint = false;
+  int pendingCommas = 0;  // commas after the last integer placeholder
+  std::size_t i = 0;
+  std::u16string literal;
+  while (i < fmt.size()) {
+    literal.clear();
+    if (takeQuotedOrEscaped(fmt, i, literal)) {
+      p.addText(literal);
+      continue;
+    }
+    const char16_t c = fmt[i];
+    if (c == u'0' || c == u'#') {
+      if (seenPoint) {
+        ++p.fracDigits;
+        p.items.push_back({Kind::FracDigit, c, {}});
+      } else {
+        // A comma between two digit placeholders asks for grouping.
+        if (pendingCommas > 0 && p.intDigits > 0) p.grouping = true;
+        pendingCommas = 0;
+        ++p.intDigits;
+        p.items.push_back({Kind::IntDigit, c, {}});
+      }
+    } else if (c == u'.' && !seenPoint && !p.exponent) {
+      seenPoint = true;
+      p.thousandsScale += pendingCommas;
+      pendingCommas = 0;
+      p.items.push_back({Kind::Point, c, {}});
+    } else if (c == u',') {
+      if (!seenPoint && p.intDigits > 0) ++pendingCommas;
+    } else if ((c == u'E' || c == u'e') && i + 1 < fmt.size() &&
+               (fmt[i + 1] == u'+' || fmt[i + 1] == u'-') && !p.exponent &&
+               p.intDigits + p.fracDigits > 0) {
+      p.exponent = true;
+      p.exponentPlus = fmt[i + 1] == u'+';
+      p.thousandsScale += pendingCommas;
+      pendingCommas = 0;
+      seenPoint = true;  // no more integer placeholders for the mantissa
+      p.items.push_back({Kind::Exponent, c, {}});
+      i += 2;
+      while (i < fmt.size() && (fmt[i] == u'0' || fmt[i] == u'#')) {
+        if (fmt[i] == u'0') ++p.exponentMinDigits;
+        ++i;
+      }
+      continue;
+    } else {
+      if (c == u'%') ++p.percents;
+      p.addText(std::u16string_view(&fmt[i], 1));
+    }
+    ++i;
+  }
+  p.thousandsScale += pendingCommas;
+  return p;
+}
+
+std::u16string render(const NumberPattern& p, double x, bool minus, const Locale& loc) {
+  using Kind = NumberPattern::Kind;
+  for (int k = 0; k < p.percents; ++k) x *= 100.0;
+  for (int k = 0; k < p.thousandsScale; ++k) x /= 1000.0;
+
+  DecimalDigits d = toDecimalDigits(x);
+  int exponent = 0;
+  if (p.exponent && !d.isZero()) {
+    exponent = d.pointPos - p.intDigits;
+    d.pointPos = p.intDigits;
+    roundDigits(d, p.fracDigits, Rounding::HalfUp);
+    if (d.pointPos > p.intDigits) {  // 9.99 rounded up to 10.0
+      d.pointPos = p.intDigits;
+      ++exponent;
+    }
+  } else {
+    roundDigits(d, p.fracDigits, Rounding::HalfUp);
+  }
+
+  // The integer digits of the rounded number, without leading zeros.
+  std::u16string intText;
+  for (int k = 0; k < d.pointPos; ++k) intText.push_back(static_cast<char16_t>(d.digitAt(k)));
+  const int intLen = static_cast<int>(intText.size());
+  const int extra = intLen > p.intDigits ? intLen - p.intDigits : 0;
+  int lastFrac = -1;  // last non-zero fraction digit shown
+  for (int j = 0; j < p.fracDigits; ++j) {
+    if (d.digitAt(d.pointPos + j) != '0') lastFrac = j;
+  }
+
+  // How many integer digits will show, so that group separators land right.
+  int shownInt = extra;
+  {
+    int k = 0;
+    for (const auto& item : p.items) {
+      if (item.kind != Kind::IntDigit) continue;
+      if (intLen - p.intDigits + k >= 0 || item.ch == u'0') ++shownInt;
+      ++k;
+    }
+  }
+
+  std::u16string out;
+  out.reserve(static_cast<std::size_t>(p.intDigits + p.fracDigits + 8));
+  if (minus) out.push_back(u'-');
+  int emitted = 0;
+  const auto emitInt = [&](char16_t ch) {
+    out.push_back(ch);
+    ++emitted;
+    const int left = shownInt - emitted;
+    if (p.grouping && loc.groupSize > 0 && left > 0 && left % loc.groupSize == 0) {
+      out.push_back(loc.thousandsSeparator);
+    }
+  };
+  bool extraDone = false;
+  const auto emitExtra = [&] {
+    if (extraDone) return;
+    extraDone = true;
+    for (int k = 0; k < extra; ++k) emitInt(intText[static_cast<std::size_t>(k)]);
+  };
+
+  int intIndex = 0, fracIndex = 0;
+  for (const auto& item : p.items) {
+    switch (item.kind) {
+      case Kind::Text:
+        out += item.text;
+        break;
+      case Kind::IntDigit: {
+        emitExtra();
+        const int at = intLen - p.intDigits + intIndex++;
+        if (at >= 0) {
+          emitInt(intText[static_cast<std::size_t>(at)]);
+        } else if (item.ch == u'0') {
+          emitInt(u'0');
+        }
+        break;
+      }
+      case Kind::Point:
+        emitExtra();
+        out.push_back(loc.decimalSeparator);
+        break;
+      case Kind::FracDigit: {
+        emitExtra();
+        const int j = fracIndex++;
+        if (item.ch == u'0' || j <= lastFrac) {
+          out.push_back(static_cast<char16_t>(d.digitAt(d.pointPos + j)));
+        }
+        break;
+      }
+      case Kind::Exponent:
+        emitExtra();
+        out.push_back(item.ch);
+        if (exponent < 0) {
+          out.push_back(u'-');
+        } else if (p.exponentPlus) {
+          out.push_back(u'+');
+        }
+        if (exponent != 0 || p.exponentMinDigits > 0) {
+          appendInt(out, std::abs(exponent), p.exponentMinDigits > 0 ? p.exponentMinDigits : 1);
+        }
+        break;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+std::u16string formatNumber(double x, bool isNull, std::u16string_view fmt, const Locale& loc) {
+  const std::vector<std::u16string_view> sections = splitSections(fmt);
+  const auto use = [&](std::u16string_view section, double value, bool minus) {
+    return render(parsePattern(section), value, minus, loc);
+  };
+  if (isNull) return sections.size() >= 4 ? use(sections[3], 0.0, false) : std::u16string();
+  if (x < 0) {
+    // A negative section carries its own sign; the positive one gets "-".
+    if (sections.size() >= 2 && !sections[1].empty()) return use(sections[1], -x, false);
+    return use(sections[0], -x, true);
+  }
+  if (x == 0 && sections.size() >= 3 && !sections[2].empty()) return use(sections[2], 0.0, false);
+  return use(sections[0], x, false);
+}
+
+}  // namespace korvex::vb::detail

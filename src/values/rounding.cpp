@@ -1,0 +1,88 @@
+#include <cmath>
+#include <cstdint>
+
+#include "values/format.hpp"
+#include "values/format_detail.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::vb {
+
+namespace {
+
+// Banker's rounding of a Currency's scaled integer to `digits` decimals.
+Currency roundCurrency(Currency c, int digits) {
+  if (digits >= 4) return c;
+  std::int64_t unit = 1;
+  for (int i = digits; i < 4; ++i) unit *= 10;
+  std::int64_t q = c.scaled / unit;
+  const std::int64_t r = c.scaled % unit;
+  const std::int64_t twice = 2 * (r < 0 ? -r : r);
+  if (twice > unit || (twice == unit && q % 2 != 0)) q += c.scaled < 0 ? -1 : 1;
+  return Currency{q * unit};
+}
+
+// Whole part of a Currency, towards minus infinity (floor) or zero (trunc).
+Currency wholeCurrency(Currency c, bool floorIt) {
+  std::int64_t q = c.scaled / Currency::kScale;
+  if (floorIt && c.scaled % Currency::kScale < 0) --q;
+  return Currency{q * Currency::kScale};
+}
+
+// Int and Fix share everything but the direction of the cut.
+Value wholePart(const Value& v, bool floorIt, const Locale& loc) {
+  const auto cut = [floorIt](double d) { return floorIt ? std::floor(d) : std::trunc(d); };
+  switch (v.type()) {
+    case VarType::Null:
+    case VarType::Integer:
+    case VarType::Long:
+      return v;
+    case VarType::Empty:
+      return Value::integer(0);
+    case VarType::Boolean:
+      return Value::integer(v.booleanValue() ? -1 : 0);
+    case VarType::Double:
+      return Value::dbl(cut(v.doubleValue()));
+    case VarType::Date:
+      return Value::date(cut(v.doubleValue()));
+    case VarType::Currency:
+      return Value::currency(wholeCurrency(v.currencyValue(), floorIt));
+    default:
+      return Value::dbl(cut(toDouble(v, loc)));
+  }
+}
+
+}  // namespace
+
+double roundHalfEven(double x, int digits) {
+  if (!std::isfinite(x) || x == 0.0) return x;
+  detail::DecimalDigits d = detail::toDecimalDigits(x);
+  detail::roundDigits(d, digits, detail::Rounding::HalfEven);
+  return detail::fromDecimalDigits(d, x < 0);
+}
+
+Value round(const Value& v, int digits, const Locale& loc) {
+  if (digits < 0) raise(kInvalidCall);
+  switch (v.type()) {
+    case VarType::Null:
+    case VarType::Integer:
+    case VarType::Long:
+      return v;
+    case VarType::Empty:
+      return Value::integer(0);
+    case VarType::Boolean:
+      return Value::integer(v.booleanValue() ? -1 : 0);
+    case VarType::Currency:
+      return Value::currency(roundCurrency(v.currencyValue(), digits));
+    case VarType::Date:
+      return Value::date(roundHalfEven(v.doubleValue(), digits));
+    case VarType::Double:
+      return Value::dbl(roundHalfEven(v.doubleValue(), digits));
+    default:
+      return Value::dbl(roundHalfEven(toDouble(v, loc), digits));
+  }
+}
+
+Value intPart(const Value& v, const Locale& loc) { return wholePart(v, true, loc); }
+Value fixPart(const Value& v, const Locale& loc) { return wholePart(v, false, loc); }
+
+}  // namespace korvex::vb

@@ -1,0 +1,39 @@
+#include "values/text_scan.hpp"
+
+namespace korvex::vb {
+
+std::u16string_view trimBlanks(std::u16string_view s) noexcept {
+  std::size_t b = 0;
+  std::size_t e = s.size();
+  while (b < e && isBlank(s[b])) ++b;
+  while (e > b && isBlank(s[e - 1])) --e;
+  return s.substr(b, e - b);
+}
+
+bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (asciiUpper(a[i]) != asciiUpper(b[i])) return false;
+  }
+  return true;
+}
+
+bool Cursor::acceptWord(std::u16string_view word) noexcept {
+  if (word.empty() || text.size() - pos < word.size()) return false;
+  if (!equalsNoCase(text.substr(pos, word.size()), word)) return false;
+  pos += word.size();
+  return true;
+}
+
+bool Cursor::readUnsigned(std::int64_t& value, int& digits, int maxDigits) noexcept {
+  value = 0;
+  digits = 0;
+  while (!atEnd() && isDigit(text[pos]) && digits < maxDigits) {
+    value = value * 10 + (text[pos] - u'0');
+    ++digits;
+    ++pos;
+  }
+  return digits > 0;
+}
+
+}  // namespace korvex::vb

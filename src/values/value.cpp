@@ -1,0 +1,172 @@
+#include "korvex/value.hpp"
+
+#include <cassert>
+
+namespace korvex {
+
+std::string_view typeName(VarType t) noexcept {
+  switch (t) {
+    case VarType::Empty:
+      return "Empty";
+    case VarType::Null:
+      return "Null";
+    case VarType::Integer:
+      return "Integer";
+    case VarType::Long:
+      return "Long";
+    case VarType::Double:
+      return "Double";
+    case VarType::Currency:
+      return "Currency";
+    case VarType::Date:
+      return "Date";
+    case VarType::String:
+      return "String";
+    case VarType::Boolean:
+      return "Boolean";
+    case VarType::Object:
+      return "Object";
+    case VarType::Array:
+      return "Array";
+  }
+  return "Unknown";
+}
+
+// ---- Array ---------------------------------------------------------------
+
+Array::Array(std::vector<Bound> bounds) : bounds_(std::move(bounds)) {
+  std::size_t total = bounds_.empty() ? 0 : 1;
+  for (auto& b : bounds_) {
+    if (b.count < 0) b.count = 0;
+    total *= static_cast<std::size_t>(b.count);
+  }
+  elements_.resize(total);
+}
+
+std::ptrdiff_t Array::offset(std::span<const std::int32_t> indexes) const noexcept {
+  if (indexes.size() != bounds_.size() || bounds_.empty()) return -1;
+  std::ptrdiff_t flat = 0;
+  for (std::size_t d = 0; d < bounds_.size(); ++d) {
+    const std::int64_t rel = static_cast<std::int64_t>(indexes[d]) - bounds_[d].lower;
+    if (rel < 0 || rel >= bounds_[d].count) return -1;
+    flat = flat * bounds_[d].count + static_cast<std::ptrdiff_t>(rel);
+  }
+  return static_cast<std::size_t>(flat) < elements_.size() ? flat : -1;
+}
+
+const Value* Array::at(std::span<const std::int32_t> indexes) const noexcept {
+  const auto i = offset(indexes);
+  return i < 0 ? nullptr : &elements_[static_cast<std::size_t>(i)];
+}
+
+Value* Array::at(std::span<const std::int32_t> indexes) noexcept {
+  const auto i = offset(indexes);
+  return i < 0 ? nullptr : &elements_[static_cast<std::size_t>(i)];
+}
+
+// ---- Value ---------------------------------------------------------------
+
+Value Value::null() noexcept {
+  Value v;
+  v.type_ = VarType::Null;
+  return v;
+}
+
+Value Value::integer(std::int16_t x) noexcept {
+  Value v;
+  v.type_ = VarType::Integer;
+  v.u_.i16 = x;
+  return v;
+}
+
+Value Value::lng(std::int32_t x) noexcept {
+  Value v;
+  v.type_ = VarType::Long;
+  v.u_.i32 = x;
+  return v;
+}
+
+Value Value::dbl(double x) noexcept {
+  Value v;
+  v.type_ = VarType::Double;
+  v.u_.d = x;
+  return v;
+}
+
+Value Value::currency(Currency x) noexcept {
+  Value v;
+  v.type_ = VarType::Currency;
+  v.u_.cy = x.scaled;
+  return v;
+}
+
+Value Value::date(double serial) noexcept {
+  Value v;
+  v.type_ = VarType::Date;
+  v.u_.d = serial;
+  return v;
+}
+
+Value Value::string(std::u16string x) {
+  Value v;
+  v.type_ = VarType::String;
+  v.str_ = std::make_shared<const std::u16string>(std::move(x));
+  return v;
+}
+
+Value Value::string(std::u16string_view x) { return string(std::u16string(x)); }
+
+Value Value::boolean(bool x) noexcept {
+  Value v;
+  v.type_ = VarType::Boolean;
+  v.u_.b = x;
+  return v;
+}
+
+Value Value::object(ObjectRef x) noexcept {
+  Value v;
+  v.type_ = VarType::Object;
+  v.obj_ = std::move(x);
+  return v;
+}
+
+Value Value::array(Array x) {
+  Value v;
+  v.type_ = VarType::Array;
+  v.arr_ = std::make_shared<const Array>(std::move(x));
+  return v;
+}
+
+bool Value::isNumberType() const noexcept {
+  switch (type_) {
+    case VarType::Integer:
+    case VarType::Long:
+    case VarType::Double:
+    case VarType::Currency:
+      return true;
+    default:
+      return false;
+  }
+}
+
+namespace {
+const std::u16string kNoString;
+const Array kNoArray;
+}  // namespace
+
+const std::u16string& Value::stringValue() const noexcept {
+  assert(type_ == VarType::String);
+  return str_ ? *str_ : kNoString;
+}
+
+const ObjectRef& Value::objectValue() const noexcept {
+  assert(type_ == VarType::Object);
+  return obj_;
+}
+
+const Array& Value::arrayValue() const noexcept {
+  assert(type_ == VarType::Array);
+  return arr_ ? *arr_ : kNoArray;
+}
+
+}  // namespace korvex

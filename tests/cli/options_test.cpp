@@ -1,0 +1,96 @@
+#include "cli/options.hpp"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <vector>
+
+namespace korvex::cli {
+namespace {
+
+CommandLine parse(std::initializer_list<std::string_view> args) {
+  const std::vector<std::string_view> v(args);
+  return parseCommandLine(v);
+}
+
+TEST(Options, HelpForms) {
+  for (auto args : std::vector<std::vector<std::string_view>>{
+           {"--help"}, {"-h"}, {"help"}, {"run", "--help"}, {"run", "x.bas", "-h"}}) {
+    EXPECT_EQ(parseCommandLine(args).action, CommandLine::Action::Help) << args[0];
+  }
+  EXPECT_NE(usageText().find("korvex run [options] SCRIPT"), std::string_view::npos);
+}
+
+TEST(Options, RunWithEveryOption) {
+  const CommandLine c =
+      parse({"run", "--set", "A=5", "--set=S=\"a=b\"", "--set", " B = 1", "--locale", "en-US",
+             "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "script.bas"});
+  ASSERT_EQ(c.action, CommandLine::Action::Run) << c.error;
+  const std::vector<Preset> presets{{"A", "5"}, {"S", "\"a=b\""}, {"B", " 1"}};
+  EXPECT_EQ(c.run.presets, presets);
+  EXPECT_EQ(c.run.locale, "en-US");
+  EXPECT_EQ(c.run.answers, (std::vector<std::string>{"one", ""}));
+  EXPECT_TRUE(c.run.answersGiven);
+  EXPECT_TRUE(c.run.json);
+  EXPECT_EQ(c.run.encoding, Encoding::Gbk);
+  EXPECT_EQ(c.run.script, "script.bas");
+}
+
+TEST(Options, Defaults) {
+  const CommandLine c = parse({"run", "s.bas"});
+  ASSERT_EQ(c.action, CommandLine::Action::Run);
+  EXPECT_TRUE(c.run.presets.empty());
+  EXPECT_EQ(c.run.locale, "zh-CN");
+  EXPECT_FALSE(c.run.answersGiven);
+  EXPECT_FALSE(c.run.json);
+  EXPECT_EQ(c.run.encoding, Encoding::Utf8);
+}
+
+TEST(Options, ScriptArguments) {
+  struct Case {
+    std::vector<std::string_view> args;
+    std::string script;
+  };
+  const Case cases[] = {
+      {{"run", "-"}, "-"},                      // standard input
+      {{"run", "--", "-odd.bas"}, "-odd.bas"},  // after "--" nothing is an option
+      {{"run", "s.bas", "--json"}, "s.bas"},    // options may follow the script
+  };
+  for (const auto& c : cases) {
+    const CommandLine r = parseCommandLine(c.args);
+    ASSERT_EQ(r.action, CommandLine::Action::Run) << r.error;
+    EXPECT_EQ(r.run.script, c.script);
+  }
+}
+
+TEST(Options, UsageErrors) {
+  struct Case {
+    std::vector<std::string_view> args;
+    const char* errorPart;
+  };
+  const Case cases[] = {
+      {{}, "no command"},
+      {{"walk", "s.bas"}, "unknown command 'walk'"},
+      {{"run"}, "no script"},
+      {{"run", "--json"}, "no script"},
+      {{"run", "a.bas", "b.bas"}, "more than one script"},
+      {{"run", "--verbose", "s.bas"}, "unknown option '--verbose'"},
+      {{"run", "s.bas", "--set"}, "--set needs a value"},
+      {{"run", "--set", "A", "s.bas"}, "NAME=EXPR"},
+      {{"run", "--set", "=5", "s.bas"}, "NAME=EXPR"},
+      {{"run", "--set", " =5", "s.bas"}, "NAME=EXPR"},
+      {{"run", "--locale", "fr-FR", "s.bas"}, "unknown locale 'fr-FR'"},
+      {{"run", "--encoding", "latin1", "s.bas"}, "unknown encoding 'latin1'"},
+      {{"run", "--json=yes", "s.bas"}, "--json takes no value"},
+      {{"run", "s.bas", "--answer"}, "--answer needs a value"},
+  };
+  for (const auto& c : cases) {
+    const CommandLine r = parseCommandLine(c.args);
+    EXPECT_EQ(r.action, CommandLine::Action::Error);
+    EXPECT_NE(r.error.find(c.errorPart), std::string::npos)
+        << "error was '" << r.error << "', expected it to mention '" << c.errorPart << "'";
+  }
+}
+
+}  // namespace
+}  // namespace korvex::cli

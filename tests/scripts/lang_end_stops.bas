@@ -1,0 +1,5 @@
+DIM a
+If 1 Then
+Do While 1
+End
+a = 1

@@ -1,0 +1,4 @@
+DIM s
+s = "Bad data"
+RaiseError s
+MSGBOX "not shown"

@@ -1,0 +1,104 @@
+# End-to-end script tests: runs every NAME.bas in SCRIPTS through
+#   KORVEX run --json [arguments from NAME.args] NAME.bas
+# and compares standard output with NAME.json. NAME.args, if present, holds
+# one command-line argument per line (empty lines are skipped; an argument
+# cannot contain ";"). NAME.exit, if present, holds the expected exit status.
+# Trailing line breaks of NAME.json and of the output are ignored; everything
+# else must match byte for byte.
+#
+# Usage: cmake -DKORVEX=<korvex command> -DSCRIPTS=<dir> [-DFILTER=<regex>]
+#              -P run_script_tests.cmake
+
+if(NOT KORVEX OR NOT SCRIPTS)
+  message(FATAL_ERROR "run_script_tests.cmake needs -DKORVEX=... and -DSCRIPTS=...")
+endif()
+
+file(GLOB cases RELATIVE "${SCRIPTS}" "${SCRIPTS}/*.bas")
+list(SORT cases)
+
+set(passed 0)
+set(failed "")
+
+# Strips trailing CR/LF characters.
+function(strip_breaks var)
+  string(REGEX REPLACE "[\r\n]+$" "" stripped "${${var}}")
+  set(${var} "${stripped}" PARENT_SCOPE)
+endfunction()
+
+foreach(case_file IN LISTS cases)
+  string(REGEX REPLACE "\\.bas$" "" name "${case_file}")
+  if(FILTER AND NOT name MATCHES "${FILTER}")
+    continue()
+  endif()
+
+  if(NOT EXISTS "${SCRIPTS}/${name}.json")
+    message("FAIL ${name}: ${name}.json is missing")
+    list(APPEND failed "${name}")
+    continue()
+  endif()
+
+  set(args "")
+  if(EXISTS "${SCRIPTS}/${name}.args")
+    file(READ "${SCRIPTS}/${name}.args" args_text)
+    string(REPLACE "\r\n" "\n" args_text "${args_text}")
+    string(REPLACE "\n" ";" args_lines "${args_text}")
+    foreach(arg IN LISTS args_lines)
+      if(NOT arg STREQUAL "")
+        list(APPEND args "${arg}")
+      endif()
+    endforeach()
+  endif()
+
+  execute_process(
+    COMMAND "${KORVEX}" run --json ${args} "${case_file}"
+    WORKING_DIRECTORY "${SCRIPTS}"
+    OUTPUT_VARIABLE actual
+    ERROR_VARIABLE stderr_text
+    RESULT_VARIABLE status)
+  file(READ "${SCRIPTS}/${name}.json" expected)
+  strip_breaks(actual)
+  strip_breaks(expected)
+
+  set(problems "")
+  if(NOT actual STREQUAL expected)
+    # Point at the first differing character: the output is one long line.
+    string(LENGTH "${expected}" len_e)
+    string(LENGTH "${actual}" len_a)
+    set(at 0)
+    while(at LESS len_e AND at LESS len_a)
+      string(SUBSTRING "${expected}" ${at} 1 ce)
+      string(SUBSTRING "${actual}" ${at} 1 ca)
+      if(NOT ce STREQUAL ca)
+        break()
+      endif()
+      math(EXPR at "${at} + 1")
+    endwhile()
+    string(APPEND problems
+      "  output differs from ${name}.json at byte ${at}:\n"
+      "  - ${expected}\n"
+      "  + ${actual}\n")
+  endif()
+  if(EXISTS "${SCRIPTS}/${name}.exit")
+    file(READ "${SCRIPTS}/${name}.exit" expected_status)
+    string(STRIP "${expected_status}" expected_status)
+    if(NOT status STREQUAL expected_status)
+      string(APPEND problems "  exit status ${status}, expected ${expected_status}\n")
+    endif()
+  endif()
+  if(NOT stderr_text STREQUAL "" AND NOT problems STREQUAL "")
+    string(APPEND problems "  standard error: ${stderr_text}\n")
+  endif()
+
+  if(problems STREQUAL "")
+    math(EXPR passed "${passed} + 1")
+  else()
+    message("FAIL ${name}\n${problems}")
+    list(APPEND failed "${name}")
+  endif()
+endforeach()
+
+list(LENGTH failed failed_count)
+message("script tests: ${passed} passed, ${failed_count} failed")
+if(failed_count GREATER 0)
+  message(FATAL_ERROR "failing scripts: ${failed}")
+endif()
