@@ -5,9 +5,15 @@
 // a reference-count increment. The numeric payloads live inline.
 //
 // This header only describes the value itself. Conversions, arithmetic,
-// comparison and formatting live in <korvex/variant.hpp> and
-// <korvex/format.hpp>; they need a Locale (<korvex/locale.hpp>), never global
-// state.
+// comparison and formatting live in the values library (values/ops.hpp and
+// values/format.hpp); they take a Locale (<korvex/locale.hpp>) and never read
+// global state. They report the platform's run-time errors by throwing
+// vb::RuntimeError (values/runtime_error.hpp), which the engine traps.
+//
+// Example:
+//   Value a = Value::integer(32767);
+//   Value b = vb::add(a, Value::integer(1), Locale::zhCN());  // Long 32768
+//   std::string text = toUtf8(vb::toString(b, Locale::zhCN()));  // "32768"
 #pragma once
 
 #include <cstdint>
@@ -25,8 +31,8 @@ using ObjectRef = std::shared_ptr<HostObject>;
 enum class VarType : std::uint8_t {
   Empty,
   Null,
-  Integer,   // 16-bit signed
-  Long,      // 32-bit signed
+  Integer,  // 16-bit signed
+  Long,     // 32-bit signed
   Double,
   Currency,  // 64-bit integer scaled by 10,000
   Date,      // double: days since 1899-12-30, fraction = time of day

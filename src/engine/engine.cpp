@@ -44,10 +44,20 @@ void BasicEngine::SetExcelBook(ObjectRef obj) { s_->excelBook = std::move(obj); 
 const ObjectRef& BasicEngine::ActiveExcelSheet() const noexcept { return s_->activeSheet; }
 void BasicEngine::SetActiveExcelSheet(ObjectRef obj) { s_->activeSheet = std::move(obj); }
 
-const korvex::Locale& BasicEngine::Locale() const noexcept { return s_->locale; }
-void BasicEngine::SetLocale(const korvex::Locale& loc) noexcept { s_->locale = loc; }
+const korvex::Locale& BasicEngine::Locale() const noexcept { return *s_->locale; }
+void BasicEngine::SetLocale(const korvex::Locale& loc) noexcept {
+  if (&loc == &Locale::zhCN() || &loc == &Locale::enUS()) {
+    s_->locale =
+        std::shared_ptr<const korvex::Locale>(std::shared_ptr<const korvex::Locale>{}, &loc);
+  } else {
+    s_->locale = std::make_shared<const korvex::Locale>(loc);
+  }
+}
 
-UserInterface& BasicEngine::UI() const noexcept { return *s_->ui; }
+UserInterface& BasicEngine::UI() const noexcept {
+  if (!s_->ui) s_->ui = std::make_shared<RecordingUserInterface>();
+  return *s_->ui;
+}
 void BasicEngine::SetUserInterface(std::shared_ptr<UserInterface> ui) {
   if (ui) s_->ui = std::move(ui);
 }
@@ -91,6 +101,7 @@ void BasicEngine::ShareStateOf(BasicEngine& parent) {
   s_->symbols = parent.s_->symbols;
   s_->record = parent.s_->record;
   s_->fieldNames = parent.s_->fieldNames;
+  (void)parent.UI();  // make sure there is one to share
   s_->ui = parent.s_->ui;
   s_->locale = parent.s_->locale;
 }

@@ -51,8 +51,12 @@ struct BasicEngine::State {
   ObjectRef excelBook;
   ObjectRef activeSheet;
   std::int32_t language = 0;
-  korvex::Locale locale = Locale::zhCN();
-  std::shared_ptr<UserInterface> ui;
+  // The built-in locales are referred to, not copied: a single-line IF
+  // makes a child engine per run of its line.
+  std::shared_ptr<const korvex::Locale> locale{std::shared_ptr<const korvex::Locale>{},
+                                               &Locale::zhCN()};
+  // Created on first use when the host sets none.
+  mutable std::shared_ptr<UserInterface> ui;
 };
 
 }  // namespace korvex

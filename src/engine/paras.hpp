@@ -14,7 +14,7 @@ namespace korvex {
 class BasicEngine;
 
 struct Para {
-  std::u16string Expression;  // source text as cut from the list
+  std::u16string Expression;   // source text as cut from the list
   std::int16_t ParaIndex = 0;  // counted from 0
   Value value;                 // after EvaluateParas
 };

@@ -72,13 +72,13 @@ void BasicEngine::SetRecordSet(ObjectRef rs) {
   if (!s.record) return;
   try {
     const ObjectRef fields = fieldsOf(s.record);
-    const std::int32_t count = vb::toLong(get(fields, u"Count"), s.locale);
+    const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
     std::vector<std::u16string> names;
     names.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (std::int32_t i = 0; i < count; ++i) {
       const std::array<Value, 1> index{Value::lng(i)};
       const ObjectRef field = asObject(get(fields, u"Item", index));
-      names.push_back(upperName(vb::toString(get(field, u"Name"), s.locale)));
+      names.push_back(upperName(vb::toString(get(field, u"Name"), Locale())));
     }
     s.fieldNames = std::move(names);
   } catch (...) {
@@ -95,11 +95,11 @@ bool BasicEngine::isFieldName(std::u16string_view name) {
   try {
     const std::u16string wanted = upperName(name);
     const ObjectRef fields = fieldsOf(s.record);
-    const std::int32_t count = vb::toLong(get(fields, u"Count"), s.locale);
+    const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
     for (std::int32_t i = 0; i < count; ++i) {
       const std::array<Value, 1> index{Value::lng(i)};
       const ObjectRef field = asObject(get(fields, u"Item", index));
-      if (upperName(vb::toString(get(field, u"Name"), s.locale)) == wanted) return true;
+      if (upperName(vb::toString(get(field, u"Name"), Locale())) == wanted) return true;
     }
   } catch (...) {
     (void)currentFault();  // a record that cannot answer has no such field

@@ -30,17 +30,15 @@ class StringOp {
  public:
   /// From the opening '"' through the next '"' (no escapes). Error 2
   /// "错误的表达式,期待引号。\r\n<text>" when the text ends first.
-  std::int32_t ReadStringQueto(std::u16string_view text, std::int16_t& pos,
-                               std::u16string& piece);
+  std::int32_t ReadStringQueto(std::u16string_view text, std::int16_t& pos, std::u16string& piece);
   /// From pos through the ")" matching the first "(" (blanks before it are
   /// kept). Errors 26 (something before the "(") and 25 (unbalanced).
   std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
                                      std::u16string& piece);
   /// One element of an argument list (see Paras). Error 2 for a list that
   /// ends with a separator.
-  std::int32_t ReadStringUntilMeetCommaOrEnd(std::u16string_view text,
-                                             std::int16_t& pos, std::u16string& piece,
-                                             bool& separatorFound);
+  std::int32_t ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
+                                             std::u16string& piece, bool& separatorFound);
 
   std::int32_t ErrNum() const noexcept { return errNum_; }
   const std::u16string& ErrMsg() const noexcept { return errMsg_; }

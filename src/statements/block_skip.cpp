@@ -19,8 +19,7 @@ bool countsAsLoop(Skip mode, std::int16_t kind) {
 
 }  // namespace
 
-std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifCondition,
-                         SkipStop& stop) {
+std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifCondition, SkipStop& stop) {
   const bool ifMode = mode == Skip::FalseIf;
   const std::int16_t depth = ifMode ? engine.IfCount() : engine.DoCount();
   const std::int16_t last = engine.LineCount();

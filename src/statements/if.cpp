@@ -20,8 +20,8 @@ constexpr std::u16string_view kThen = u"THEN";
 
 struct IfParts {
   std::u16string_view condition;
-  std::u16string_view tail;     // after THEN, up to a comment, trimmed
-  bool tailReadable = true;     // false: a literal after THEN is not closed
+  std::u16string_view tail;  // after THEN, up to a comment, trimmed
+  bool tailReadable = true;  // false: a literal after THEN is not closed
 };
 
 // THEN counts only as a word of its own: a blank before it and a blank (or
@@ -78,8 +78,7 @@ std::int32_t runTail(BasicEngine& engine, std::u16string_view tail) {
 }
 
 // Moves to the line a skip scan stopped at; the run loop runs that line.
-std::int32_t jumpTo(BasicEngine& engine, std::int32_t scanResult,
-                    const detail::SkipStop& stop) {
+std::int32_t jumpTo(BasicEngine& engine, std::int32_t scanResult, const detail::SkipStop& stop) {
   if (scanResult != 0) return scanResult;
   engine.SetCurrentLineNum(stop.line);
   return 0;
@@ -118,8 +117,7 @@ std::int32_t If(BasicEngine& engine, std::u16string_view line) {
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   if (block) {
-    engine.PushStmtFlag(
-        detail::flagEntry(detail::kIfMarker, engine.CurrentLineNum(), condition));
+    engine.PushStmtFlag(detail::flagEntry(detail::kIfMarker, engine.CurrentLineNum(), condition));
     engine.SetIfCount(detail::step16(engine.IfCount(), 1));
   }
 
@@ -145,8 +143,7 @@ std::int32_t If(BasicEngine& engine, std::u16string_view line) {
     return 0;
   }
   detail::SkipStop stop;
-  return jumpTo(engine, detail::skipForward(engine, detail::Skip::FalseIf, condition, stop),
-                stop);
+  return jumpTo(engine, detail::skipForward(engine, detail::Skip::FalseIf, condition, stop), stop);
 }
 
 std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
@@ -159,8 +156,8 @@ std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
 
   // Only a condition exactly equal to True took the IF part; any other
   // value (5, Null, ...) leaves the ELSE part to run as well.
-  const auto cmp = vb::compareValues(detail::flagItem(entry, 3), Value::boolean(true),
-                                     engine.Locale());
+  const auto cmp =
+      vb::compareValues(detail::flagItem(entry, 3), Value::boolean(true), engine.Locale());
   if (!cmp || *cmp != 0) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;

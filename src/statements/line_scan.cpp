@@ -81,9 +81,10 @@ Value flagItem(const Value& entry, std::size_t index) {
   return items[index - 1];
 }
 
-std::u16string flagMarker(const Value& entry) {
-  const Value marker = flagItem(entry, 1);
-  return marker.isString() ? marker.stringValue() : std::u16string();
+std::u16string_view flagMarker(const Value& entry) {
+  if (!entry.isArray() || entry.arrayValue().elements().empty()) return {};
+  const Value& marker = entry.arrayValue().elements().front();
+  return marker.isString() ? std::u16string_view(marker.stringValue()) : std::u16string_view();
 }
 
 bool isDoMarker(std::u16string_view marker) noexcept {

@@ -66,8 +66,9 @@ inline constexpr std::u16string_view kDoUntilMarker = u"Do Until";
 Value flagEntry(std::u16string_view marker, std::int16_t line, Value detail);
 /// Element 1 to 3 of an entry; Empty when the value is no entry.
 Value flagItem(const Value& entry, std::size_t index);
-/// The entry's marker; "" when the value is no entry or holds no text there.
-std::u16string flagMarker(const Value& entry);
+/// The entry's marker (a view into `entry`); "" when the value is no entry
+/// or holds no text there.
+std::u16string_view flagMarker(const Value& entry);
 bool isDoMarker(std::u16string_view marker) noexcept;
 
 /// A condition read as a Boolean: Null is False, everything else converts

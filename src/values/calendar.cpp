@@ -23,9 +23,7 @@ std::int64_t unixDays(std::int64_t y, unsigned m, unsigned d) noexcept {
 
 }  // namespace
 
-bool isLeapYear(int year) noexcept {
-  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
+bool isLeapYear(int year) noexcept { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
 
 int daysInMonth(int year, int month) noexcept {
   static constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -57,10 +55,15 @@ int dayOfWeek(std::int64_t days) noexcept {
 }
 
 std::int64_t serialDays(double serial) noexcept {
+  // Far outside any date, but keeps the conversion defined for garbage.
+  constexpr double kLimit = 1e12;
+  if (!(serial > -kLimit)) return static_cast<std::int64_t>(-kLimit);
+  if (!(serial < kLimit)) return static_cast<std::int64_t>(kLimit);
   return static_cast<std::int64_t>(std::trunc(serial));
 }
 
 int serialSeconds(double serial) noexcept {
+  if (!std::isfinite(serial)) return 0;
   const double frac = std::fabs(serial - std::trunc(serial));
   return static_cast<int>(std::llround(frac * 86400.0));
 }

@@ -43,7 +43,8 @@ CivilDate civilFromDays(std::int64_t days) noexcept;
 /// Day of the week of a day number: 0 = Sunday .. 6 = Saturday.
 int dayOfWeek(std::int64_t days) noexcept;
 
-/// Whole days of a serial: truncation toward zero (the date part).
+/// Whole days of a serial: truncation toward zero (the date part). Values
+/// beyond +-1e12 (and NaN) are clamped so the result stays defined.
 std::int64_t serialDays(double serial) noexcept;
 /// Seconds into the day (0..86400) of a serial: |fraction| rounded to the
 /// nearest second. 86400 means the time rounded up to the next midnight.

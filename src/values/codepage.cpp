@@ -18,8 +18,8 @@ constexpr char16_t kEuro = u'\u20AC';  // the one single-byte code above 0x7F
 constexpr std::uint16_t kEuroCode = 0x80;
 
 struct GbkTables {
-  std::array<std::uint16_t, 0x10000> toCode{};   // UTF-16 unit -> code; 0 = none
-  std::array<char16_t, 0x10000> toUnicode{};     // two-byte code -> unit; 0 = none
+  std::array<std::uint16_t, 0x10000> toCode{};  // UTF-16 unit -> code; 0 = none
+  std::array<char16_t, 0x10000> toUnicode{};    // two-byte code -> unit; 0 = none
 };
 
 std::unique_ptr<GbkTables> buildTables() {
@@ -83,9 +83,7 @@ std::u16string charFromAnsi(std::int32_t code) {
   return std::u16string(1, unit);
 }
 
-bool isDoubleByte(char16_t ch) noexcept {
-  return ch >= 0x80 && tables().toCode[ch] > 0xFF;
-}
+bool isDoubleByte(char16_t ch) noexcept { return ch >= 0x80 && tables().toCode[ch] > 0xFF; }
 
 std::u16string decodeGbk(std::string_view bytes) {
   const GbkTables& t = tables();

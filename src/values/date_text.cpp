@@ -25,9 +25,7 @@ std::size_t runLength(std::u16string_view s, std::size_t i) {
   return j - i;
 }
 
-int dayOfWeekOf(const DateTimeParts& p) {
-  return dayOfWeek(daysFromCivil(p.year, p.month, p.day));
-}
+int dayOfWeekOf(const DateTimeParts& p) { return dayOfWeek(daysFromCivil(p.year, p.month, p.day)); }
 
 }  // namespace
 
@@ -107,6 +105,7 @@ std::u16string renderDatePicture(std::u16string_view picture, const DateTimePart
 }
 
 std::u16string dateToString(double serial, const Locale& loc) {
+  if (!isValidSerial(serial)) raise(kOverflow);
   const DateTimeParts p = splitSerial(serial);
   const bool hasTime = p.hour != 0 || p.minute != 0 || p.second != 0;
   const bool hasDate = !(p.year == 1899 && p.month == 12 && p.day == 30);

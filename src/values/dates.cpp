@@ -13,8 +13,15 @@ std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
   return (a % b != 0 && (a < 0) != (b < 0)) ? q - 1 : q;
 }
 
+// A serial outside 100-01-01 .. 9999-12-31 is no date: the platform's
+// overflow, as when such a number is converted to a date.
+void requireValidSerial(double serial) {
+  if (!isValidSerial(serial)) raise(kOverflow);
+}
+
 // The day number a serial falls on once its time is rounded to the second.
 std::int64_t roundedDays(double serial) {
+  requireValidSerial(serial);
   std::int64_t days = serialDays(serial);
   if (serialSeconds(serial) >= 86400) ++days;
   return days;
@@ -27,6 +34,7 @@ void requireDateRange(std::int64_t days) {
 }  // namespace
 
 DateParts splitDate(double serial) {
+  requireValidSerial(serial);
   const DateTimeParts p = splitSerial(serial);
   return DateParts{p.year, p.month, p.day, p.hour, p.minute, p.second};
 }

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -7,16 +8,17 @@
 
 namespace korvex::vb::detail {
 
-DecimalDigits toDecimalDigits(double x) {
+DecimalDigits exactDigits(double x) {
   DecimalDigits d;
   x = std::fabs(x);
   if (x == 0.0 || !std::isfinite(x)) return d;
-  // 15 significant digits: what the platform keeps of a Double in text.
-  char buf[32];
-  std::snprintf(buf, sizeof buf, "%.14e", x);
+  // 60 significant digits: beyond any rounding position a format can ask
+  // for within a Double's range of precision, so the cut sees the true value.
+  char buf[96];
+  std::snprintf(buf, sizeof buf, "%.59e", x);
   const char* p = buf;
   std::string digits;
-  digits.reserve(15);
+  digits.reserve(60);
   for (; *p != 'e'; ++p) {
     if (*p >= '0' && *p <= '9') digits.push_back(*p);
   }
@@ -27,22 +29,15 @@ DecimalDigits toDecimalDigits(double x) {
   return d;
 }
 
-void roundDigits(DecimalDigits& d, int decimals, Rounding mode) {
+void roundHalfUp(DecimalDigits& d, int decimals) {
   const long cut = static_cast<long>(d.pointPos) + decimals;
-  const long size = static_cast<long>(d.digits.size());
-  if (cut >= size) return;  // nothing beyond the last kept place
+  if (cut >= static_cast<long>(d.digits.size())) return;  // nothing to drop
   if (cut < 0) {
     d.digits.clear();
     d.pointPos = 0;
     return;
   }
-  const char first = d.digits[static_cast<std::size_t>(cut)];
-  bool up = first > '5' || (first == '5' && (mode == Rounding::HalfUp || cut + 1 < size));
-  if (first == '5' && mode == Rounding::HalfEven && cut + 1 == size) {
-    // Exactly half: round towards the even neighbour.
-    const char prev = cut > 0 ? d.digits[static_cast<std::size_t>(cut - 1)] : '0';
-    up = ((prev - '0') % 2) == 1;
-  }
+  const bool up = d.digits[static_cast<std::size_t>(cut)] >= '5';
   d.digits.resize(static_cast<std::size_t>(cut));
   if (up) {
     std::size_t i = d.digits.size();
@@ -60,13 +55,25 @@ void roundDigits(DecimalDigits& d, int decimals, Rounding mode) {
   if (d.digits.empty()) d.pointPos = 0;
 }
 
-double fromDecimalDigits(const DecimalDigits& d, bool negative) {
-  if (d.isZero()) return negative ? -0.0 : 0.0;
-  std::string text = negative ? "-0." : "0.";
-  text += d.digits;
-  text += 'e';
-  text += std::to_string(d.pointPos);
-  return std::strtod(text.c_str(), nullptr);
+SignedDigits signedDigits(double x) { return SignedDigits{exactDigits(x), x < 0, true}; }
+
+SignedDigits signedDigits(Currency c) {
+  SignedDigits n;
+  n.negative = c.scaled < 0;
+  // Magnitude of the scaled integer, safe for the most negative value.
+  std::uint64_t m =
+      n.negative ? 0 - static_cast<std::uint64_t>(c.scaled) : static_cast<std::uint64_t>(c.scaled);
+  const std::string text = std::to_string(m);
+  n.magnitude.digits = text;
+  n.magnitude.pointPos = static_cast<int>(text.size()) - 4;  // four decimals
+  while (!n.magnitude.digits.empty() && n.magnitude.digits.back() == '0') {
+    n.magnitude.digits.pop_back();
+  }
+  if (n.magnitude.digits.empty()) {
+    n.magnitude.pointPos = 0;
+    n.negative = false;
+  }
+  return n;
 }
 
 void appendInt(std::u16string& out, long long n, int minDigits) {

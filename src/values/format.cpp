@@ -9,49 +9,57 @@ namespace korvex::vb {
 
 namespace detail {
 
-bool takeQuotedOrEscaped(std::u16string_view fmt, std::size_t& i, std::u16string& out) {
+namespace {
+
+// A quoted text or a backslash escape: where its text lies and where the
+// format goes on after it.
+struct LiteralSpan {
+  std::size_t textBegin, textEnd, next;
+};
+
+std::optional<LiteralSpan> literalAt(std::u16string_view fmt, std::size_t i) {
   if (fmt[i] == u'\\') {
-    if (i + 1 < fmt.size()) out.push_back(fmt[i + 1]);
-    i += 2;
-    return true;
+    const std::size_t end = std::min(i + 2, fmt.size());
+    return LiteralSpan{i + 1, end, i + 2};
   }
   if (fmt[i] == u'"') {
     const std::size_t close = fmt.find(u'"', i + 1);
     const std::size_t end = close == std::u16string_view::npos ? fmt.size() : close;
-    out.append(fmt.substr(i + 1, end - i - 1));
-    i = end + 1;
-    return true;
+    return LiteralSpan{i + 1, end, end + 1};
   }
-  return false;
+  return std::nullopt;
 }
 
-namespace {
-
-// Skips a quoted text or an escape starting at `i`; true when it did.
 bool skipLiteral(std::u16string_view fmt, std::size_t& i) {
-  if (fmt[i] == u'\\') {
-    i += 2;
-    return true;
-  }
-  if (fmt[i] == u'"') {
-    const std::size_t close = fmt.find(u'"', i + 1);
-    i = close == std::u16string_view::npos ? fmt.size() : close + 1;
-    return true;
-  }
-  return false;
+  const std::optional<LiteralSpan> span = literalAt(fmt, i);
+  if (span) i = span->next;
+  return span.has_value();
 }
 
-char16_t lower(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
+}  // namespace
 
-bool startsWithNoCase(std::u16string_view s, std::size_t at, std::u16string_view word) {
-  if (s.size() - at < word.size()) return false;
+bool takeQuotedOrEscaped(std::u16string_view fmt, std::size_t& i, std::u16string& out) {
+  const std::optional<LiteralSpan> span = literalAt(fmt, i);
+  if (!span) return false;
+  out.append(fmt.substr(span->textBegin, span->textEnd - span->textBegin));
+  i = span->next;
+  return true;
+}
+
+bool matchesNoCase(std::u16string_view s, std::size_t at, std::u16string_view word) noexcept {
+  if (at > s.size() || s.size() - at < word.size()) return false;
   for (std::size_t k = 0; k < word.size(); ++k) {
-    if (lower(s[at + k]) != lower(word[k])) return false;
+    if (asciiLower(s[at + k]) != asciiLower(word[k])) return false;
   }
   return true;
 }
 
-}  // namespace
+std::size_t ampmTokenLength(std::u16string_view s, std::size_t at) noexcept {
+  if (matchesNoCase(s, at, u"am/pm")) return 5;
+  if (matchesNoCase(s, at, u"ampm")) return 4;
+  if (matchesNoCase(s, at, u"a/p")) return 3;
+  return 0;
+}
 
 std::vector<std::u16string_view> splitSections(std::u16string_view fmt) {
   std::vector<std::u16string_view> sections;
@@ -74,7 +82,7 @@ std::optional<FormatKind> classifyFormat(std::u16string_view fmt) {
   std::size_t i = 0;
   while (i < fmt.size()) {
     if (skipLiteral(fmt, i)) continue;
-    switch (lower(fmt[i])) {
+    switch (asciiLower(fmt[i])) {
       case u'0':
       case u'#':
         digits = true;
@@ -91,11 +99,10 @@ std::optional<FormatKind> classifyFormat(std::u16string_view fmt) {
         date = true;
         break;
       case u't':
-        date = date || startsWithNoCase(fmt, i, u"ttttt");
+        date = date || matchesNoCase(fmt, i, u"ttttt");
         break;
       case u'a':
-        date = date || startsWithNoCase(fmt, i, u"am/pm") || startsWithNoCase(fmt, i, u"a/p") ||
-               startsWithNoCase(fmt, i, u"ampm");
+        date = date || ampmTokenLength(fmt, i) > 0;
         break;
       case u'@':
       case u'&':
@@ -139,6 +146,13 @@ std::optional<double> numericValue(const Value& v, const Locale& loc) {
   }
 }
 
+std::optional<SignedDigits> numberDigits(const Value& v, const Locale& loc) {
+  if (v.type() == VarType::Currency) return signedDigits(v.currencyValue());
+  const std::optional<double> d = numericValue(v, loc);
+  if (!d) return std::nullopt;
+  return signedDigits(*d);
+}
+
 std::optional<double> dateValue(const Value& v, const Locale& loc) {
   if (v.isString()) {
     if (auto d = parseDate(v.stringValue(), loc)) return d;
@@ -156,7 +170,11 @@ std::u16string format(const Value& v, std::u16string_view fmt, const Locale& loc
 
   const std::optional<FormatKind> kind = detail::classifyFormat(fmt);
   if (kind == FormatKind::String || (!kind && v.isString())) {
-    if (v.isNull()) return detail::formatString(u"", true, fmt);
+    if (v.isNull()) {
+      // Null only shows through a section of its own.
+      return detail::splitSections(fmt).size() >= 2 ? detail::formatString(u"", true, fmt)
+                                                    : std::u16string();
+    }
     return detail::formatString(v.isString() ? v.stringValue() : toString(v, loc), false, fmt);
   }
   if (v.isNull()) {
@@ -167,7 +185,7 @@ std::u16string format(const Value& v, std::u16string_view fmt, const Locale& loc
     if (!serial) return toString(v, loc);  // text that is no date stays as it is
     return detail::formatDate(*serial, detail::splitSections(fmt).front(), loc);
   }
-  const std::optional<double> number = detail::numericValue(v, loc);
+  const std::optional<detail::SignedDigits> number = detail::numberDigits(v, loc);
   if (!number) return toString(v, loc);  // text that is no number stays as it is
   return detail::formatNumber(*number, false, fmt, loc);
 }

@@ -15,9 +15,19 @@ namespace korvex::vb {
 /// The platform's Format(value, format): user-defined number formats, the
 /// named formats, date/time formats and string formats. An empty format
 /// gives the value's string form (Null gives "").
+///
+/// Number formats round half away from zero on the value as stored (0.075
+/// is 0.0749999... and shows as ".07" with "#.##"); numeric strings are
+/// formatted as numbers, date strings as dates, and text that is neither
+/// comes back unchanged. Null shows only through the fourth section of a
+/// number format (the second of a string format). Raises 13 for objects and
+/// arrays, 6 for a date format applied to a value outside the date range.
 std::u16string format(const Value& v, std::u16string_view fmt, const Locale& loc);
 
-/// Banker's rounding to `digits` decimals (Round(2.5) = 2, Round(3.5) = 4).
+/// Banker's rounding to `digits` decimals (Round(2.5) = 2, Round(3.5) = 4),
+/// scaling in binary as the platform does: Round(2.675, 2) = 2.68 because
+/// 2.675 * 100 is exactly 267.5; Round(1.005, 2) = 1 because 1.005 * 100 is
+/// just below 100.5.
 double roundHalfEven(double x, int digits = 0);
 /// Round on a Value: keeps Integer/Long/Currency types, Null stays Null,
 /// strings are converted; raises 5 for negative digits.
@@ -34,7 +44,8 @@ struct DateParts {
   int hour = 0, minute = 0, second = 0;
 };
 
-/// Splits a date serial (time rounded to the nearest second).
+/// Splits a date serial (time rounded to the nearest second). Raises 6 for
+/// a serial outside 100-01-01 .. 9999-12-31 (also weekday()).
 DateParts splitDate(double serial);
 /// DateSerial with the platform's month/day overflow rules; raises 5 when
 /// the result is outside 100-01-01 .. 9999-12-31.

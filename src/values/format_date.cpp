@@ -1,4 +1,6 @@
-// User-defined date/time formats and the locale's date pictures.
+// User-defined date/time formats: d w m q y h n s tokens, ddddd/dddddd/ttttt/c
+// for the locale's own forms, the AM/PM family, and / and : as the locale's
+// separators.
 #include <cstdint>
 
 #include "values/calendar.hpp"
@@ -11,31 +13,11 @@ namespace korvex::vb::detail {
 
 namespace {
 
-char16_t lower(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
-
-std::size_t runLength(std::u16string_view s, std::size_t i, bool ignoreCase) {
+// How many times the letter at `i` repeats there, in any case.
+std::size_t runLength(std::u16string_view s, std::size_t i) {
   std::size_t n = 1;
-  const auto same = [&](char16_t a, char16_t b) {
-    return ignoreCase ? lower(a) == lower(b) : a == b;
-  };
-  while (i + n < s.size() && same(s[i + n], s[i])) ++n;
+  while (i + n < s.size() && asciiLower(s[i + n]) == asciiLower(s[i])) ++n;
   return n;
-}
-
-bool matchNoCase(std::u16string_view s, std::size_t at, std::u16string_view word) {
-  if (s.size() - at < word.size()) return false;
-  for (std::size_t k = 0; k < word.size(); ++k) {
-    if (lower(s[at + k]) != lower(word[k])) return false;
-  }
-  return true;
-}
-
-// The AM/PM family of tokens: its length at `at`, 0 when there is none.
-std::size_t ampmLength(std::u16string_view s, std::size_t at) {
-  if (matchNoCase(s, at, u"am/pm")) return 5;
-  if (matchNoCase(s, at, u"ampm")) return 4;
-  if (matchNoCase(s, at, u"a/p")) return 3;
-  return 0;
 }
 
 // Everything a format may ask about one date, computed once.
@@ -61,7 +43,7 @@ bool usesTwelveHours(std::u16string_view fmt) {
   std::size_t i = 0;
   while (i < fmt.size()) {
     if (takeQuotedOrEscaped(fmt, i, ignored)) continue;
-    if (lower(fmt[i]) == u'a' && ampmLength(fmt, i) > 0) return true;
+    if (asciiLower(fmt[i]) == u'a' && ampmTokenLength(fmt, i) > 0) return true;
     ++i;
   }
   return false;
@@ -82,10 +64,10 @@ std::u16string formatDate(double serial, std::u16string_view fmt, const Locale& 
   while (i < fmt.size()) {
     if (takeQuotedOrEscaped(fmt, i, out)) continue;
     const char16_t c = fmt[i];
-    const std::size_t run = runLength(fmt, i, true);
+    const std::size_t run = runLength(fmt, i);
     std::size_t used = 1;
     bool hourToken = false;
-    switch (lower(c)) {
+    switch (asciiLower(c)) {
       case u'd':
         used = run > 6 ? 6 : run;
         if (used <= 2) {
@@ -150,7 +132,7 @@ std::u16string formatDate(double serial, std::u16string_view fmt, const Locale& 
         out += dateToString(serial, loc);
         break;
       case u'a':
-        used = ampmLength(fmt, i);
+        used = ampmTokenLength(fmt, i);
         if (used == 5) {
           out.append(fmt.substr(p.hour < 12 ? i : i + 3, 2));
         } else if (used == 4) {
@@ -164,9 +146,11 @@ std::u16string formatDate(double serial, std::u16string_view fmt, const Locale& 
         break;
       case u'/':
         out.push_back(loc.dateSeparator);
+        hourToken = afterHour;  // separators sit between h and m
         break;
       case u':':
         out.push_back(loc.timeSeparator);
+        hourToken = afterHour;
         break;
       default:
         out.push_back(c);

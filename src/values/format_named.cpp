@@ -18,6 +18,7 @@ enum class Named : std::uint8_t {
   GeneralDate,
   LocalePicture,  // one of the locale's pictures
   DatePattern,    // a user-defined date format
+  MediumDate,     // depends on the language version
 };
 
 // Which locale picture a LocalePicture entry means.
@@ -42,22 +43,18 @@ constexpr std::array<NamedFormat, 16> kNamed{{
     {u"On/Off", Named::YesNo, u"On/Off"},
     {u"General Date", Named::GeneralDate, u""},
     {u"Long Date", Named::LocalePicture, u"", Picture::LongDate},
-    {u"Medium Date", Named::DatePattern, u"dd-mmm-yy"},
+    {u"Medium Date", Named::MediumDate, u""},
     {u"Short Date", Named::LocalePicture, u"", Picture::ShortDate},
     {u"Long Time", Named::LocalePicture, u"", Picture::LongTime},
     {u"Medium Time", Named::DatePattern, u"hh:nn AMPM"},
     {u"Short Time", Named::DatePattern, u"hh:nn"},
 }};
 
-bool equalsNoCase(std::u16string_view a, std::u16string_view b) {
-  if (a.size() != b.size()) return false;
-  const auto lower = [](char16_t c) {
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c;
-  };
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (lower(a[i]) != lower(b[i])) return false;
-  }
-  return true;
+// The medium date is no regional setting: it follows the language version,
+// day-month-year with the month's abbreviation in English, a two-digit
+// year-month-day in Chinese.
+std::u16string_view mediumDatePattern(const Locale& loc) {
+  return loc.name == u"zh-CN" ? u"yy-mm-dd" : u"dd-mmm-yy";
 }
 
 std::u16string_view pictureOf(Picture p, const Locale& loc) {
@@ -71,9 +68,10 @@ std::u16string_view pictureOf(Picture p, const Locale& loc) {
   }
 }
 
-std::u16string currencyText(double x, std::u16string_view pattern, const Locale& loc) {
-  const std::u16string amount = formatNumber(x < 0 ? -x : x, false, pattern, loc);
-  const std::u16string& shape = x < 0 ? loc.currencyNegative : loc.currencyPositive;
+std::u16string currencyText(const SignedDigits& n, std::u16string_view pattern, const Locale& loc) {
+  const std::u16string amount =
+      formatNumber(SignedDigits{n.magnitude, false, n.fromDouble}, false, pattern, loc);
+  const std::u16string& shape = n.negative ? loc.currencyNegative : loc.currencyPositive;
   std::u16string out;
   out.reserve(shape.size() + amount.size());
   for (char16_t c : shape) {
@@ -87,7 +85,8 @@ std::u16string currencyText(double x, std::u16string_view pattern, const Locale&
 }
 
 bool isDateKind(Named k) {
-  return k == Named::GeneralDate || k == Named::LocalePicture || k == Named::DatePattern;
+  return k == Named::GeneralDate || k == Named::LocalePicture || k == Named::DatePattern ||
+         k == Named::MediumDate;
 }
 
 }  // namespace
@@ -96,7 +95,7 @@ std::optional<std::u16string> formatNamed(const Value& v, std::u16string_view na
                                           const Locale& loc) {
   const NamedFormat* found = nullptr;
   for (const auto& entry : kNamed) {
-    if (equalsNoCase(entry.name, name)) {
+    if (entry.name.size() == name.size() && matchesNoCase(name, 0, entry.name)) {
       found = &entry;
       break;
     }
@@ -111,6 +110,8 @@ std::optional<std::u16string> formatNamed(const Value& v, std::u16string_view na
     switch (found->kind) {
       case Named::GeneralDate:
         return dateToString(*serial, loc);
+      case Named::MediumDate:
+        return formatDate(*serial, mediumDatePattern(loc), loc);
       case Named::LocalePicture:
         return renderDatePicture(pictureOf(found->picture, loc), splitSerial(*serial), loc);
       default:
@@ -118,7 +119,7 @@ std::optional<std::u16string> formatNamed(const Value& v, std::u16string_view na
     }
   }
 
-  const std::optional<double> number = numericValue(v, loc);
+  const std::optional<SignedDigits> number = numberDigits(v, loc);
   if (!number) return toString(v, loc);  // text that is no number stays as it is
   switch (found->kind) {
     case Named::GeneralNumber:
@@ -126,13 +127,13 @@ std::optional<std::u16string> formatNamed(const Value& v, std::u16string_view na
           v.type() == VarType::Currency) {
         return toString(v, loc);
       }
-      return doubleToString(*number, loc);
+      return doubleToString(*numericValue(v, loc), loc);
     case Named::Currency:
       return currencyText(*number, found->pattern, loc);
     case Named::YesNo: {
       const std::size_t slash = found->pattern.find(u'/');
-      return std::u16string(*number != 0 ? found->pattern.substr(0, slash)
-                                         : found->pattern.substr(slash + 1));
+      return std::u16string(!number->magnitude.isZero() ? found->pattern.substr(0, slash)
+                                                        : found->pattern.substr(slash + 1));
     }
     default:
       return formatNumber(*number, false, found->pattern, loc);

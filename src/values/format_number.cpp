@@ -90,23 +90,24 @@ NumberPattern parsePattern(std::u16string_view fmt) {
   return p;
 }
 
-std::u16string render(const NumberPattern& p, double x, bool minus, const Locale& loc) {
+std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, bool minus,
+                      const Locale& loc) {
   using Kind = NumberPattern::Kind;
-  for (int k = 0; k < p.percents; ++k) x *= 100.0;
-  for (int k = 0; k < p.thousandsScale; ++k) x /= 1000.0;
-
-  DecimalDigits d = toDecimalDigits(x);
+  // % and scaling commas shift the decimal point; exact on digits.
+  if (!d.isZero()) d.pointPos += 2 * p.percents - 3 * p.thousandsScale;
   int exponent = 0;
   if (p.exponent && !d.isZero()) {
     exponent = d.pointPos - p.intDigits;
     d.pointPos = p.intDigits;
-    roundDigits(d, p.fracDigits, Rounding::HalfUp);
-    if (d.pointPos > p.intDigits) {  // 9.99 rounded up to 10.0
-      d.pointPos = p.intDigits;
-      ++exponent;
-    }
-  } else {
-    roundDigits(d, p.fracDigits, Rounding::HalfUp);
+  }
+  // A Double shows no more digits than its string form does.
+  if (fromDouble && d.pointPos + p.fracDigits > kDoubleDigits) {
+    roundHalfUp(d, kDoubleDigits - d.pointPos);
+  }
+  roundHalfUp(d, p.fracDigits);
+  if (p.exponent && d.pointPos > p.intDigits) {  // 9.99 rounded up to 10.0
+    d.pointPos = p.intDigits;
+    ++exponent;
   }
 
   // The integer digits of the rounded number, without leading zeros.
@@ -196,19 +197,23 @@ std::u16string render(const NumberPattern& p, double x, bool minus, const Locale
 
 }  // namespace
 
-std::u16string formatNumber(double x, bool isNull, std::u16string_view fmt, const Locale& loc) {
+std::u16string formatNumber(const SignedDigits& n, bool isNull, std::u16string_view fmt,
+                            const Locale& loc) {
   const std::vector<std::u16string_view> sections = splitSections(fmt);
-  const auto use = [&](std::u16string_view section, double value, bool minus) {
-    return render(parsePattern(section), value, minus, loc);
+  const auto use = [&](std::u16string_view section, const DecimalDigits& d, bool minus) {
+    return render(parsePattern(section), d, n.fromDouble, minus, loc);
   };
-  if (isNull) return sections.size() >= 4 ? use(sections[3], 0.0, false) : std::u16string();
-  if (x < 0) {
-    // A negative section carries its own sign; the positive one gets "-".
-    if (sections.size() >= 2 && !sections[1].empty()) return use(sections[1], -x, false);
-    return use(sections[0], -x, true);
+  if (isNull) return sections.size() >= 4 ? use(sections[3], DecimalDigits{}, false) : u"";
+  if (n.magnitude.isZero()) {
+    if (sections.size() >= 3 && !sections[2].empty()) return use(sections[2], n.magnitude, false);
+    return use(sections[0], n.magnitude, false);
   }
-  if (x == 0 && sections.size() >= 3 && !sections[2].empty()) return use(sections[2], 0.0, false);
-  return use(sections[0], x, false);
+  if (n.negative) {
+    // A negative section carries its own sign; the positive one gets "-".
+    if (sections.size() >= 2 && !sections[1].empty()) return use(sections[1], n.magnitude, false);
+    return use(sections[0], n.magnitude, true);
+  }
+  return use(sections[0], n.magnitude, false);
 }
 
 }  // namespace korvex::vb::detail

@@ -39,8 +39,8 @@ std::u16string currencyToString(Currency c, const Locale& loc) {
   // Up to four decimals, none trailing. Work on the magnitude as unsigned so
   // the most negative amount is still exact.
   const bool negative = c.scaled < 0;
-  const std::uint64_t mag = negative ? 0 - static_cast<std::uint64_t>(c.scaled)
-                                     : static_cast<std::uint64_t>(c.scaled);
+  const std::uint64_t mag =
+      negative ? 0 - static_cast<std::uint64_t>(c.scaled) : static_cast<std::uint64_t>(c.scaled);
   const std::uint64_t whole = mag / Currency::kScale;
   std::uint64_t frac = mag % Currency::kScale;
   char buf[32];

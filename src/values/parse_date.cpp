@@ -93,8 +93,8 @@ bool numericDate(Cursor& c, const Locale& loc, DateResult& out) {
 bool cjkDate(Cursor& c, DateResult& out) {
   Cursor t = c;
   Num y, m, d;
-  if (!readNum(t, y) || !t.accept(u'年') || !readNum(t, m) || !t.accept(u'月') ||
-      !readNum(t, d) || !t.accept(u'日')) {
+  if (!readNum(t, y) || !t.accept(u'年') || !readNum(t, m) || !t.accept(u'月') || !readNum(t, d) ||
+      !t.accept(u'日')) {
     return false;
   }
   if (!makeDate(expandYear(y), m.value, d.value, out)) return false;

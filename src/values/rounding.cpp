@@ -1,8 +1,9 @@
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 #include "values/format.hpp"
-#include "values/format_detail.hpp"
+#include "values/numeric.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::vb {
@@ -55,9 +56,15 @@ Value wholePart(const Value& v, bool floorIt, const Locale& loc) {
 
 double roundHalfEven(double x, int digits) {
   if (!std::isfinite(x) || x == 0.0) return x;
-  detail::DecimalDigits d = detail::toDecimalDigits(x);
-  detail::roundDigits(d, digits, detail::Rounding::HalfEven);
-  return detail::fromDecimalDigits(d, x < 0);
+  if (digits == 0) return roundHalfEvenWhole(x);
+  // The platform scales in binary, rounds the whole number and scales back:
+  // 2.675 * 100 is exactly 267.5 and goes to 268, 1.005 * 100 falls just
+  // short of 100.5 and goes to 100.
+  const double scale = std::pow(10.0, std::abs(digits));
+  if (digits < 0) return roundHalfEvenWhole(x / scale) * scale;
+  const double scaled = x * scale;
+  if (!std::isfinite(scaled) || std::fabs(scaled) >= 4503599627370496.0) return x;  // 2^52
+  return roundHalfEvenWhole(scaled) / scale;
 }
 
 Value round(const Value& v, int digits, const Locale& loc) {

@@ -35,7 +35,7 @@ INSTANTIATE_TEST_SUITE_P(
         ClassifyCase{u"", kStmtBlank}, ClassifyCase{u" \t\x01 ", kStmtBlank},
         ClassifyCase{u"' note", kStmtComment}, ClassifyCase{u"   'x = 1", kStmtComment},
         ClassifyCase{u"Rem anything at all", kStmtComment}, ClassifyCase{u"REM", kStmtComment},
-        ClassifyCase{u"If a > 1 Then", kStmtIf}, ClassifyCase{u"\t\tif(garbage", kStmtIf},
+        ClassifyCase{u"If a > 1 Then", kStmtIf}, ClassifyCase{u"\t\tif garbage", kStmtIf},
         ClassifyCase{u"Else", kStmtElse}, ClassifyCase{u"ELSE x = 1", kStmtElse},
         ClassifyCase{u"End If", kStmtEndIf}, ClassifyCase{u"end   if ' done", kStmtEndIf},
         ClassifyCase{u"Do While i < 3", kStmtDoWhile}, ClassifyCase{u"do until x", kStmtDoUntil},
@@ -47,30 +47,28 @@ INSTANTIATE_TEST_SUITE_P(
         ClassifyCase{u"AddRecord", kStmtAddRecord}, ClassifyCase{u"增加记录", kStmtAddRecord},
         ClassifyCase{u"DelRecord", kStmtDelRecord}, ClassifyCase{u"删除记录", kStmtDelRecord}));
 
-INSTANTIATE_TEST_SUITE_P(
-    SecondWord, ClassifyTest,
-    ::testing::Values(ClassifyCase{u"Do", kStmtSyntaxError},
-                      ClassifyCase{u"Do x < 3", kStmtSyntaxError},
-                      ClassifyCase{u"Do ' While", kStmtSyntaxError},
-                      ClassifyCase{u"Do While(x)", kStmtSyntaxError},
-                      ClassifyCase{u"End Loop", kStmtSyntaxError},
-                      ClassifyCase{u"End Sub", kStmtSyntaxError},
-                      ClassifyCase{u"Exit Sub", kStmtSyntaxError},
-                      ClassifyCase{u"Exit", kStmtSyntaxError}));
+INSTANTIATE_TEST_SUITE_P(SecondWord, ClassifyTest,
+                         ::testing::Values(ClassifyCase{u"Do", kStmtSyntaxError},
+                                           ClassifyCase{u"Do x < 3", kStmtSyntaxError},
+                                           ClassifyCase{u"Do ' While", kStmtSyntaxError},
+                                           ClassifyCase{u"Do While(x)", kStmtSyntaxError},
+                                           ClassifyCase{u"End Loop", kStmtSyntaxError},
+                                           ClassifyCase{u"End Sub", kStmtSyntaxError},
+                                           ClassifyCase{u"Exit Sub", kStmtSyntaxError},
+                                           ClassifyCase{u"Exit", kStmtSyntaxError}));
 
-INSTANTIATE_TEST_SUITE_P(
-    RecordMoves, ClassifyTest,
-    ::testing::Values(ClassifyCase{u"MoveFirst", kStmtMoveFirst},
-                      ClassifyCase{u"movenext ' go on", kStmtMoveNext},
-                      ClassifyCase{u"MovePrevious   ", kStmtMovePrevious},
-                      ClassifyCase{u"MOVELAST", kStmtMoveLast},
-                      ClassifyCase{u"移至顶部", kStmtMoveFirst},
-                      ClassifyCase{u"  下移指针", kStmtMoveNext},
-                      ClassifyCase{u"上移指针 'back", kStmtMovePrevious},
-                      ClassifyCase{u"移至底部", kStmtMoveLast},
-                      ClassifyCase{u"MoveNext x", 0, 1, u"语法错"},
-                      ClassifyCase{u"MoveFirst=1", 0, 1, u"语法错"},
-                      ClassifyCase{u"移至底部 2", 0, 1, u"语法错"}));
+INSTANTIATE_TEST_SUITE_P(RecordMoves, ClassifyTest,
+                         ::testing::Values(ClassifyCase{u"MoveFirst", kStmtMoveFirst},
+                                           ClassifyCase{u"movenext ' go on", kStmtMoveNext},
+                                           ClassifyCase{u"MovePrevious   ", kStmtMovePrevious},
+                                           ClassifyCase{u"MOVELAST", kStmtMoveLast},
+                                           ClassifyCase{u"移至顶部", kStmtMoveFirst},
+                                           ClassifyCase{u"  下移指针", kStmtMoveNext},
+                                           ClassifyCase{u"上移指针 'back", kStmtMovePrevious},
+                                           ClassifyCase{u"移至底部", kStmtMoveLast},
+                                           ClassifyCase{u"MoveNext x", 0, 1, u"语法错"},
+                                           ClassifyCase{u"MoveFirst=1", 0, 1, u"语法错"},
+                                           ClassifyCase{u"移至底部 2", 0, 1, u"语法错"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Assignments, ClassifyTest,
@@ -97,6 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ClassifyCase{u"1x = 2", 0, 3, u"错误的符号或变量名称"},
                       ClassifyCase{u"  (x) = 2", 0, 3, u"错误的符号或变量名称"},
                       ClassifyCase{u"MsgBox(\"x\")", 0, 3, u"错误的符号或变量名称('"},
+                      ClassifyCase{u"If(a > 1) Then", 0, 3, u"错误的符号或变量名称('"},
                       ClassifyCase{u"Loop'again", 0, 3, u"错误的符号或变量名称''"}));
 
 TEST(Classify, LeavesAnEarlierErrorAlone) {

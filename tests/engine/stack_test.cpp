@@ -57,8 +57,7 @@ TEST(Stack, MisuseIsReportedOnTheEngineAndChangesNothing) {
        [](Stack& s) { return s.Pop(); }},
       {"peek empty", 0, 20, u"对空堆栈执行'GetPopValue'方法",
        [](Stack& s) { return s.GetPopValue(); }},
-      {"line of empty", 0, 19, u"对空堆栈执行'GetLine'方法",
-       [](Stack& s) { return s.GetLine(1); }},
+      {"line of empty", 0, 19, u"对空堆栈执行'GetLine'方法", [](Stack& s) { return s.GetLine(1); }},
       {"line past the top", 2, 21, u"堆栈索引超出范围:'GetLine'方法",
        [](Stack& s) { return s.GetLine(3); }},
   };

@@ -1,6 +1,8 @@
 // The variable table through the engine's members: upper-cased names, table
 // order, error 5 for missing names, error 24 / the duplicate box for
 // existing ones, and sharing with a child engine.
+#include "engine/symbol_table.hpp"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -59,6 +61,25 @@ TEST(SymbolTable, DefineSymbolRefusesAnExistingNameWithoutABox) {
   EXPECT_EQ(engine.SymbolValue(u"a").longValue(), 1);
   EXPECT_TRUE(ui->messages().empty());
   EXPECT_EQ(engine.ErrNum(), 0);
+}
+
+TEST(SymbolTable, DuplicateAddShowsTheBoxAndChangesNothing) {
+  auto ui = std::make_shared<RecordingUserInterface>();
+  BasicEngine engine;
+  engine.SetUserInterface(ui);
+  SymbolTable table(&engine);
+  table.Add(u"v", Value::lng(1));
+  table.Add(u"V", Value::lng(2));
+  EXPECT_EQ(table.Count(), 1);
+  EXPECT_EQ(table.value(u"v").longValue(), 1);
+  EXPECT_EQ(ui->messages(), (std::vector<std::u16string>{u"符号或变量已定义"}));
+  EXPECT_EQ(engine.ErrNum(), 0);
+
+  table.Delete(u"missing");
+  EXPECT_EQ(table.Count(), 1);
+  table.Delete(u"v");
+  EXPECT_EQ(table.Count(), 0);
+  EXPECT_EQ(table.find(u"V"), nullptr);
 }
 
 TEST(SymbolTable, WritingMovesTheVariableToTheEnd) {

@@ -1,0 +1,55 @@
+// Argument lists: splitting a function's argument text and evaluating it.
+#include "engine/paras.hpp"
+
+#include "engine/string_op.hpp"
+#include "eval/eval.hpp"
+#include "korvex/engine.hpp"
+
+namespace korvex {
+
+std::int32_t Paras::Parse(std::u16string_view text) {
+  items_.clear();
+  errNum_ = 0;
+  errMsg_.clear();
+
+  std::u16string_view list = trimBlanks(text);
+  if (!list.empty() && list.front() == u'(') list.remove_prefix(1);
+  if (!list.empty() && list.back() == u')') list.remove_suffix(1);
+  paraText_.assign(list);
+
+  StringOp scanner;
+  std::int16_t index = 0;
+  std::int16_t pos = 1;
+  std::u16string piece;
+  const std::u16string_view all = paraText_;
+  while (static_cast<std::size_t>(pos) <= all.size()) {
+    piece.clear();
+    bool separator = false;
+    if (scanner.ReadStringUntilMeetCommaOrEnd(all, pos, piece, separator) != 0) {
+      errNum_ = scanner.ErrNum();
+      errMsg_ = scanner.ErrMsg();
+      return errNum_;
+    }
+    if (!piece.empty()) {
+      items_.push_back(Para{piece, index, Value{}});
+      ++index;
+    }
+    ++pos;
+  }
+  return 0;
+}
+
+std::int32_t Paras::EvaluateParas(BasicEngine& engine) {
+  for (auto& item : items_) {
+    Value v = Evaluate(engine, item.Expression);
+    if (engine.ErrNum() != 0) {
+      errNum_ = engine.ErrNum();
+      errMsg_ = engine.ErrMsg();
+      return errNum_;
+    }
+    item.value = std::move(v);
+  }
+  return 0;
+}
+
+}  // namespace korvex

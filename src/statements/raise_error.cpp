@@ -1,0 +1,39 @@
+// RAISEERROR message: ends the script with error 2000 and the script's own
+// message. Its argument is an argument list, like a function's.
+#include <string>
+
+#include "engine/messages.hpp"
+#include "engine/paras.hpp"
+#include "korvex/engine.hpp"
+#include "statements/line_scan.hpp"
+#include "statements/statement.hpp"
+#include "values/ops.hpp"
+
+namespace korvex::stmt {
+
+namespace {
+
+constexpr std::u16string_view kName = u"RaiseError";
+constexpr std::int32_t kUserError = 2000;
+
+}  // namespace
+
+std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText) {
+  Paras paras;
+  if (paras.Parse(argText) != 0 || paras.Count() != 1) {
+    std::u16string message(msg::kBadArguments);
+    message += u"{语句:";
+    message += kName;
+    message += argText;
+    message += u'}';
+    return detail::fail(engine, 6, message);
+  }
+  paras.EvaluateParas(engine);
+  if (engine.ErrNum() != 0) return engine.ErrNum();
+
+  // Any value is accepted; a Null cannot become text and faults here.
+  std::u16string text = vb::toString(paras.Item(1).value, engine.Locale());
+  return detail::fail(engine, kUserError, text);
+}
+
+}  // namespace korvex::stmt

@@ -1,0 +1,178 @@
+// Name recognition: every function name of the language is found (in any
+// case), fails as a function when misused, and the names that only exist
+// with a leading "_" are not functions without it.
+#include "eval/function_table.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/string_op.hpp"
+#include "eval/eval.hpp"
+#include "eval_test_support.hpp"
+
+namespace korvex::testing {
+namespace {
+
+using eval::lookupName;
+using eval::NameKind;
+
+constexpr const char16_t* kFunctionNames[] = {u"GETCELL",
+                                              u"SETCELL",
+                                              u"SetCellFormula",
+                                              u"ABS",
+                                              u"ASC",
+                                              u"ATN",
+                                              u"CDbl",
+                                              u"CDate",
+                                              u"CHR",
+                                              u"CLng",
+                                              u"COS",
+                                              u"CSTR",
+                                              u"DATE",
+                                              u"DAY",
+                                              u"ExecuteSQL",
+                                              u"DoSQL",
+                                              u"DoSqlEx",
+                                              u"Format",
+                                              u"EXP",
+                                              u"GetVar",
+                                              u"HEX",
+                                              u"HOUR",
+                                              u"IsEmpty",
+                                              u"Input",
+                                              u"IsNumeric",
+                                              u"IsVarExist",
+                                              u"LBound",
+                                              u"LCase",
+                                              u"LEFT",
+                                              u"LEN",
+                                              u"MaxDay",
+                                              u"MID",
+                                              u"Minute",
+                                              u"MONTH",
+                                              u"RIGHT",
+                                              u"ROUND",
+                                              u"SetVar",
+                                              u"SIN",
+                                              u"SQR",
+                                              u"TAN",
+                                              u"UBound",
+                                              u"UCase",
+                                              u"WeekDayName",
+                                              u"YEAR",
+                                              u"TIME",
+                                              u"TRIM",
+                                              u"INT",
+                                              u"Num2Chinese",
+                                              u"大写",
+                                              u"_员工属性",
+                                              u"员工属性",
+                                              u"_员工人数",
+                                              u"员工人数",
+                                              u"_产品属性",
+                                              u"产品属性",
+                                              u"_部门计件工资额",
+                                              u"部门计件工资额",
+                                              u"_班组工资",
+                                              u"班组工资",
+                                              u"_部门平均工资",
+                                              u"部门平均工资",
+                                              u"_部门工资合计",
+                                              u"_员工工资项目值",
+                                              u"_产品产值",
+                                              u"_顶班工资合计",
+                                              u"_考核项目合计",
+                                              u"考核项目合计",
+                                              u"_产品产量",
+                                              u"产品产量",
+                                              u"_工序产量",
+                                              u"工序产量",
+                                              u"_工序计件工资额",
+                                              u"工序计件工资额",
+                                              u"_计件工资额",
+                                              u"计件工资额"};
+
+std::u16string lower(std::u16string s) {
+  for (auto& c : s) {
+    if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
+  }
+  return s;
+}
+
+TEST(FunctionTable, EveryNameIsAFunctionInAnyCase) {
+  for (const char16_t* name : kFunctionNames) {
+    const auto* e = lookupName(upperAscii(name));
+    ASSERT_NE(e, nullptr) << toUtf8(name);
+    EXPECT_NE(e->kind, NameKind::Constant) << toUtf8(name);
+  }
+}
+
+TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
+  // Without its "(" a function name is a missing-parenthesis error; with a
+  // list it does not accept it is the function's own error. Never 56.
+  for (const char16_t* name : kFunctionNames) {
+    for (const std::u16string& written : {std::u16string(name), lower(name)}) {
+      EvalFixture f;
+      Evaluate(f.engine, written + u" + 1");
+      EXPECT_EQ(f.engine.ErrNum(), 26) << toUtf8(written);
+
+      // The inline functions evaluate their text as one expression, where
+      // the comma is an unknown character.
+      if (lookupName(upperAscii(name))->kind == NameKind::Inline) continue;
+      EvalFixture g;
+      const std::u16string call = written + u"(1, 2, 3, 4, 5, 6, 7, 8, 9, 10)";
+      try {
+        Evaluate(g.engine, call);
+      } catch (const vb::RuntimeError&) {
+        continue;  // a platform fault is a function's failure too
+      }
+      EXPECT_NE(g.engine.ErrNum(), 56) << toUtf8(call);
+    }
+  }
+}
+
+TEST(FunctionTable, UnderscoreOnlyNamesHaveNoPlainForm) {
+  for (const char16_t* name : {u"部门工资合计", u"员工工资项目值", u"产品产值", u"顶班工资合计"}) {
+    EXPECT_EQ(lookupName(name), nullptr) << toUtf8(name);
+    EXPECT_NE(lookupName(std::u16string(u"_") + name), nullptr) << toUtf8(name);
+  }
+}
+
+TEST(FunctionTable, NamesThatDifferFromTheirClass) {
+  struct Case {
+    const char16_t* upper;
+    FunctionClass cls;
+  };
+  const Case cases[] = {
+      {u"CLNG", FunctionClass::CInt32},
+      {u"DOSQL", FunctionClass::ExecuteSQL},
+      {u"EXECUTESQL", FunctionClass::ExecuteSQL},
+      {u"大写", FunctionClass::Num2Chinese},
+      {u"_部门工资合计", FunctionClass::WA_Total},
+      {u"班组工资", FunctionClass::WA_CalcByWorkGroup},
+      {u"_产品产值", FunctionClass::WA_Value},
+      {u"工序产量", FunctionClass::WA_Turnout_Index},
+  };
+  for (const Case& c : cases) {
+    const auto* e = lookupName(c.upper);
+    ASSERT_NE(e, nullptr) << toUtf8(c.upper);
+    EXPECT_EQ(e->kind, NameKind::Function);
+    EXPECT_EQ(e->functionClass(), c.cls) << toUtf8(c.upper);
+  }
+}
+
+TEST(FunctionTable, ConstantsAndOrdinaryNames) {
+  for (const char16_t* name :
+       {u"CRLF", u"VBCRLF", u"EMPTY", u"NULL", u"TRUE", u"FALSE", u"EOF", u"BOF"}) {
+    const auto* e = lookupName(name);
+    ASSERT_NE(e, nullptr) << toUtf8(name);
+    EXPECT_EQ(e->kind, NameKind::Constant) << toUtf8(name);
+  }
+  for (const char16_t* name : {u"MOD", u"XOR", u"X", u"LEFTS", u"Abs"}) {
+    EXPECT_EQ(lookupName(name), nullptr) << toUtf8(name);  // lookups take upper-cased names
+  }
+}
+
+}  // namespace
+}  // namespace korvex::testing

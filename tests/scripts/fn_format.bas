@@ -1,0 +1,12 @@
+DIM d
+d = CDATE("2004-02-10 18:05:09")
+MsgBox Format(1234.5, "Currency")
+MsgBox Format(-1234.5, "Standard")
+MsgBox Format(-0.125, "0.00;(0.00)")
+MsgBox Format(0, "#,##0;;\零")
+MsgBox Format(d, "yyyy年m月d日 dddd hh:nn")
+MsgBox Format(d, "Long Date")
+MsgBox Format(d, "Medium Time")
+MsgBox Format("abc", ">@@@@@")
+MsgBox Format(d)
+MsgBox Format(0.5, "Percent")

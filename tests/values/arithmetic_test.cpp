@@ -1,0 +1,144 @@
+#include "test_support.hpp"
+#include "values/calendar.hpp"
+#include "values/ops.hpp"
+
+namespace korvex {
+namespace {
+
+using testing::errorOf;
+using testing::u8;
+const Locale& zh = Locale::zhCN();
+
+using BinaryOp = Value (*)(const Value&, const Value&, const Locale&);
+
+struct Case {
+  const char* name;
+  BinaryOp op;
+  Value l, r;
+  VarType type;
+  std::u16string_view text;  // the result's string form
+};
+
+Value I(std::int16_t v) { return Value::integer(v); }
+Value L(std::int32_t v) { return Value::lng(v); }
+Value D(double v) { return Value::dbl(v); }
+Value S(std::u16string_view v) { return Value::string(v); }
+Value B(bool v) { return Value::boolean(v); }
+Value C(std::int64_t scaled) { return Value::currency(Currency{scaled}); }
+Value Dt(int y, int m, int d) {
+  return Value::date(static_cast<double>(vb::daysFromCivil(y, m, d)));
+}
+
+TEST(Arithmetic, PromotionTable) {
+  const Case cases[] = {
+      {"int+int", vb::add, I(1), I(2), VarType::Integer, u"3"},
+      {"int overflow to long", vb::add, I(32767), I(1), VarType::Long, u"32768"},
+      {"int underflow to long", vb::subtract, I(-32768), I(1), VarType::Long, u"-32769"},
+      {"long overflow to double", vb::add, L(2147483647), L(1), VarType::Double, u"2147483648"},
+      {"int*int to long", vb::multiply, I(300), I(300), VarType::Long, u"90000"},
+      {"long*long to double", vb::multiply, L(100000), L(100000), VarType::Double, u"10000000000"},
+      {"long+int", vb::add, L(5), I(1), VarType::Long, u"6"},
+      {"double+int", vb::add, D(0.1), D(0.2), VarType::Double, u"0.3"},
+      {"double*long", vb::multiply, D(1.5), L(2), VarType::Double, u"3"},
+      {"string+string", vb::add, S(u"ab"), S(u"cd"), VarType::String, u"abcd"},
+      {"string+number", vb::add, S(u"1"), I(2), VarType::Double, u"3"},
+      {"number+string", vb::add, L(2), S(u" 1.5 "), VarType::Double, u"3.5"},
+      {"string-string", vb::subtract, S(u"5"), S(u"2"), VarType::Double, u"3"},
+      {"bool+bool", vb::add, B(true), B(true), VarType::Integer, u"-2"},
+      {"bool+int", vb::add, B(true), I(5), VarType::Integer, u"4"},
+      {"empty+int", vb::add, Value(), I(5), VarType::Integer, u"5"},
+      {"empty+empty", vb::add, Value(), Value(), VarType::Integer, u"0"},
+      {"empty+string", vb::add, Value(), S(u"x"), VarType::String, u"x"},
+      {"string+empty", vb::add, S(u"x"), Value(), VarType::String, u"x"},
+      {"empty*double", vb::multiply, Value(), D(2.5), VarType::Double, u"0"},
+      {"date+number", vb::add, Dt(2005, 2, 28), I(1), VarType::Date, u"2005/3/1"},
+      {"number+date", vb::add, D(0.5), Dt(2005, 3, 1), VarType::Date, u"2005/3/1 12:00:00"},
+      {"date-number", vb::subtract, Dt(2005, 3, 1), I(1), VarType::Date, u"2005/2/28"},
+      {"date-date", vb::subtract, Dt(2005, 3, 1), Dt(2005, 2, 1), VarType::Double, u"28"},
+      {"date*number", vb::multiply, Dt(1900, 1, 1), I(1), VarType::Double, u"2"},
+      {"cur+int", vb::add, C(15000), I(1), VarType::Currency, u"2.5"},
+      {"cur+double", vb::add, C(15000), D(0.25), VarType::Currency, u"1.75"},
+      {"cur*cur", vb::multiply, C(15000), C(15000), VarType::Currency, u"2.25"},
+      {"cur*long", vb::multiply, C(-5), L(3), VarType::Currency, u"-0.0015"},
+      {"divide ints", vb::divide, I(1), I(4), VarType::Double, u"0.25"},
+      {"divide to whole", vb::divide, L(6), I(3), VarType::Double, u"2"},
+      {"power", vb::power, I(2), I(10), VarType::Double, u"1024"},
+      {"power negative whole", vb::power, I(-2), I(3), VarType::Double, u"-8"},
+      {"power fraction", vb::power, D(4), D(0.5), VarType::Double, u"2"},
+  };
+  for (const auto& c : cases) {
+    const Value v = c.op(c.l, c.r, zh);
+    EXPECT_EQ(v.type(), c.type) << c.name << " gave " << typeName(v.type());
+    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text)) << c.name;
+  }
+}
+
+TEST(Arithmetic, NullPropagates) {
+  for (BinaryOp op : {vb::add, vb::subtract, vb::multiply, vb::divide, vb::power}) {
+    EXPECT_TRUE(op(Value::null(), I(5), zh).isNull());
+    EXPECT_TRUE(op(I(5), Value::null(), zh).isNull());
+  }
+  EXPECT_TRUE(vb::negate(Value::null(), zh).isNull());
+}
+
+TEST(Arithmetic, Errors) {
+  const struct {
+    const char* name;
+    BinaryOp op;
+    Value l, r;
+    int error;
+  } cases[] = {
+      {"divide by zero", vb::divide, I(1), I(0), 11},
+      {"divide by empty", vb::divide, D(2.5), Value(), 11},
+      {"zero by zero", vb::divide, I(0), D(0), 6},
+      {"double overflow", vb::multiply, D(1e308), D(10), 6},
+      {"power overflow", vb::power, D(10), D(400), 6},
+      {"negative base fraction", vb::power, D(-8), D(1.0 / 3), 5},
+      {"zero to negative", vb::power, D(0), I(-1), 5},
+      {"text not a number", vb::add, S(u"abc"), I(1), 13},
+      {"text minus text", vb::subtract, S(u"a"), S(u"b"), 13},
+      {"object operand", vb::add, Value::object(nullptr), I(1), 13},
+      {"date past 9999", vb::add, Dt(9999, 12, 31), I(1), 6},
+      {"currency overflow", vb::add, C(INT64_MAX), C(1), 6},
+      {"currency product overflow", vb::multiply, C(INT64_MAX), I(2), 6},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(errorOf([&] { c.op(c.l, c.r, zh); }), c.error) << c.name;
+  }
+}
+
+TEST(Negate, KeepsTypeAndPromotesAtTheEdge) {
+  const struct {
+    Value v;
+    VarType type;
+    std::u16string_view text;
+  } cases[] = {
+      {I(5), VarType::Integer, u"-5"},
+      {I(-32768), VarType::Long, u"32768"},
+      {L(-2147483647 - 1), VarType::Double, u"2147483648"},
+      {D(2.5), VarType::Double, u"-2.5"},
+      {C(15000), VarType::Currency, u"-1.5"},
+      {B(true), VarType::Integer, u"1"},
+      {Value(), VarType::Integer, u"0"},
+      {S(u"3"), VarType::Double, u"-3"},
+  };
+  for (const auto& c : cases) {
+    const Value v = vb::negate(c.v, zh);
+    EXPECT_EQ(v.type(), c.type) << u8(c.text);
+    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text));
+  }
+  EXPECT_EQ(errorOf([] { vb::negate(C(INT64_MIN), zh); }), 6);
+}
+
+TEST(Concat, StringFormsAndNull) {
+  EXPECT_EQ(vb::concat(S(u"a"), I(1), zh).stringValue(), u"a1");
+  EXPECT_EQ(vb::concat(D(0.5), B(true), zh).stringValue(), u"0.5True");
+  EXPECT_EQ(vb::concat(Value::null(), S(u"x"), zh).stringValue(), u"x");
+  EXPECT_EQ(vb::concat(S(u"x"), Value::null(), zh).stringValue(), u"x");
+  EXPECT_EQ(vb::concat(Value(), Value(), zh).stringValue(), u"");
+  EXPECT_TRUE(vb::concat(Value::null(), Value::null(), zh).isNull());
+  EXPECT_EQ(errorOf([] { vb::concat(Value::object(nullptr), S(u""), zh); }), 13);
+}
+
+}  // namespace
+}  // namespace korvex

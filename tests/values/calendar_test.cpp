@@ -1,0 +1,87 @@
+#include "values/calendar.hpp"
+
+#include "test_support.hpp"
+
+namespace korvex {
+namespace {
+
+using vb::CivilDate;
+using vb::DateTimeParts;
+
+TEST(Calendar, KnownDayNumbers) {
+  const std::pair<CivilDate, std::int64_t> cases[] = {
+      {{1899, 12, 30}, 0},    {{1899, 12, 31}, 1},       {{1900, 1, 1}, 2},
+      {{1899, 12, 29}, -1},   {{2005, 3, 1}, 38412},     {{2000, 2, 29}, 36585},
+      {{100, 1, 1}, -657434}, {{9999, 12, 31}, 2958465}, {{1970, 1, 1}, 25569},
+  };
+  for (const auto& [date, days] : cases) {
+    EXPECT_EQ(vb::daysFromCivil(date.year, date.month, date.day), days) << days;
+    EXPECT_EQ(vb::civilFromDays(days), date) << days;
+  }
+}
+
+TEST(Calendar, EveryDayRoundTripsAcrossTheRange) {
+  CivilDate prev = vb::civilFromDays(vb::kMinDateDays);
+  for (std::int64_t d = vb::kMinDateDays + 1; d <= vb::kMaxDateDays; ++d) {
+    const CivilDate c = vb::civilFromDays(d);
+    ASSERT_EQ(vb::daysFromCivil(c.year, c.month, c.day), d);
+    // Consecutive: next day of the month, or the first of the next month.
+    const bool nextDay = c.year == prev.year && c.month == prev.month && c.day == prev.day + 1;
+    const bool nextMonth = c.day == 1 && prev.day == vb::daysInMonth(prev.year, prev.month);
+    ASSERT_TRUE(nextDay || nextMonth) << d;
+    prev = c;
+  }
+}
+
+TEST(Calendar, LeapYearsAndMonthLengths) {
+  EXPECT_TRUE(vb::isLeapYear(2000));
+  EXPECT_TRUE(vb::isLeapYear(2004));
+  EXPECT_FALSE(vb::isLeapYear(1900));
+  EXPECT_FALSE(vb::isLeapYear(2005));
+  EXPECT_EQ(vb::daysInMonth(2004, 2), 29);
+  EXPECT_EQ(vb::daysInMonth(1900, 2), 28);
+  EXPECT_EQ(vb::daysInMonth(2005, 4), 30);
+  EXPECT_EQ(vb::daysInMonth(2005, 12), 31);
+  EXPECT_EQ(vb::daysInMonth(2005, 13), 0);
+}
+
+TEST(Calendar, DayOfWeekSundayZero) {
+  EXPECT_EQ(vb::dayOfWeek(0), 6);        // 1899-12-30, a Saturday
+  EXPECT_EQ(vb::dayOfWeek(1), 0);        // Sunday
+  EXPECT_EQ(vb::dayOfWeek(38412), 2);    // 2005-03-01, a Tuesday
+  EXPECT_EQ(vb::dayOfWeek(-1), 5);       // Friday
+  EXPECT_EQ(vb::dayOfWeek(-657434), 5);  // 100-01-01
+}
+
+TEST(Calendar, SplitSerialRoundsToTheSecond) {
+  const std::pair<double, DateTimeParts> cases[] = {
+      {38412.5, {2005, 3, 1, 12, 0, 0}},
+      {-1.25, {1899, 12, 29, 6, 0, 0}},
+      {-0.5, {1899, 12, 30, 12, 0, 0}},
+      {0.999999999, {1899, 12, 31, 0, 0, 0}},   // rounds up to midnight
+      {-1.999999999, {1899, 12, 30, 0, 0, 0}},  // 12-29 23:59:59.9 rounds up
+      {1.0 + 1.4 / 86400, {1899, 12, 31, 0, 0, 1}},
+      {2958465.0 + 86399.0 / 86400, {9999, 12, 31, 23, 59, 59}},
+  };
+  for (const auto& [serial, parts] : cases) EXPECT_EQ(vb::splitSerial(serial), parts) << serial;
+}
+
+TEST(Calendar, SerialFromPartsInvertsSplit) {
+  for (double serial : {38412.75, -1.25, -657434.5, 0.5, 2958465.0}) {
+    EXPECT_NEAR(vb::serialFromParts(vb::splitSerial(serial)), serial, 1e-9) << serial;
+  }
+  EXPECT_DOUBLE_EQ(vb::timeFraction(18, 0, 0), 0.75);
+  EXPECT_DOUBLE_EQ(vb::combineSerial(-2, 0.5), -2.5);
+  EXPECT_DOUBLE_EQ(vb::combineSerial(0, 0.5), 0.5);
+}
+
+TEST(Calendar, ValidRange) {
+  EXPECT_TRUE(vb::isValidSerial(-657434));
+  EXPECT_TRUE(vb::isValidSerial(-657434.99));
+  EXPECT_FALSE(vb::isValidSerial(-657435));
+  EXPECT_TRUE(vb::isValidSerial(2958465.99));
+  EXPECT_FALSE(vb::isValidSerial(2958466));
+}
+
+}  // namespace
+}  // namespace korvex

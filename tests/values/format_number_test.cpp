@@ -1,0 +1,240 @@
+// User-defined and named number formats.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "values/format.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex::vb {
+namespace {
+
+struct NumberCase {
+  double value;
+  const char* format;
+  const char* expected;
+};
+
+std::string fmt(const Value& v, const char* f, const Locale& loc = Locale::zhCN()) {
+  return toUtf8(format(v, fromUtf8(f), loc));
+}
+
+TEST(FormatNumber, UserDefinedPatterns) {
+  const std::vector<NumberCase> cases = {
+      // digit placeholders
+      {5, "0", "5"},
+      {-5, "0", "-5"},
+      {0.5, "0", "1"},
+      {2.5, "0", "3"},  // Format rounds half away from zero, unlike Round
+      {-2.5, "0", "-3"},
+      {5, "0.00", "5.00"},
+      {-5, "0.00", "-5.00"},
+      {0.5, "0.00", "0.50"},
+      // the stored binary value decides: 1.005 is 1.00499999..., 22.225 is
+      // 22.2250000001..., 0.125 is exact and rounds away from zero
+      {1.005, "0.00", "1.00"},
+      {0.075, "$#.##", "$.07"},
+      {22.225, "##.##", "22.23"},
+      {0.125, "0.00", "0.13"},
+      {0.1, "0.000000000000000000", "0.100000000000000000"},
+      {12345678901234567.0, "0", "12345678901234600"},
+      {334.9, "###0.00", "334.90"},
+      {0.5, "#.00", ".50"},
+      {0, "#", ""},
+      {5, "#.##", "5."},
+      {1.5, "0.##", "1.5"},
+      {1.25, "0.0#", "1.25"},
+      {12, "0000", "0012"},
+      {123456, "00", "123456"},
+      {1234567, "000-0000", "123-4567"},
+      {12, "000-0000", "000-0012"},
+      {9.996, "0.00", "10.00"},
+      {-0.001, "0.00", "-0.00"},
+      // grouping and scaling
+      {5459.4, "##,##0.00", "5,459.40"},
+      {5, "#,##0", "5"},
+      {1234567.891, "#,##0.00", "1,234,567.89"},
+      {123456, "#,###", "123,456"},
+      {1234567, "#,##0,", "1,235"},
+      {1234567, "0,,", "1"},
+      {1234567890, "#,##0,,", "1,235"},
+      {999, "#,##0", "999"},
+      {100000, "0,000", "100,000"},
+      // percent
+      {5, "0%", "500%"},
+      {-5, "0%", "-500%"},
+      {0.5, "0%", "50%"},
+      {0.12345, "0.00%", "12.35%"},
+      // scientific
+      {5, "0.00E+00", "5.00E+00"},
+      {-5, "0.00E+00", "-5.00E+00"},
+      {0.5, "0.00E+00", "5.00E-01"},
+      {5, "0.00E-00", "5.00E00"},
+      {0.5, "0.00E-00", "5.00E-01"},
+      {12345, "0.00E+00", "1.23E+04"},
+      {12345, "00.0e+0", "12.3e+3"},
+      {9.999, "0.00E+00", "1.00E+01"},
+      {0, "0.00E+00", "0.00E+00"},
+      {1e100, "0.0E+000", "1.0E+100"},
+      // literals, quotes, escapes
+      {5, "$0", "$5"},
+      {-5, "$0", "-$5"},
+      {3, "0元", "3元"},
+      {3, "\"No.\"0", "No.3"},
+      {3, "\\#0\\%", "#3%"},
+      {3, "(0)", "(3)"},
+      // letters that mean something in date formats are literals here
+      {3, "0 days", "3 days"},
+      {1234.5, "#,##0.00元/月", "1,234.50元/月"},
+      // sections: positive; negative; zero; Null
+      {5, "$#,##0;($#,##0)", "$5"},
+      {-5, "$#,##0;($#,##0)", "($5)"},
+      {0.5, "$#,##0;($#,##0)", "$1"},
+      {0, "0.0;-0.0;\"零\"", "零"},
+      {0.001, "0.0;-0.0;\"零\"", "0.0"},
+      {-3, "0;;\"零\"", "-3"},
+      {-3, "0;\\N0", "N3"},
+      {7, "0;(0);\\Z;\\N", "7"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(fmt(Value::dbl(c.value), c.format), c.expected)
+        << c.value << " with \"" << c.format << "\"";
+  }
+}
+
+TEST(FormatNumber, LocaleSeparatorsAndPercentInEnUs) {
+  const Locale& en = Locale::enUS();
+  EXPECT_EQ(fmt(Value::dbl(1234.5), "#,##0.00", en), "1,234.50");
+  EXPECT_EQ(fmt(Value::dbl(0.256), "0.0%", en), "25.6%");
+}
+
+TEST(FormatNumber, NullUsesFourthSectionOrNothing) {
+  EXPECT_EQ(fmt(Value::null(), "0;(0);\\Z;\"空\""), "空");
+  EXPECT_EQ(fmt(Value::null(), "0.00"), "");
+  EXPECT_EQ(fmt(Value::null(), "0;(0);\\Z"), "");
+}
+
+TEST(FormatNumber, OtherValueTypesAsNumbers) {
+  EXPECT_EQ(fmt(Value::integer(-12), "0.0"), "-12.0");
+  EXPECT_EQ(fmt(Value::lng(70000), "#,##0"), "70,000");
+  EXPECT_EQ(fmt(Value::currency(Currency{12345678}), "#,##0.00"), "1,234.57");
+  // Currency keeps all its digits, beyond what a Double holds.
+  EXPECT_EQ(fmt(Value::currency(Currency{INT64_MAX}), "#,##0.0000"), "922,337,203,685,477.5807");
+  EXPECT_EQ(fmt(Value::currency(Currency{INT64_MIN}), "0.0000"), "-922337203685477.5808");
+  EXPECT_EQ(fmt(Value::currency(Currency{-5}), "0.00"), "-0.00");
+  EXPECT_EQ(fmt(Value::currency(Currency{12345000}), "Currency", Locale::enUS()), "$1,234.50");
+  EXPECT_EQ(fmt(Value::currency(Currency{0}), "0;-0;\\Z"), "Z");
+  EXPECT_EQ(fmt(Value::boolean(true), "0"), "-1");
+  EXPECT_EQ(fmt(Value::boolean(false), "0.0"), "0.0");
+  EXPECT_EQ(fmt(Value(), "0.00"), "0.00");
+  EXPECT_EQ(fmt(Value::string(u"123.456"), "0.00"), "123.46");
+  EXPECT_EQ(fmt(Value::string(u" -1,234 "), "0"), "-1234");
+  // Text that is no number comes back unchanged.
+  EXPECT_EQ(fmt(Value::string(u"工资"), "0.00"), "工资");
+  EXPECT_EQ(fmt(Value::date(38027.5), "0.00"), "38027.50");
+}
+
+TEST(FormatNumber, NamedNumberFormats) {
+  struct Case {
+    Value value;
+    const char* format;
+    const char* zh;
+    const char* en;
+  };
+  const std::vector<Case> cases = {
+      {Value::dbl(1234567.891), "General Number", "1234567.891", "1234567.891"},
+      {Value::dbl(0.1), "general number", "0.1", "0.1"},
+      {Value::lng(-42), "General Number", "-42", "-42"},
+      {Value::dbl(1234.5), "Currency", "¥1,234.50", "$1,234.50"},
+      {Value::dbl(-1234.5), "Currency", "¥-1,234.50", "($1,234.50)"},
+      {Value::dbl(0), "Currency", "¥0.00", "$0.00"},
+      {Value::dbl(1234.567), "Fixed", "1234.57", "1234.57"},
+      {Value::dbl(-0.5), "Fixed", "-0.50", "-0.50"},
+      {Value::dbl(1234.567), "Standard", "1,234.57", "1,234.57"},
+      {Value::dbl(0.5), "Percent", "50.00%", "50.00%"},
+      {Value::dbl(1234.5), "Scientific", "1.23E+03", "1.23E+03"},
+      {Value::dbl(0), "Yes/No", "No", "No"},
+      {Value::dbl(-3), "Yes/No", "Yes", "Yes"},
+      {Value::boolean(true), "True/False", "True", "True"},
+      {Value::boolean(false), "TRUE/FALSE", "False", "False"},
+      {Value::integer(1), "On/Off", "On", "On"},
+      {Value::string(u"0"), "On/Off", "Off", "Off"},
+      {Value::null(), "Fixed", "", ""},
+      {Value::string(u"abc"), "Standard", "abc", "abc"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(fmt(c.value, c.format, Locale::zhCN()), c.zh) << c.format;
+    EXPECT_EQ(fmt(c.value, c.format, Locale::enUS()), c.en) << c.format;
+  }
+}
+
+TEST(FormatNumber, EmptyFormatGivesStringForm) {
+  EXPECT_EQ(fmt(Value::dbl(0.1 + 0.2), ""), "0.3");
+  EXPECT_EQ(fmt(Value::integer(23), ""), "23");
+  EXPECT_EQ(fmt(Value::boolean(true), ""), "True");
+  EXPECT_EQ(fmt(Value::null(), ""), "");
+  EXPECT_EQ(fmt(Value(), ""), "");
+}
+
+TEST(FormatNumber, ObjectsAreATypeMismatch) {
+  try {
+    format(Value::object(nullptr), u"0", Locale::zhCN());
+    FAIL() << "expected a run-time error";
+  } catch (const RuntimeError& e) {
+    EXPECT_EQ(e.number(), kTypeMismatch);
+  }
+}
+
+}  // namespace
+}  // namespace korvex::vb
+
+namespace korvex::vb {
+namespace {
+
+// True when x lies exactly halfway between two values with `decimals`
+// places; the C library breaks such ties to even, Format away from zero.
+bool isExactTie(double x, int decimals) {
+  char exact[512];
+  std::snprintf(exact, sizeof exact, "%.400f", std::fabs(x));
+  const std::string text = exact;
+  const std::size_t cut = text.find('.') + 1 + static_cast<std::size_t>(decimals);
+  return text[cut] == '5' && text.find_first_not_of('0', cut + 1) == std::string::npos;
+}
+
+// The C library also rounds the exact binary value, so plain fixed-decimal
+// patterns must agree with printf across magnitudes, signs and carries.
+TEST(FormatNumber, AgreesWithPrintfOnFixedDecimals) {
+  struct Pattern {
+    const char* format;
+    int decimals;
+  };
+  const Pattern patterns[] = {{"0", 0}, {"0.0", 1}, {"0.000", 3}, {"0.000000", 6}};
+  std::uint64_t state = 0x9E3779B97F4A7C15ull;
+  const auto next = [&state] {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    return state;
+  };
+  int compared = 0;
+  for (int i = 0; i < 4000; ++i) {
+    const double magnitude = static_cast<double>(next() % 100000000) / 1e4 *
+                             std::pow(10.0, static_cast<int>(next() % 9) - 4);
+    const double x = next() % 2 ? -magnitude : magnitude;
+    for (const auto& p : patterns) {
+      if (isExactTie(x, p.decimals)) continue;
+      char expected[64];
+      std::snprintf(expected, sizeof expected, "%.*f", p.decimals, x);
+      EXPECT_EQ(fmt(Value::dbl(x), p.format), expected) << "x = " << x;
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 15000);
+}
+
+}  // namespace
+}  // namespace korvex::vb

@@ -1,0 +1,140 @@
+#include <array>
+
+#include "test_support.hpp"
+
+namespace korvex {
+namespace {
+
+TEST(Value, FactoriesSetTypeAndPayload) {
+  EXPECT_EQ(Value().type(), VarType::Empty);
+  EXPECT_EQ(Value::null().type(), VarType::Null);
+  EXPECT_EQ(Value::integer(-7).integerValue(), -7);
+  EXPECT_EQ(Value::lng(100000).longValue(), 100000);
+  EXPECT_EQ(Value::dbl(2.5).doubleValue(), 2.5);
+  EXPECT_EQ(Value::date(38412.5).type(), VarType::Date);
+  EXPECT_EQ(Value::date(38412.5).doubleValue(), 38412.5);
+  EXPECT_EQ(Value::currency(Currency{15000}).currencyValue().scaled, 15000);
+  EXPECT_TRUE(Value::boolean(true).booleanValue());
+  EXPECT_EQ(Value::string(u"中文").stringValue(), u"中文");
+  EXPECT_TRUE(Value::object(nullptr).isObject());
+}
+
+TEST(Value, NumberTypeExcludesBooleanAndDate) {
+  const struct {
+    Value v;
+    bool number;
+  } cases[] = {
+      {Value::integer(1), true},     {Value::lng(1), true},
+      {Value::dbl(1), true},         {Value::currency({}), true},
+      {Value::boolean(true), false}, {Value::date(1), false},
+      {Value::string(u"1"), false},  {Value(), false},
+      {Value::null(), false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.v.isNumberType(), c.number) << typeName(c.v.type());
+  }
+}
+
+TEST(Value, CopiesShareStringStorage) {
+  const Value a = Value::string(u"payroll");
+  const Value b = a;  // NOLINT(performance-unnecessary-copy-initialization)
+  EXPECT_EQ(&a.stringValue(), &b.stringValue());
+  Value moved = std::move(Value(b));
+  EXPECT_EQ(moved.stringValue(), u"payroll");
+}
+
+TEST(Value, TypeNames) {
+  const std::pair<VarType, std::string_view> cases[] = {
+      {VarType::Empty, "Empty"},   {VarType::Null, "Null"},     {VarType::Integer, "Integer"},
+      {VarType::Long, "Long"},     {VarType::Double, "Double"}, {VarType::Currency, "Currency"},
+      {VarType::Date, "Date"},     {VarType::String, "String"}, {VarType::Boolean, "Boolean"},
+      {VarType::Object, "Object"}, {VarType::Array, "Array"},
+  };
+  for (const auto& [t, name] : cases) EXPECT_EQ(typeName(t), name);
+}
+
+TEST(Array, BoundsAndRowMajorIndexing) {
+  // 1 To 2, -1 To 1: six elements, last index fastest.
+  Array a({{1, 2}, {-1, 3}});
+  ASSERT_EQ(a.elements().size(), 6u);
+  EXPECT_EQ(a.lbound(0), 1);
+  EXPECT_EQ(a.ubound(0), 2);
+  EXPECT_EQ(a.lbound(1), -1);
+  EXPECT_EQ(a.ubound(1), 1);
+  for (std::size_t i = 0; i < a.elements().size(); ++i) {
+    a.elements()[i] = Value::lng(static_cast<std::int32_t>(i));
+  }
+  const std::array<std::int32_t, 2> first{1, -1}, mid{1, 1}, second{2, -1}, last{2, 1};
+  EXPECT_EQ(a.at(first)->longValue(), 0);
+  EXPECT_EQ(a.at(mid)->longValue(), 2);
+  EXPECT_EQ(a.at(second)->longValue(), 3);
+  EXPECT_EQ(a.at(last)->longValue(), 5);
+}
+
+TEST(Array, OutOfRangeOrWrongArityIsNull) {
+  Array a({{0, 3}});
+  const std::array<std::int32_t, 1> below{-1}, above{3}, ok{2};
+  const std::array<std::int32_t, 2> tooMany{0, 0};
+  EXPECT_EQ(a.at(below), nullptr);
+  EXPECT_EQ(a.at(above), nullptr);
+  EXPECT_EQ(a.at(tooMany), nullptr);
+  EXPECT_NE(a.at(ok), nullptr);
+  Array none;
+  EXPECT_EQ(none.at(std::span<const std::int32_t>{}), nullptr);
+}
+
+TEST(Array, ValueHoldsArrayByValue) {
+  Array a({{0, 2}});
+  a.elements()[1] = Value::string(u"x");
+  const Value v = Value::array(a);
+  a.elements()[1] = Value::string(u"changed");
+  EXPECT_EQ(v.arrayValue().elements()[1].stringValue(), u"x");
+  EXPECT_EQ(v.arrayValue().dimensions(), 1u);
+}
+
+TEST(Utf8, RoundTripsBmpAndSupplementary) {
+  const std::u16string texts[] = {u"", u"abc", u"工资表2005年03月", u"¥-1,234.50", u"\U0001F600x"};
+  for (const auto& t : texts) EXPECT_EQ(fromUtf8(toUtf8(t)), t);
+  EXPECT_EQ(toUtf8(u"中"), "\xE4\xB8\xAD");
+  EXPECT_EQ(fromUtf8("\xF0\x9F\x98\x80").size(), 2u);
+}
+
+TEST(Utf8, InvalidInputBecomesReplacementCharacter) {
+  const std::pair<std::string, std::u16string> cases[] = {
+      {"a\xFF"
+       "b",
+       u"a\uFFFDb"},
+      {"\xE4\xB8", u"\uFFFD"},      // truncated sequence
+      {"\xC0\xAF", u"\uFFFD"},      // overlong encoding of '/'
+      {"\xED\xA0\x80", u"\uFFFD"},  // encoded surrogate
+      {"\xE4"
+       "x",
+       u"\uFFFDx"},  // lead byte followed by ASCII
+  };
+  for (const auto& [in, out] : cases) EXPECT_EQ(fromUtf8(in), out) << in;
+  EXPECT_EQ(toUtf8(std::u16string(1, u'\xD800')), "\xEF\xBF\xBD");  // lone surrogate
+}
+
+TEST(RuntimeError, NumbersCarryThePlatformTexts) {
+  const std::pair<int, std::u16string_view> cases[] = {
+      {5, u"无效的过程调用或参数"},
+      {6, u"溢出"},
+      {9, u"下标越界"},
+      {11, u"除数为零"},
+      {13, u"类型不匹配"},
+      {91, u"对象变量或 With 块变量未设置"},
+      {94, u"无效使用 Null"},
+      {424, u"要求对象"},
+      {438, u"对象不支持该属性或方法"},
+  };
+  for (const auto& [n, text] : cases) {
+    EXPECT_EQ(vb::runtimeErrorText(n), text) << n;
+    EXPECT_EQ(vb::RuntimeError(n).description(), text) << n;
+  }
+  EXPECT_EQ(vb::runtimeErrorText(12345), u"");
+  EXPECT_EQ(vb::RuntimeError(438, u"no member x").description(), u"no member x");
+  EXPECT_EQ(testing::errorOf([] { vb::raise(11); }), 11);
+}
+
+}  // namespace
+}  // namespace korvex
