@@ -1,0 +1,4 @@
+DIM a
+If 1 Then
+End
+a = 1

@@ -1,0 +1,3 @@
+DIM a
+If 1 > 0 Then
+a = 1

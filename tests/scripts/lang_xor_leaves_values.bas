@@ -1,0 +1,2 @@
+DIM a
+a = 1 XOR 2
