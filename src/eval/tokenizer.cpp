@@ -5,6 +5,8 @@
 #include <array>
 #include <charconv>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
@@ -223,7 +225,13 @@ bool Converter::number() {
   }
   for (std::size_t j = 0; j < len; ++j) buf[j] = static_cast<char>(text_[start + j]);
   double d = 0;
-  std::from_chars(buf, buf + len, d);
+  if (std::from_chars(buf, buf + len, d).ec == std::errc::result_out_of_range) {
+    // Too large for a Double is the platform's overflow; too small is 0.
+    const std::string_view digits(buf, len);
+    const std::size_t first = digits.find_first_not_of('0');
+    if (first != std::string_view::npos && digits[first] != '.') vb::raise(vb::kOverflow);
+    d = 0;
+  }
   return operand(Value::dbl(d));
 }
 
@@ -303,7 +311,12 @@ bool Converter::call(const NameEntry& e) {
   } else {
     const std::int32_t status =
         CallFunction(e.functionClass(), e.scriptName, args, result, engine_);
-    if (static_cast<std::int16_t>(status) != 0) return false;
+    if (static_cast<std::int16_t>(status) != 0) {
+      // The function has stored its error; a status without one still
+      // must not pass for success.
+      if (engine_.ErrNum() == 0) engine_.SetErrNum(status);
+      return false;
+    }
   }
   return operand(std::move(result));
 }

@@ -1,5 +1,5 @@
 // Array functions: LBound and UBound.
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -22,9 +22,9 @@ std::int32_t bound(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kLBound{
+const FunctionDescriptor kLBound{
     u"LBound", 1, 2, {Check::Array, Check::Numeric, Check::Any}, bound<false>};
-const FunctionSpec kUBound{
+const FunctionDescriptor kUBound{
     u"UBound", 1, 2, {Check::Array, Check::Numeric, Check::Any}, bound<true>};
 
 }  // namespace korvex::fn

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -64,7 +64,7 @@ std::u16string amountInCapitals(Currency amount) {
 
 // Evaluation errors are not looked at before the numeric test, and the
 // type message carries no suffix.
-const FunctionSpec kNum2Chinese{
+const FunctionDescriptor kNum2Chinese{
     u"大写",     1,
     1,           {Check::Numeric, Check::Any, Check::Any},
     num2Chinese, static_cast<std::uint8_t>(kEngineStatus | kPlainTypeMessage)};

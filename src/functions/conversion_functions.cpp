@@ -1,5 +1,5 @@
 // Conversion and test functions: CLng, CDbl, CDate, IsNumeric, IsEmpty.
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -8,25 +8,17 @@ namespace {
 constexpr Check A = Check::Any;
 constexpr Check N = Check::Numeric;
 
-std::int32_t clng(Call& call, Value& result) {
-  result = Value::lng(vb::toLong(call.arg(1), call.locale()));
+// One operation for the plain conversions: the argument through `Convert`.
+template <Value (*Convert)(const Value&, const Locale&)>
+std::int32_t convert(Call& call, Value& result) {
+  result = Convert(call.arg(1), call.locale());
   return 0;
 }
 
-std::int32_t cdbl(Call& call, Value& result) {
-  result = Value::dbl(vb::toDouble(call.arg(1), call.locale()));
-  return 0;
-}
-
-std::int32_t cdate(Call& call, Value& result) {
-  result = Value::date(vb::toDate(call.arg(1), call.locale()));
-  return 0;
-}
-
-std::int32_t isNumeric(Call& call, Value& result) {
-  result = Value::boolean(vb::isNumeric(call.arg(1), call.locale()));
-  return 0;
-}
+Value asLong(const Value& v, const Locale& loc) { return Value::lng(vb::toLong(v, loc)); }
+Value asDouble(const Value& v, const Locale& loc) { return Value::dbl(vb::toDouble(v, loc)); }
+Value asDate(const Value& v, const Locale& loc) { return Value::date(vb::toDate(v, loc)); }
+Value isNumeric(const Value& v, const Locale& loc) { return Value::boolean(vb::isNumeric(v, loc)); }
 
 bool onlySpaces(std::u16string_view s) noexcept {
   return s.find_first_not_of(u' ') == std::u16string_view::npos;
@@ -44,10 +36,10 @@ std::int32_t isEmpty(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kCLng{u"CLng", 1, 1, {N, A, A}, clng};
-const FunctionSpec kCDbl{u"CDbl", 1, 1, {N, A, A}, cdbl};
-const FunctionSpec kCDate{u"CDate", 1, 1, {Check::Date, A, A}, cdate};
-const FunctionSpec kIsNumeric{u"IsNumeric", 1, 1, {A, A, A}, isNumeric};
-const FunctionSpec kIsEmpty{u"IsEmpty", 1, 1, {A, A, A}, isEmpty};
+const FunctionDescriptor kCLng{u"CLng", 1, 1, {N, A, A}, convert<asLong>};
+const FunctionDescriptor kCDbl{u"CDbl", 1, 1, {N, A, A}, convert<asDouble>};
+const FunctionDescriptor kCDate{u"CDate", 1, 1, {Check::Date, A, A}, convert<asDate>};
+const FunctionDescriptor kIsNumeric{u"IsNumeric", 1, 1, {A, A, A}, convert<isNumeric>};
+const FunctionDescriptor kIsEmpty{u"IsEmpty", 1, 1, {A, A, A}, isEmpty};
 
 }  // namespace korvex::fn

@@ -2,7 +2,7 @@
 #include <ctime>
 #include <string>
 
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/calendar.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
@@ -73,13 +73,13 @@ std::int32_t maxDay(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kDate{u"Date", -1, -1, {A, A, A}, today};
-const FunctionSpec kTime{u"Time", -1, -1, {A, A, A}, timeOfDay};
-const FunctionSpec kDay{u"Day", 1, 1, {D, A, A}, datePart<&vb::DateParts::day>};
-const FunctionSpec kMonth{u"Month", 1, 1, {D, A, A}, datePart<&vb::DateParts::month>};
-const FunctionSpec kHour{u"Hour", 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>};
-const FunctionSpec kMinute{u"Minute", 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>};
-const FunctionSpec kWeekDayName{u"WeekDayName", 1, 1, {D, A, A}, weekDayName};
-const FunctionSpec kMaxDay{u"MaxDay", 1, 2, {A, A, A}, maxDay};
+const FunctionDescriptor kDate{u"Date", -1, -1, {A, A, A}, today};
+const FunctionDescriptor kTime{u"Time", -1, -1, {A, A, A}, timeOfDay};
+const FunctionDescriptor kDay{u"Day", 1, 1, {D, A, A}, datePart<&vb::DateParts::day>};
+const FunctionDescriptor kMonth{u"Month", 1, 1, {D, A, A}, datePart<&vb::DateParts::month>};
+const FunctionDescriptor kHour{u"Hour", 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>};
+const FunctionDescriptor kMinute{u"Minute", 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>};
+const FunctionDescriptor kWeekDayName{u"WeekDayName", 1, 1, {D, A, A}, weekDayName};
+const FunctionDescriptor kMaxDay{u"MaxDay", 1, 2, {A, A, A}, maxDay};
 
 }  // namespace korvex::fn

@@ -1,6 +1,6 @@
 // CallFunction: from a class identity to its descriptor.
 #include "functions/function_call.hpp"
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 
 namespace korvex {
 namespace {
@@ -9,7 +9,7 @@ using namespace fn;
 
 // The general functions; the data-source classes (cells, SQL, wage domain)
 // are not here and answer as unavailable.
-const FunctionSpec* specOf(FunctionClass cls) noexcept {
+const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   switch (cls) {
     // clang-format off
     case FunctionClass::Asc: return &kAsc;
@@ -58,18 +58,18 @@ const FunctionSpec* specOf(FunctionClass cls) noexcept {
 // the script wrote it.
 std::int32_t unavailable(std::u16string_view scriptName, std::u16string_view argText,
                          BasicEngine& engine) {
-  const FunctionSpec spec{scriptName, 0, 0, {}, nullptr};
+  const FunctionDescriptor desc{scriptName, 0, 0, {}, nullptr};
   Paras none;
-  return Call(spec, argText, engine, none).countError();
+  return Call(desc, argText, engine, none).countError();
 }
 
 }  // namespace
 
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
                           std::u16string_view argText, Value& result, BasicEngine& engine) {
-  const FunctionSpec* spec = specOf(cls);
-  if (spec == nullptr) return unavailable(scriptName, argText, engine);
-  return Invoke(*spec, argText, result, engine);
+  const FunctionDescriptor* desc = descriptorOf(cls);
+  if (desc == nullptr) return unavailable(scriptName, argText, engine);
+  return Invoke(*desc, argText, result, engine);
 }
 
 }  // namespace korvex

@@ -1,7 +1,7 @@
 // Numeric functions: Round, Atn, Cos, Sin, Tan and Exp.
 #include <cmath>
 
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
 
@@ -44,11 +44,11 @@ std::int32_t exp(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kRound{u"Round", 1, 2, {Check::NumericOrNull, A, A}, round};
-const FunctionSpec kAtn{u"Atn", 1, 1, {N, A, A}, apply<atan>};
-const FunctionSpec kCos{u"Cos", 1, 1, {N, A, A}, apply<cos>};
-const FunctionSpec kSin{u"Sin", 1, 1, {N, A, A}, apply<sin>};
-const FunctionSpec kTan{u"Tan", 1, 1, {N, A, A}, apply<tan>};
-const FunctionSpec kExp{u"Exp", 1, 1, {N, A, A}, exp};
+const FunctionDescriptor kRound{u"Round", 1, 2, {Check::NumericOrNull, A, A}, round};
+const FunctionDescriptor kAtn{u"Atn", 1, 1, {N, A, A}, apply<atan>};
+const FunctionDescriptor kCos{u"Cos", 1, 1, {N, A, A}, apply<cos>};
+const FunctionDescriptor kSin{u"Sin", 1, 1, {N, A, A}, apply<sin>};
+const FunctionDescriptor kTan{u"Tan", 1, 1, {N, A, A}, apply<tan>};
+const FunctionDescriptor kExp{u"Exp", 1, 1, {N, A, A}, exp};
 
 }  // namespace korvex::fn

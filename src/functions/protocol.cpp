@@ -10,11 +10,11 @@ namespace korvex::fn {
 const Locale& Call::locale() const noexcept { return engine_.Locale(); }
 
 std::u16string Call::suffix(std::u16string_view extra) const {
-  if (!spec_.fixedSuffix.empty()) return std::u16string(spec_.fixedSuffix);
+  if (!desc_.fixedSuffix.empty()) return std::u16string(desc_.fixedSuffix);
   std::u16string s;
-  s.reserve(6 + spec_.name.size() + argText_.size() + extra.size());
+  s.reserve(6 + desc_.name.size() + argText_.size() + extra.size());
   s += u"{函数:";
-  s += spec_.name;
+  s += desc_.name;
   s += argText_;
   s += extra;
   s += u'}';
@@ -33,7 +33,7 @@ std::int32_t Call::countError() const {
 
 std::int32_t Call::typeError(std::u16string_view extra) const {
   std::u16string text(msg::kTypeMismatch);
-  if (!(spec_.quirks & kPlainTypeMessage)) text += suffix(extra);
+  if (!(desc_.quirks & kPlainTypeMessage)) text += suffix(extra);
   return fail(4, std::move(text));
 }
 
@@ -65,9 +65,9 @@ bool Passes(Check check, const Value& v, const Locale& loc) {
 
 namespace {
 
-bool countAccepted(const FunctionSpec& spec, std::size_t n) noexcept {
-  if (spec.minArgs < 0) return true;
-  return n >= static_cast<std::size_t>(spec.minArgs) && n <= static_cast<std::size_t>(spec.maxArgs);
+bool countAccepted(const FunctionDescriptor& desc, std::size_t n) noexcept {
+  if (desc.minArgs < 0) return true;
+  return n >= static_cast<std::size_t>(desc.minArgs) && n <= static_cast<std::size_t>(desc.maxArgs);
 }
 
 bool opensWithParenthesis(std::u16string_view text) noexcept {
@@ -77,30 +77,30 @@ bool opensWithParenthesis(std::u16string_view text) noexcept {
 
 }  // namespace
 
-std::int32_t Invoke(const FunctionSpec& spec, std::u16string_view argText, Value& result,
+std::int32_t Invoke(const FunctionDescriptor& desc, std::u16string_view argText, Value& result,
                     BasicEngine& engine) {
   Paras paras;
-  Call call(spec, argText, engine, paras);
-  if ((spec.quirks & kRequiresParenthesis) && !opensWithParenthesis(argText)) {
+  Call call(desc, argText, engine, paras);
+  if ((desc.quirks & kRequiresParenthesis) && !opensWithParenthesis(argText)) {
     return call.countError();
   }
-  if (paras.Parse(argText) != 0 || !countAccepted(spec, paras.Count())) {
+  if (paras.Parse(argText) != 0 || !countAccepted(desc, paras.Count())) {
     return call.countError();
   }
   const std::int32_t evaluated = paras.EvaluateParas(engine);
-  const bool engineStatus = (spec.quirks & kEngineStatus) != 0;
+  const bool engineStatus = (desc.quirks & kEngineStatus) != 0;
   if (!engineStatus) {
     if (evaluated != 0) return evaluated;
     if (engine.ErrNum() != 0) return engine.ErrNum();
   }
-  const std::size_t checked = std::min(paras.Count(), spec.checks.size());
+  const std::size_t checked = std::min(paras.Count(), desc.checks.size());
   for (std::size_t i = 1; i <= checked; ++i) {
-    if (!Passes(spec.checks[i - 1], call.arg(i), call.locale())) {
+    if (!Passes(desc.checks[i - 1], call.arg(i), call.locale())) {
       const std::int32_t status = call.typeError();
       return engineStatus ? engine.ErrNum() : status;
     }
   }
-  const std::int32_t status = spec.operation(call, result);
+  const std::int32_t status = desc.operation(call, result);
   return engineStatus ? engine.ErrNum() : status;
 }
 

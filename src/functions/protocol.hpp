@@ -1,6 +1,6 @@
 // The one call protocol every built-in function class follows.
 //
-// A class is nothing but a FunctionSpec: its display name, how many
+// A class is nothing but a FunctionDescriptor: its display name, how many
 // arguments it takes, the test each argument must pass and the operation
 // itself. Invoke does the steps they all share: split the argument text,
 // check the count, evaluate the arguments, test them, and decorate the
@@ -51,7 +51,7 @@ class Call;
 /// error already stored through the Call's helpers.
 using Operation = std::int32_t (*)(Call& call, Value& result);
 
-struct FunctionSpec {
+struct FunctionDescriptor {
   std::u16string_view name;  // display name used in messages
   std::int8_t minArgs;       // < 0: the count is not tested
   std::int8_t maxArgs;
@@ -65,9 +65,9 @@ struct FunctionSpec {
 /// One call in progress: the arguments and the error helpers.
 class Call {
  public:
-  Call(const FunctionSpec& spec, std::u16string_view argText, BasicEngine& engine,
+  Call(const FunctionDescriptor& desc, std::u16string_view argText, BasicEngine& engine,
        Paras& paras) noexcept
-      : spec_(spec), argText_(argText), engine_(engine), paras_(paras) {}
+      : desc_(desc), argText_(argText), engine_(engine), paras_(paras) {}
 
   std::size_t count() const noexcept { return paras_.Count(); }
   /// Argument i (1-based), evaluated.
@@ -86,14 +86,14 @@ class Call {
  private:
   std::u16string suffix(std::u16string_view extra) const;
 
-  const FunctionSpec& spec_;
+  const FunctionDescriptor& desc_;
   std::u16string_view argText_;
   BasicEngine& engine_;
   Paras& paras_;
 };
 
-/// Runs the common steps for one call of the class described by `spec`.
-std::int32_t Invoke(const FunctionSpec& spec, std::u16string_view argText, Value& result,
+/// Runs the common steps for one call of the class described by `desc`.
+std::int32_t Invoke(const FunctionDescriptor& desc, std::u16string_view argText, Value& result,
                     BasicEngine& engine);
 
 /// Whether a value passes a check (exposed for the classes whose test

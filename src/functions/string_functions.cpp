@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
 
@@ -100,17 +100,18 @@ std::int32_t mid(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kLeft{u"Left", 2, 2, {A, Check::NonNegative, A}, takeEnd<true>};
-const FunctionSpec kRight{u"Right", 2, 2, {A, Check::NonNegative, A}, takeEnd<false>};
-const FunctionSpec kAsc{u"Asc", 1, 1, {A, A, A}, asc};
-const FunctionSpec kChr{u"Chr", 1, 1, {N, A, A}, chr};
-const FunctionSpec kCStr{u"CStr", 1, 1, {A, A, A}, cstr};
-const FunctionSpec kLCase{u"LCase", 1, 1, {A, A, A}, changeCase<vb::lowerCase>};
-const FunctionSpec kUCase{u"UCase", 1, 1, {A, A, A}, changeCase<vb::upperCase>};
-const FunctionSpec kHex{u"Hex", 1, 1, {N, A, A}, hex};
-const FunctionSpec kFormat{u"Format", 1, 2, {A, A, A}, format};
+const FunctionDescriptor kLeft{u"Left", 2, 2, {A, Check::NonNegative, A}, takeEnd<true>};
+const FunctionDescriptor kRight{u"Right", 2, 2, {A, Check::NonNegative, A}, takeEnd<false>};
+const FunctionDescriptor kAsc{u"Asc", 1, 1, {A, A, A}, asc};
+const FunctionDescriptor kChr{u"Chr", 1, 1, {N, A, A}, chr};
+const FunctionDescriptor kCStr{u"CStr", 1, 1, {A, A, A}, cstr};
+const FunctionDescriptor kLCase{u"LCase", 1, 1, {A, A, A}, changeCase<vb::lowerCase>};
+const FunctionDescriptor kUCase{u"UCase", 1, 1, {A, A, A}, changeCase<vb::upperCase>};
+const FunctionDescriptor kHex{u"Hex", 1, 1, {N, A, A}, hex};
+const FunctionDescriptor kFormat{u"Format", 1, 2, {A, A, A}, format};
 // Mid keeps an older shape: its own message marker, and a first argument
 // that really must be a String.
-const FunctionSpec kMid{u"MID", 2, 3, {Check::String, N, N}, mid, kRequiresParenthesis, u"{MID()}"};
+const FunctionDescriptor kMid{u"MID",    2, 3, {Check::String, N, N}, mid, kRequiresParenthesis,
+                              u"{MID()}"};
 
 }  // namespace korvex::fn

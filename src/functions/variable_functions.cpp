@@ -4,7 +4,7 @@
 
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
-#include "functions/function_specs.hpp"
+#include "functions/function_descriptors.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
@@ -52,9 +52,9 @@ std::int32_t input(Call& call, Value& result) {
 
 }  // namespace
 
-const FunctionSpec kSetVar{u"SetVar", 2, 2, {S, A, A}, setVar};
-const FunctionSpec kGetVar{u"GetVar", 1, 1, {S, A, A}, getVar};
-const FunctionSpec kIsVarExist{u"IsVarExist", 1, 1, {S, A, A}, isVarExist};
-const FunctionSpec kInput{u"Input", 1, 3, {T, T, T}, input};
+const FunctionDescriptor kSetVar{u"SetVar", 2, 2, {S, A, A}, setVar};
+const FunctionDescriptor kGetVar{u"GetVar", 1, 1, {S, A, A}, getVar};
+const FunctionDescriptor kIsVarExist{u"IsVarExist", 1, 1, {S, A, A}, isVarExist};
+const FunctionDescriptor kInput{u"Input", 1, 3, {T, T, T}, input};
 
 }  // namespace korvex::fn

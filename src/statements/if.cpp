@@ -108,9 +108,10 @@ bool IsIfBlock(BasicEngine& engine, std::u16string_view line) {
 std::int32_t If(BasicEngine& engine, std::u16string_view line) {
   IfParts parts;
   if (const std::int32_t err = splitIf(engine, line, parts); err != 0) return err;
-  // An unclosed literal after THEN ends the statement as it stands, without
-  // moving on.
-  if (!parts.tailReadable) return engine.ErrNum();
+  // An unclosed literal after THEN: the statement cannot move on, and
+  // returning "success" there would make the run loop repeat this line for
+  // ever. Report it like an unclosed literal in the condition.
+  if (!parts.tailReadable) return fail(engine, 2, msg::kBadExpression);
   const bool block = parts.tail.empty();
 
   const Value condition = Evaluate(engine, parts.condition);

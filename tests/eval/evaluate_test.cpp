@@ -240,6 +240,32 @@ TEST(Evaluate, AStringValueThatReadsLikeAnOperatorIsApplied) {
   EXPECT_EQ(g.engine.ErrNum(), 18);
 }
 
+TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
+  // Applied: popping operands from an empty stack is reported (18), or the
+  // operation on the Empty it gives fails ("/": division by zero, 4).
+  for (const char16_t* text : {u"+", u"&", u"-", u"*", u"/", u"^", u"(-)", u">=", u">", u"<", u"<=",
+                               u"<>", u"!=", u"=", u"NOT", u"AND", u"OR"}) {
+    EvalFixture f;
+    f.engine.SetSysVar(u"P", Value::string(text));
+    Evaluate(f.engine, u"P");
+    EXPECT_EQ(f.engine.ErrNum(), text == std::u16string_view(u"/") ? 4 : 18) << toUtf8(text);
+  }
+  // Not applied: an ordinary string.
+  for (const char16_t* text : {u"MOD", u"XOR", u"and", u"Or", u"(+)", u"=>", u"ab", u""}) {
+    EvalFixture f;
+    f.engine.SetSysVar(u"P", Value::string(text));
+    const Value v = Evaluate(f.engine, u"P");
+    EXPECT_EQ(f.engine.ErrNum(), 0) << toUtf8(text);
+    EXPECT_EQ(describe(v), "String:" + toUtf8(text));
+  }
+  // Literals are protected case-insensitively, except "&".
+  EvalFixture f;
+  EXPECT_EQ(describe(Evaluate(f.engine, u"\"Or\" & \"<=\"")), "String:Or<=");
+  EXPECT_EQ(f.engine.ErrNum(), 0);
+  Evaluate(f.engine, u"\"&\"");
+  EXPECT_EQ(f.engine.ErrNum(), 18);
+}
+
 TEST(Evaluate, VariablesNeverHideFunctions) {
   EvalFixture f;
   f.engine.SetSysVar(u"LEN", Value::dbl(99));
@@ -302,7 +328,7 @@ TEST(Evaluate, FunctionsRunInOrderOfTheText) {
 namespace korvex::testing {
 namespace {
 
-TEST(Evaluate, PositionsBeyondSixteenBitsOverflow) {
+TEST(Evaluate, PositionsAndNumbersBeyondTheirRangeOverflow) {
   EvalFixture f;
   const std::u16string longLiteral = u"\"" + std::u16string(40000, u'a') + u"\"";
   try {
@@ -311,6 +337,8 @@ TEST(Evaluate, PositionsBeyondSixteenBitsOverflow) {
   } catch (const vb::RuntimeError& e) {
     EXPECT_EQ(e.number(), vb::kOverflow);
   }
+  EXPECT_THROW(Evaluate(f.engine, std::u16string(400, u'9')), vb::RuntimeError);
+  EXPECT_EQ(describe(Evaluate(f.engine, u"0." + std::u16string(400, u'0') + u"1")), "Double:0");
   // Below the limit the same text is an ordinary operand.
   const std::u16string shortLiteral = u"\"" + std::u16string(30000, u'a') + u"\"";
   EXPECT_EQ(Evaluate(f.engine, u"LEN(" + shortLiteral + u")").longValue(), 30000);

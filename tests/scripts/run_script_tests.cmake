@@ -13,8 +13,13 @@ if(NOT KORVEX OR NOT SCRIPTS)
   message(FATAL_ERROR "run_script_tests.cmake needs -DKORVEX=... and -DSCRIPTS=...")
 endif()
 
+get_filename_component(SCRIPTS "${SCRIPTS}" ABSOLUTE)
+get_filename_component(KORVEX "${KORVEX}" ABSOLUTE)
 file(GLOB cases RELATIVE "${SCRIPTS}" "${SCRIPTS}/*.bas")
 list(SORT cases)
+if(NOT cases)
+  message(FATAL_ERROR "no script cases found in ${SCRIPTS}")
+endif()
 
 set(passed 0)
 set(failed "")

@@ -65,7 +65,7 @@ const DirectCase kDirectCases[] = {
     {"exit_do_comment_is_cut", stmt::ExitDo, u"Exit Do ' leave", 16, 16,
      "Exit Do 不在 Do...Loop 内", 5},
     // An unclosed literal after THEN returns without moving on.
-    {"if_unclosed_literal_in_tail", stmt::If, u"If 1 Then x = \"abc", 0, 0, "", 5},
+    {"if_unclosed_literal_in_tail", stmt::If, u"If 1 Then x = \"abc", 2, 2, "错误的表达式", 5},
     {"if_first_word_not_if", stmt::If, u"Iff 1 Then", 1, 1, "语法错", 5},
 };
 

@@ -1,0 +1,2 @@
+DIM abc
+abc

@@ -1,0 +1,3 @@
+DIMa
+ 	 
+MSGBOX"x"

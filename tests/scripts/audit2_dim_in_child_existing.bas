@@ -1,0 +1,4 @@
+If 1 Then DIM a
+DIM a
+a = 1
+If 1 Then DIM a

@@ -1,0 +1,3 @@
+DIM a, DIM b
+dim c ' note
+DIM x, DIM

@@ -1,0 +1,3 @@
+DIM a, b
+a = 5
+DIM b, a, c

@@ -1,0 +1,3 @@
+DIM i
+Do Until(i > 1)
+Loop

@@ -1,0 +1,2 @@
+Do While ' none
+Loop

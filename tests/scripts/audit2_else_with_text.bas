@@ -1,0 +1,3 @@
+If 0 Then
+Else x = 1
+End If

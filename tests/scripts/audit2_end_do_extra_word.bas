@@ -1,0 +1,2 @@
+Do Until 0
+End Do now

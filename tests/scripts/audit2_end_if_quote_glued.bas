@@ -1,0 +1,2 @@
+If 1 Then
+End If'c

@@ -1,0 +1,2 @@
+DIM a
+End Loop

@@ -1,0 +1,5 @@
+DIM a
+Do While 1
+If 1 Then
+End ' stop here
+a = 1

@@ -1,0 +1,3 @@
+If 1 Then
+Else=1
+End If

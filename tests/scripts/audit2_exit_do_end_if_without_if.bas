@@ -1,0 +1,4 @@
+Do While 1
+Exit Do
+End If
+Loop

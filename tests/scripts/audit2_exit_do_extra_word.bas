@@ -1,0 +1,3 @@
+Do While 1
+Exit Do now
+Loop

@@ -1,0 +1,2 @@
+DIM a
+Exit Do

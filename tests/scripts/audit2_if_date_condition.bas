@@ -1,0 +1,3 @@
+DIM d
+d = #2005-01-01#
+If d Then MSGBOX "d"

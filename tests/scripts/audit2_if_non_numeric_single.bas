@@ -1,0 +1,3 @@
+DIM s
+s = "abc"
+If s Then MSGBOX 1

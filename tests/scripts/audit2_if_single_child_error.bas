@@ -1,0 +1,2 @@
+DIM a
+If 1 Then a = nosuch

@@ -1,0 +1,3 @@
+DIM n
+n = NULL
+If 1 Then RaiseError n

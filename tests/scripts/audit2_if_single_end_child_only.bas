@@ -1,0 +1,3 @@
+DIM a
+If 1 Then End
+a = 1

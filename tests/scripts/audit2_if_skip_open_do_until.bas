@@ -1,0 +1,3 @@
+If 0 Then
+Do Until 1
+End If

@@ -1,0 +1,2 @@
+If 0 Then
+MSGBOX 1

@@ -1,0 +1,3 @@
+DIM a
+If a>1Then
+End If

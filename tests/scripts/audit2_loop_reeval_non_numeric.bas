@@ -1,0 +1,5 @@
+DIM s
+s = 1
+Do While s
+s = "abc"
+Loop

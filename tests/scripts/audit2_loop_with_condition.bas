@@ -1,0 +1,3 @@
+DIM x
+Do While 0
+Loop While x

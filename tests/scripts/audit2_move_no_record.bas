@@ -1,0 +1,3 @@
+DIM a
+MoveLast ' go
+a = 1

@@ -1,0 +1,2 @@
+DIM a
+MsgBox 'x

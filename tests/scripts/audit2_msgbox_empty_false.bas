@@ -1,0 +1,4 @@
+DIM e
+MsgBox e
+MsgBox 1 > 2
+MsgBox Empty & "|"

@@ -1,0 +1,1 @@
+raiseerror 1 = 1

@@ -1,0 +1,1 @@
+RaiseError "工资错误" ' note

@@ -1,0 +1,1 @@
+RaiseError  "a, b" & 1 + 1

@@ -1,0 +1,3 @@
+DIM n
+n = NULL
+RaiseError n

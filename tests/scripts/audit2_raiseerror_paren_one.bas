@@ -1,0 +1,1 @@
+RaiseError (7)

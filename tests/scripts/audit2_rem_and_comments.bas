@@ -1,0 +1,5 @@
+DIM remark
+REM x = = ( !!
+  rem
+	' tab comment
+remark = 2 ' c

@@ -1,0 +1,2 @@
+DIM a
+num2chinese = 1

@@ -1,0 +1,1 @@
+MSGBOX A & B

@@ -1,0 +1,1 @@
+DIM aa = 1MSGBOX a

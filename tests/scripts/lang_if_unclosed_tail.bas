@@ -1,0 +1,2 @@
+DIM x
+If 1 Then x = "abc
