@@ -41,9 +41,10 @@ INSTANTIATE_TEST_SUITE_P(
         ScriptCase{u"Dim a\r\n\r\nabc", 22, u"不支持的语句体 : 行号 3", 3},
         ScriptCase{u"RaiseError 5", 2000, u"5 : 行号 1", 1},
         ScriptCase{u"' first\r\nraiseerror \"bad data\"", 2000, u"bad data : 行号 2", 2},
-        // One character after the keyword is dropped whatever it is; the
-        // argument list then drops the trailing ")".
-        ScriptCase{u"RaiseError(5)", 2000, u"5 : 行号 1", 1},
+        // One character after the keyword is dropped whatever it is.
+        ScriptCase{u"RaiseError=5", 2000, u"5 : 行号 1", 1},
+        // A parenthesis right after the keyword never gets that far.
+        ScriptCase{u"RaiseError(5)", -2147220004, u"错误的符号或变量名称(' : 行号 1", 1},
         ScriptCase{u"RaiseError 1, 2", 6,
                    u"错误的参数表达式或参数个数{语句:RaiseError1, 2} : 行号 1", 1},
         // The child engine's description already has its own line suffix.
@@ -89,11 +90,13 @@ TEST(RunWithStatements, RequestStopFromAnotherThreadEndsAnEndlessLoop) {
     return true;
   });
   engine.SetCodeBlock(u"Dim n\r\nn = 0\r\nDo While 1\r\nn = n + 1\r\nLoop");
+  std::atomic<bool> finished{false};
   std::thread stopper([&] {
-    while (lines.load() < 500) std::this_thread::yield();
+    while (lines.load() < 500 && !finished.load()) std::this_thread::yield();
     engine.RequestStop();
   });
   engine.Execute();
+  finished.store(true);  // a run that failed early must not leave the thread spinning
   stopper.join();
   EXPECT_EQ(engine.ErrNum(), 0);
   EXPECT_EQ(ui->messages(), (std::vector<std::u16string>{u"确信终止程序吗?"}));

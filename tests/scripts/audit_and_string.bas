@@ -1,0 +1,2 @@
+DIM x
+x = 1 AND "a"

@@ -1,0 +1,3 @@
+DIM a
+a = 1
+a = a + nosuch

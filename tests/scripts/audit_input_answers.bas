@@ -1,0 +1,3 @@
+DIM a, b
+a = Input("name?")
+b = Input("again", "title", "def")

@@ -1,0 +1,2 @@
+DIM a
+a = Input("p", "t", "d") & "!"

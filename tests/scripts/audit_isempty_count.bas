@@ -1,0 +1,2 @@
+DIM x
+x = IsEmpty(1, 2)

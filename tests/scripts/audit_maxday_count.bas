@@ -1,0 +1,2 @@
+DIM x
+x = MaxDay(1, 2, 3)

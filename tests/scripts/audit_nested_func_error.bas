@@ -1,0 +1,2 @@
+DIM x
+x = LEFT(LEFT("a"), 1)

@@ -1,0 +1,2 @@
+DIM x
+x = 大写(NULL)
