@@ -11,9 +11,9 @@
 
 namespace korvex {
 
-BasicEngine::BasicEngine() : s_(std::make_unique<State>(this)) {
-  s_->ui = std::make_shared<RecordingUserInterface>();
-}
+// The default user interface is made on first use (UI()): a child engine
+// of a single-line IF takes its parent's instead.
+BasicEngine::BasicEngine() : s_(std::make_unique<State>(this)) {}
 
 BasicEngine::~BasicEngine() {
   // A table this engine created may outlive it in an engine that shared it;

@@ -1,0 +1,2 @@
+DIM x
+x = 2 / NULL

@@ -1,0 +1,2 @@
+DIM x
+IF 1 THEN x = "a" < 1

@@ -1,0 +1,2 @@
+DIM x
+x = MID("abcdef", 1, 2, 3)

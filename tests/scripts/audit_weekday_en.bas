@@ -1,0 +1,2 @@
+DIM a
+a = WeekDayName(#2005-03-14#)
