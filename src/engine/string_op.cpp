@@ -3,6 +3,7 @@
 
 #include "engine/messages.hpp"
 #include "values/runtime_error.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 
@@ -34,11 +35,7 @@ bool isIdentChar(char16_t c) noexcept {
 }
 
 std::u16string_view trimBlanks(std::u16string_view s) noexcept {
-  std::size_t b = 0;
-  std::size_t e = s.size();
-  while (b < e && isBlank(s[b])) ++b;
-  while (e > b && isBlank(s[e - 1])) --e;
-  return s.substr(b, e - b);
+  return vb::trimBy(s, [](char16_t c) { return isBlank(c); });
 }
 
 std::u16string_view firstLine(std::u16string_view s) noexcept {

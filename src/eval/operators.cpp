@@ -87,23 +87,31 @@ std::u16string_view operatorText(Op op) noexcept {
   return u"";
 }
 
+Op arithmeticOperator(char16_t c) noexcept {
+  switch (c) {
+    case u'+':
+      return Op::Add;
+    case u'-':
+      return Op::Sub;
+    case u'*':
+      return Op::Mul;
+    case u'/':
+      return Op::Div;
+    case u'^':
+      return Op::Pow;
+    case u'&':
+      return Op::Concat;
+    default:
+      return Op::None;
+  }
+}
+
 Op appliedOperator(std::u16string_view t) noexcept {
   // Almost every operand string is longer than an operator: one test ends it.
   switch (t.size()) {
     case 1:
+      if (const Op op = arithmeticOperator(t[0]); op != Op::None) return op;
       switch (t[0]) {
-        case u'+':
-          return Op::Add;
-        case u'&':
-          return Op::Concat;
-        case u'-':
-          return Op::Sub;
-        case u'*':
-          return Op::Mul;
-        case u'/':
-          return Op::Div;
-        case u'^':
-          return Op::Pow;
         case u'>':
           return Op::Gt;
         case u'<':

@@ -45,6 +45,10 @@ std::u16string_view operatorText(Op op) noexcept;
 /// this text; Op::None for an operand. "MOD" and "XOR" are not among them.
 Op appliedOperator(std::u16string_view text) noexcept;
 
+/// The one-character arithmetic and concatenation operators (+ - * / ^ &),
+/// which scanning and applying spell the same way; Op::None for any other.
+Op arithmeticOperator(char16_t c) noexcept;
+
 /// True when a string literal of this text must be kept from being taken
 /// for an operator (the comparison ignores case; "&" is not protected).
 bool isProtectedLiteral(std::u16string_view text) noexcept;

@@ -346,19 +346,8 @@ bool Converter::name() {
 // The operator a character starts, or Op::None when it starts an operand
 // (or nothing). Word and relational operators may move i_ further.
 Op Converter::operatorAt(char16_t c) {
+  if (const Op op = arithmeticOperator(c); op != Op::None) return op;
   switch (c) {
-    case u'+':
-      return Op::Add;
-    case u'-':
-      return Op::Sub;
-    case u'*':
-      return Op::Mul;
-    case u'/':
-      return Op::Div;
-    case u'^':
-      return Op::Pow;
-    case u'&':
-      return Op::Concat;
     case u'>':
     case u'<':
     case u'!':

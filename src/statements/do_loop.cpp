@@ -17,19 +17,6 @@ namespace {
 
 using detail::fail;
 
-// The first keyword of the line; nullopt when it is missing or wrong
-// (already reported).
-std::optional<detail::Word> expectKeyword(BasicEngine& engine, std::u16string_view line,
-                                          std::u16string_view keyword) {
-  const auto word = detail::readKeyword(engine, line, detail::QuoteStyle::Spaced);
-  if (!word) return std::nullopt;
-  if (!equalsNoCase(word->text, keyword)) {
-    fail(engine, 1, msg::kSyntax);
-    return std::nullopt;
-  }
-  return word;
-}
-
 // Whether the loop whose entry is given runs its body (again).
 bool bodyRuns(std::u16string_view marker, const Value& condition, const Locale& locale) {
   const bool holds = detail::conditionHolds(condition, locale);
@@ -39,7 +26,7 @@ bool bodyRuns(std::u16string_view marker, const Value& condition, const Locale& 
 }  // namespace
 
 std::int32_t Do(BasicEngine& engine, std::u16string_view line) {
-  const auto word = expectKeyword(engine, line, u"DO");
+  const auto word = detail::expectKeyword(engine, line, u"DO");
   if (!word) return engine.ErrNum();
   const detail::Cut rest = detail::upToComment(line, word->end);
   // An unclosed literal leaves no readable condition.
@@ -112,7 +99,7 @@ std::int32_t LoopOrEndDo(BasicEngine& engine, std::u16string_view line) {
 }
 
 std::int32_t ExitDo(BasicEngine& engine, std::u16string_view line) {
-  const auto word = expectKeyword(engine, line, u"EXIT");
+  const auto word = detail::expectKeyword(engine, line, u"EXIT");
   if (!word) return engine.ErrNum();
   const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
   // A bare EXIT does nothing at all, not even move on.

@@ -88,12 +88,8 @@ std::int32_t jumpTo(BasicEngine& engine, std::int32_t scanResult, const detail::
 // when the keyword itself is wrong (already reported).
 std::optional<std::u16string_view> keywordRest(BasicEngine& engine, std::u16string_view line,
                                                std::u16string_view keyword) {
-  const auto word = detail::readKeyword(engine, line, detail::QuoteStyle::Spaced);
+  const auto word = detail::expectKeyword(engine, line, keyword);
   if (!word) return std::nullopt;
-  if (!equalsNoCase(word->text, keyword)) {
-    fail(engine, 1, msg::kSyntax);
-    return std::nullopt;
-  }
   return trimBlanks(detail::upToComment(line, word->end).text);
 }
 

@@ -39,6 +39,17 @@ std::optional<Word> readKeyword(BasicEngine& engine, std::u16string_view line, Q
   return Word{line.substr(start, pos - start), pos};
 }
 
+std::optional<Word> expectKeyword(BasicEngine& engine, std::u16string_view line,
+                                  std::u16string_view keyword) {
+  auto word = readKeyword(engine, line, QuoteStyle::Spaced);
+  if (!word) return std::nullopt;
+  if (!equalsNoCase(word->text, keyword)) {
+    fail(engine, 1, msg::kSyntax);
+    return std::nullopt;
+  }
+  return word;
+}
+
 Word readLooseWord(std::u16string_view line, std::size_t pos) noexcept {
   const std::size_t start = skipBlanks(line, pos);
   std::size_t end = start;

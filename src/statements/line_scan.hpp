@@ -40,6 +40,11 @@ struct Word {
 /// continue a name is reported as error 3; nullopt then.
 std::optional<Word> readKeyword(BasicEngine& engine, std::u16string_view line, QuoteStyle style);
 
+/// readKeyword, then the word must be `keyword` (any case), else error 1
+/// "语法错". nullopt when it is missing or wrong (already reported).
+std::optional<Word> expectKeyword(BasicEngine& engine, std::u16string_view line,
+                                  std::u16string_view keyword);
+
 /// The next run of non-blank characters at or after `pos` (possibly empty).
 Word readLooseWord(std::u16string_view line, std::size_t pos) noexcept;
 

@@ -2,14 +2,6 @@
 
 namespace korvex::vb {
 
-std::u16string_view trimBlanks(std::u16string_view s) noexcept {
-  std::size_t b = 0;
-  std::size_t e = s.size();
-  while (b < e && isBlank(s[b])) ++b;
-  while (e > b && isBlank(s[e - 1])) --e;
-  return s.substr(b, e - b);
-}
-
 bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept {
   if (a.size() != b.size()) return false;
   for (std::size_t i = 0; i < a.size(); ++i) {

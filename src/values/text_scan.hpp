@@ -15,8 +15,20 @@ constexpr char16_t asciiUpper(char16_t c) noexcept {
   return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
 }
 
+/// Text without the characters `isBlankChar` accepts at both ends.
+template <typename BlankTest>
+constexpr std::u16string_view trimBy(std::u16string_view s, BlankTest isBlankChar) noexcept {
+  std::size_t b = 0;
+  std::size_t e = s.size();
+  while (b < e && isBlankChar(s[b])) ++b;
+  while (e > b && isBlankChar(s[e - 1])) --e;
+  return s.substr(b, e - b);
+}
+
 /// Text with blanks removed at both ends.
-std::u16string_view trimBlanks(std::u16string_view s) noexcept;
+constexpr std::u16string_view trimBlanks(std::u16string_view s) noexcept {
+  return trimBy(s, isBlank);
+}
 /// Case-insensitive (ASCII letters) equality.
 bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept;
 
