@@ -21,6 +21,6 @@ int main(int argc, char** argv) {
     case CommandLine::Action::Error:
       break;
   }
-  std::cerr << "korvex: " << cmd.error << "\nTry 'korvex --help' for more information.\n";
+  std::cerr << "korvex: " << cmd.error << "\n用 'korvex --help' 查看用法。\n";
   return korvex::cli::kExitUsage;
 }

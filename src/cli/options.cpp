@@ -9,27 +9,25 @@ namespace korvex::cli {
 namespace {
 
 constexpr std::string_view kUsage =
-    "Usage: korvex run [options] SCRIPT\n"
-    "       korvex --help\n"
+    "用法: korvex run [选项] SCRIPT\n"
+    "      korvex --help\n"
     "\n"
-    "Runs a payroll script. SCRIPT is a file (UTF-8; a byte-order mark is\n"
-    "skipped) or - for standard input.\n"
+    "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
+    "或 - 表示从标准输入读取。\n"
     "\n"
-    "Options:\n"
-    "  --set NAME=EXPR    pre-set variable NAME to the value of EXPR before the\n"
-    "                     run (repeatable, applied in order), e.g. --set A=5,\n"
-    "                     --set S=\"abc\", --set D=#2005-03-01#, --set N=NULL\n"
-    "  --locale LOCALE    zh-CN (default) or en-US\n"
-    "  --answer TEXT      the reply to the next input prompt (repeatable); a\n"
-    "                     prompt beyond the given replies is cancelled. Without\n"
-    "                     any --answer, console runs ask on standard input.\n"
-    "  --json             print the outcome as one JSON object on standard\n"
-    "                     output (message boxes are recorded, not shown)\n"
-    "  --encoding ENC     utf-8 (default) or gbk\n"
-    "  -h, --help         show this text\n"
+    "选项:\n"
+    "  --set NAME=EXPR    运行前把变量 NAME 设为表达式 EXPR 的值 (可重复, 依次执行),\n"
+    "                     例如 --set A=5, --set S=\"abc\", --set D=#2005-03-01#,\n"
+    "                     --set N=NULL\n"
+    "  --locale LOCALE    区域设置: zh-CN (默认) 或 en-US\n"
+    "  --answer TEXT      下一个输入框的回答 (可重复); 回答用完后的输入框视为取消。\n"
+    "                     不给 --answer 时, 控制台运行从标准输入读取回答\n"
+    "  --json             把运行结果作为一个 JSON 对象输出到标准输出\n"
+    "                     (消息框只记录, 不显示)\n"
+    "  --encoding ENC     脚本编码: utf-8 (默认) 或 gbk\n"
+    "  -h, --help         显示本说明\n"
     "\n"
-    "Exit status: 0 when the script ran without error, 1 when it failed,\n"
-    "2 for a usage error or an unreadable script.\n";
+    "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误或脚本无法读取。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -53,7 +51,7 @@ struct Parser {
                                         std::optional<std::string_view> inlineValue) {
     if (inlineValue) return inlineValue;
     if (next >= args.size()) {
-      fail("option " + std::string(option) + " needs a value");
+      fail("选项 " + std::string(option) + " 需要一个值");
       return std::nullopt;
     }
     return args[next++];
@@ -72,7 +70,7 @@ struct Parser {
       return true;
     }
     if (name == "--json") {
-      if (inlineValue) return fail("option --json takes no value");
+      if (inlineValue) return fail("选项 --json 不带值");
       run.json = true;
       return true;
     }
@@ -83,7 +81,7 @@ struct Parser {
       const std::string_view name =
           eq == std::string_view::npos ? "" : trimBlanks(v->substr(0, eq));
       if (name.empty()) {
-        return fail("--set expects NAME=EXPR, got '" + std::string(*v) + "'");
+        return fail("--set 需要 NAME=EXPR 的形式, 而不是 '" + std::string(*v) + "'");
       }
       run.presets.push_back({std::string(name), std::string(v->substr(eq + 1))});
       return true;
@@ -93,7 +91,7 @@ struct Parser {
       if (!v) return false;
       const Locale* loc = Locale::byName(*v);
       if (loc == nullptr) {
-        return fail("unknown locale '" + std::string(*v) + "' (use zh-CN or en-US)");
+        return fail("未知的区域设置 '" + std::string(*v) + "' (可用 zh-CN 或 en-US)");
       }
       run.locale = std::string(*v);
       return true;
@@ -115,17 +113,16 @@ struct Parser {
       } else if (lower == "gbk") {
         run.encoding = Encoding::Gbk;
       } else {
-        return fail("unknown encoding '" + std::string(*v) + "' (use utf-8 or gbk)");
+        return fail("未知的编码 '" + std::string(*v) + "' (可用 utf-8 或 gbk)");
       }
       return true;
     }
-    return fail("unknown option '" + std::string(name) + "'");
+    return fail("未知的选项 '" + std::string(name) + "'");
   }
 
   bool script(std::string_view arg) {
     if (!result.run.script.empty()) {
-      return fail("more than one script given ('" + result.run.script + "' and '" +
-                  std::string(arg) + "')");
+      return fail("给出了多个脚本 ('" + result.run.script + "' 和 '" + std::string(arg) + "')");
     }
     result.run.script = std::string(arg);
     return true;
@@ -133,7 +130,7 @@ struct Parser {
 
   void parse() {
     if (args.empty()) {
-      fail("no command given");
+      fail("缺少命令");
       return;
     }
     const std::string_view command = args[next++];
@@ -142,7 +139,7 @@ struct Parser {
       return;
     }
     if (command != "run") {
-      fail("unknown command '" + std::string(command) + "'");
+      fail("未知的命令 '" + std::string(command) + "'");
       return;
     }
     result.action = CommandLine::Action::Run;
@@ -158,7 +155,7 @@ struct Parser {
       if (!ok) return;
       if (result.action == CommandLine::Action::Help) return;
     }
-    if (result.run.script.empty()) fail("no script given");
+    if (result.run.script.empty()) fail("缺少脚本文件");
   }
 };
 

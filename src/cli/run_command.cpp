@@ -76,20 +76,20 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
   if (path == "-") {
     std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     if (in.bad()) {
-      error = "cannot read the script from standard input";
+      error = "无法从标准输入读取脚本";
       return std::nullopt;
     }
     return bytes;
   }
   std::ifstream file(path, std::ios::binary);
   if (!file) {
-    error = "cannot open '" + path + "': " + std::strerror(errno);
+    error = "无法打开 '" + path + "': " + std::strerror(errno);
     return std::nullopt;
   }
   std::ostringstream bytes;
   bytes << file.rdbuf();
   if (file.bad()) {
-    error = "cannot read '" + path + "'";
+    error = "无法读取 '" + path + "'";
     return std::nullopt;
   }
   return std::move(bytes).str();

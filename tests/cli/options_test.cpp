@@ -18,7 +18,7 @@ TEST(Options, HelpForms) {
            {"--help"}, {"-h"}, {"help"}, {"run", "--help"}, {"run", "x.bas", "-h"}}) {
     EXPECT_EQ(parseCommandLine(args).action, CommandLine::Action::Help) << args[0];
   }
-  EXPECT_NE(usageText().find("korvex run [options] SCRIPT"), std::string_view::npos);
+  EXPECT_NE(usageText().find("korvex run [选项] SCRIPT"), std::string_view::npos);
 }
 
 TEST(Options, RunWithEveryOption) {
@@ -69,20 +69,20 @@ TEST(Options, UsageErrors) {
     const char* errorPart;
   };
   const Case cases[] = {
-      {{}, "no command"},
-      {{"walk", "s.bas"}, "unknown command 'walk'"},
-      {{"run"}, "no script"},
-      {{"run", "--json"}, "no script"},
-      {{"run", "a.bas", "b.bas"}, "more than one script"},
-      {{"run", "--verbose", "s.bas"}, "unknown option '--verbose'"},
-      {{"run", "s.bas", "--set"}, "--set needs a value"},
+      {{}, "缺少命令"},
+      {{"walk", "s.bas"}, "未知的命令 'walk'"},
+      {{"run"}, "缺少脚本文件"},
+      {{"run", "--json"}, "缺少脚本文件"},
+      {{"run", "a.bas", "b.bas"}, "给出了多个脚本"},
+      {{"run", "--verbose", "s.bas"}, "未知的选项 '--verbose'"},
+      {{"run", "s.bas", "--set"}, "--set 需要一个值"},
       {{"run", "--set", "A", "s.bas"}, "NAME=EXPR"},
       {{"run", "--set", "=5", "s.bas"}, "NAME=EXPR"},
       {{"run", "--set", " =5", "s.bas"}, "NAME=EXPR"},
-      {{"run", "--locale", "fr-FR", "s.bas"}, "unknown locale 'fr-FR'"},
-      {{"run", "--encoding", "latin1", "s.bas"}, "unknown encoding 'latin1'"},
-      {{"run", "--json=yes", "s.bas"}, "--json takes no value"},
-      {{"run", "s.bas", "--answer"}, "--answer needs a value"},
+      {{"run", "--locale", "fr-FR", "s.bas"}, "未知的区域设置 'fr-FR'"},
+      {{"run", "--encoding", "latin1", "s.bas"}, "未知的编码 'latin1'"},
+      {{"run", "--json=yes", "s.bas"}, "--json 不带值"},
+      {{"run", "s.bas", "--answer"}, "--answer 需要一个值"},
   };
   for (const auto& c : cases) {
     const CommandLine r = parseCommandLine(c.args);

@@ -134,7 +134,7 @@ TEST(RunScript, UnreadableScriptIsAUsageError) {
   const RunResult r = run(o);
   EXPECT_EQ(r.status, kExitUsage);
   EXPECT_EQ(r.out, "");
-  EXPECT_NE(r.err.find("cannot open"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("无法打开"), std::string::npos) << r.err;
 }
 
 }  // namespace
