@@ -114,8 +114,10 @@ class Value {
   /// Integer, Long, Double, Currency (not Boolean, not Date).
   bool isNumberType() const noexcept;
 
-  // Raw payload access. Each requires the matching type (checked in debug
-  // builds); conversions between types live in <korvex/variant.hpp>.
+  // Raw payload access. Each requires the matching type (the string, object
+  // and array accessors assert it in debug builds; the numeric ones read the
+  // payload as it is). Conversions between types, with the script's rules,
+  // are in <korvex/convert.hpp> for hosts and values/ops.hpp in the engine.
   std::int16_t integerValue() const noexcept { return u_.i16; }
   std::int32_t longValue() const noexcept { return u_.i32; }
   double doubleValue() const noexcept { return u_.d; }  // Double and Date

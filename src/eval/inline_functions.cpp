@@ -28,6 +28,9 @@ Value absolute(const Value& v, const Locale& loc) {
       if (v.longValue() == std::numeric_limits<std::int32_t>::min()) vb::raise(vb::kOverflow);
       return Value::lng(std::abs(v.longValue()));
     case VarType::Currency:
+      if (v.currencyValue().scaled == std::numeric_limits<std::int64_t>::min()) {
+        vb::raise(vb::kOverflow);
+      }
       return Value::currency(Currency{std::llabs(v.currencyValue().scaled)});
     default:
       return Value::dbl(std::fabs(vb::toDouble(v, loc)));

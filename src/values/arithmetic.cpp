@@ -1,6 +1,7 @@
 // + - * / ^, negation and & with the platform's type promotion:
 // Integer overflows into Long, Long into Double; Double with any number is a
-// Double; Currency outranks Double; Date plus or minus a number is a Date;
+// Double, except that Currency outranks Double in a sum or a difference (not
+// in a product); Date plus or minus a number is a Date;
 // Booleans are -1/0 Integers; Empty is 0 (or "" beside a String); a String
 // beside a number is read as a Double; Null propagates.
 #include <cmath>
@@ -98,6 +99,12 @@ std::int64_t checkedAdd(std::int64_t a, std::int64_t b) {
   return r;
 }
 
+std::int64_t checkedSub(std::int64_t a, std::int64_t b) {
+  std::int64_t r = 0;
+  if (__builtin_sub_overflow(a, b, &r)) raise(kOverflow);
+  return r;
+}
+
 std::int64_t checkedMul(std::int64_t a, std::int64_t b) {
   std::int64_t r = 0;
   if (__builtin_mul_overflow(a, b, &r)) raise(kOverflow);
@@ -106,23 +113,23 @@ std::int64_t checkedMul(std::int64_t a, std::int64_t b) {
 
 enum class AddOp { Plus, Minus };
 
-Value addNumbers(const Operand& a, Operand b, AddOp op) {
+Value addNumbers(const Operand& a, const Operand& b, AddOp op) {
   const Kind k = wider(a.kind, b.kind);
-  if (op == AddOp::Minus) {
-    if (a.kind == Kind::Date && b.kind == Kind::Date) return doubleResult(a.d - b.d);
-    b.i = -b.i;
-    b.d = -b.d;
-  }
+  const bool minus = op == AddOp::Minus;
+  if (minus && a.kind == Kind::Date && b.kind == Kind::Date) return doubleResult(a.d - b.d);
   switch (k) {
     case Kind::Integer:
     case Kind::Long:
-      return wholeResult(a.i + b.i, k);
+      return wholeResult(minus ? a.i - b.i : a.i + b.i, k);
     case Kind::Double:
-      return doubleResult(a.asDouble() + b.asDouble());
+      return doubleResult(minus ? a.asDouble() - b.asDouble() : a.asDouble() + b.asDouble());
     case Kind::Currency:
-      return currencyResult(checkedAdd(a.asScaled(), b.asScaled()));
+      // Subtract rather than add the negation: the most negative Currency
+      // has no positive counterpart.
+      return currencyResult(minus ? checkedSub(a.asScaled(), b.asScaled())
+                                  : checkedAdd(a.asScaled(), b.asScaled()));
     case Kind::Date:
-      return dateResult(a.asDouble() + b.asDouble());
+      return dateResult(minus ? a.asDouble() - b.asDouble() : a.asDouble() + b.asDouble());
   }
   return {};
 }
@@ -170,8 +177,10 @@ Value multiply(const Value& l, const Value& r, const Locale& loc) {
       }
       const Operand& cy = a.kind == Kind::Currency ? a : b;
       const Operand& other = a.kind == Kind::Currency ? b : a;
-      if (other.kind != Kind::Double) return currencyResult(checkedMul(cy.i, other.i));
-      return currencyResult(scaledCurrency(cy.asDouble() * other.d));
+      // In a product a Double outranks Currency (unlike in a sum), so
+      // Currency times a Double or a date's serial is a Double.
+      if (other.kind == Kind::Double) return doubleResult(cy.asDouble() * other.d);
+      return currencyResult(checkedMul(cy.i, other.i));
     }
     default:
       return doubleResult(a.asDouble() * b.asDouble());

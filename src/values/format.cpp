@@ -118,9 +118,12 @@ std::optional<FormatKind> classifyFormat(std::u16string_view fmt) {
     }
     ++i;
   }
+  // @ and & mean nothing in a date format, so with them the letters around
+  // ("@ days", "&& is") are literal text.
   if (digits) return FormatKind::Number;
+  if (text) return FormatKind::String;
   if (date) return FormatKind::Date;
-  if (text || caseMarks) return FormatKind::String;
+  if (caseMarks) return FormatKind::String;
   return std::nullopt;
 }
 

@@ -16,8 +16,9 @@ namespace korvex::vb {
 /// named formats, date/time formats and string formats. An empty format
 /// gives the value's string form (Null gives "").
 ///
-/// Number formats round half away from zero on the value as stored (0.075
-/// is 0.0749999... and shows as ".07" with "#.##"); numeric strings are
+/// Number formats take a Double to its 15 significant digits first and then
+/// round half away from zero (0.075, stored as 0.0749999..., shows as ".08"
+/// with "#.##"; Round keeps its binary behaviour); numeric strings are
 /// formatted as numbers, date strings as dates, and text that is neither
 /// comes back unchanged. Null shows only through the fourth section of a
 /// number format (the second of a string format). Raises 13 for objects and

@@ -33,8 +33,8 @@ struct DecimalDigits {
 inline constexpr int kDoubleDigits = 15;
 
 /// The exact decimal value of |x| (x finite), to far more digits than a
-/// Double holds, so that Format rounds the stored binary value: 0.075 is
-/// really 0.07499999... and shows as .07 with two decimals.
+/// Double holds; Format cuts it to kDoubleDigits significant digits before
+/// its own rounding, so 0.075 (really 0.07499999...) shows as .08.
 DecimalDigits exactDigits(double x);
 /// Rounds half away from zero to `decimals` places after the point (may be
 /// negative).

@@ -100,10 +100,10 @@ std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, 
     exponent = d.pointPos - p.intDigits;
     d.pointPos = p.intDigits;
   }
-  // A Double shows no more digits than its string form does.
-  if (fromDouble && d.pointPos + p.fracDigits > kDoubleDigits) {
-    roundHalfUp(d, kDoubleDigits - d.pointPos);
-  }
+  // A Double is first taken to the 15 significant digits of its string form
+  // and rounded from there, so 0.075 (stored as 0.0749999...) is .08 with
+  // "#.##" and 1.005 is 1.01 with "0.00", as the text a user sees suggests.
+  if (fromDouble) roundHalfUp(d, kDoubleDigits - d.pointPos);
   roundHalfUp(d, p.fracDigits);
   if (p.exponent && d.pointPos > p.intDigits) {  // 9.99 rounded up to 10.0
     d.pointPos = p.intDigits;
@@ -186,9 +186,8 @@ std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, 
         } else if (p.exponentPlus) {
           out.push_back(u'+');
         }
-        if (exponent != 0 || p.exponentMinDigits > 0) {
-          appendInt(out, std::abs(exponent), p.exponentMinDigits > 0 ? p.exponentMinDigits : 1);
-        }
+        // "#" placeholders drop leading zeros but still show one digit.
+        appendInt(out, std::abs(exponent), p.exponentMinDigits > 0 ? p.exponentMinDigits : 1);
         break;
     }
   }

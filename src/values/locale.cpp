@@ -1,7 +1,5 @@
 #include "korvex/locale.hpp"
 
-#include <cctype>
-
 namespace korvex {
 
 namespace {
@@ -16,7 +14,7 @@ Locale makeZhCN() {
   l.longTime = u"H:mm:ss";
   l.amDesignator = u"上午";
   l.pmDesignator = u"下午";
-  l.monthNames = {u"一月", u"二月", u"三月", u"四月",  u"五月",   u"六月",
+  l.monthNames = {u"一月", u"二月", u"三月", u"四月", u"五月",   u"六月",
                   u"七月", u"八月", u"九月", u"十月", u"十一月", u"十二月"};
   l.monthAbbrevs = {u"1月", u"2月", u"3月", u"4月",  u"5月",  u"6月",
                     u"7月", u"8月", u"9月", u"10月", u"11月", u"12月"};
@@ -39,16 +37,20 @@ Locale makeEnUS() {
                   u"July",    u"August",   u"September", u"October", u"November", u"December"};
   l.monthAbbrevs = {u"Jan", u"Feb", u"Mar", u"Apr", u"May", u"Jun",
                     u"Jul", u"Aug", u"Sep", u"Oct", u"Nov", u"Dec"};
-  l.dayNames = {u"Sunday", u"Monday", u"Tuesday", u"Wednesday", u"Thursday", u"Friday", u"Saturday"};
+  l.dayNames = {u"Sunday",   u"Monday", u"Tuesday", u"Wednesday",
+                u"Thursday", u"Friday", u"Saturday"};
   l.dayAbbrevs = {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"};
   return l;
 }
 
+// ASCII-only folding: std::tolower would consult the C library's global
+// locale, which a host may have changed.
+char asciiLowerChar(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
 bool sameName(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   for (std::size_t i = 0; i < a.size(); ++i) {
-    if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
-      return false;
+    if (asciiLowerChar(a[i]) != asciiLowerChar(b[i])) return false;
   }
   return true;
 }

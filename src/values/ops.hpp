@@ -29,12 +29,12 @@ std::u16string currencyToString(Currency c, const Locale& loc);
 /// time when it has a time part; the time alone when the date part is 0.
 std::u16string dateToString(double serial, const Locale& loc);
 
-double toDouble(const Value& v, const Locale& loc);          // CDbl
-std::int16_t toInteger(const Value& v, const Locale& loc);   // CInt, banker's rounding
-std::int32_t toLong(const Value& v, const Locale& loc);      // CLng, banker's rounding
-Currency toCurrency(const Value& v, const Locale& loc);      // CCur
-double toDate(const Value& v, const Locale& loc);            // CDate, serial
-bool toBoolean(const Value& v, const Locale& loc);           // CBool
+double toDouble(const Value& v, const Locale& loc);         // CDbl
+std::int16_t toInteger(const Value& v, const Locale& loc);  // CInt, banker's rounding
+std::int32_t toLong(const Value& v, const Locale& loc);     // CLng, banker's rounding
+Currency toCurrency(const Value& v, const Locale& loc);     // CCur
+double toDate(const Value& v, const Locale& loc);           // CDate, serial
+bool toBoolean(const Value& v, const Locale& loc);          // CBool
 
 /// Parses a numeric string (blanks, sign, thousands separators, one decimal
 /// point, exponent, &H / &O prefixes). nullopt when it is not a number.
@@ -86,7 +86,9 @@ std::u16string decodeGbk(std::string_view bytes);
 
 // ---- case, trimming ----------------------------------------------------
 
-std::u16string upperCase(std::u16string_view s);  // ASCII and full Unicode letters
+// Case mapping for ASCII, Latin-1 and Latin Extended-A, Greek, Cyrillic and
+// the full-width Latin letters; other characters are left as they are.
+std::u16string upperCase(std::u16string_view s);
 std::u16string lowerCase(std::u16string_view s);
 
 }  // namespace korvex::vb

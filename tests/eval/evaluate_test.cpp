@@ -3,6 +3,7 @@
 // expressions and the warning boxes.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -302,6 +303,14 @@ TEST(Evaluate, InlinePlatformFaultsPropagate) {
     EXPECT_EQ(e.number(), vb::kInvalidCall);
   }
   EXPECT_THROW(Evaluate(f.engine, u"INT(NULL)"), vb::RuntimeError);
+  // The most negative amount has no positive counterpart.
+  f.engine.SetSysVar(u"LOWEST", Value::currency(Currency{INT64_MIN}));
+  try {
+    Evaluate(f.engine, u"ABS(LOWEST)");
+    ADD_FAILURE() << "no fault";
+  } catch (const vb::RuntimeError& e) {
+    EXPECT_EQ(e.number(), vb::kOverflow);
+  }
   // The engine's own entry point traps them.
   EXPECT_TRUE(f.engine.Evaluate(u"SQR(\"x\")").isEmpty());
   EXPECT_NE(f.engine.ErrNum(), 0);

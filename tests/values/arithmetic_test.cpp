@@ -58,8 +58,13 @@ TEST(Arithmetic, PromotionTable) {
       {"date*number", vb::multiply, Dt(1900, 1, 1), I(1), VarType::Double, u"2"},
       {"cur+int", vb::add, C(15000), I(1), VarType::Currency, u"2.5"},
       {"cur+double", vb::add, C(15000), D(0.25), VarType::Currency, u"1.75"},
+      {"cur minus most negative cur", vb::subtract, C(-1), C(INT64_MIN), VarType::Currency,
+       u"922337203685477.5807"},
       {"cur*cur", vb::multiply, C(15000), C(15000), VarType::Currency, u"2.25"},
       {"cur*long", vb::multiply, C(-5), L(3), VarType::Currency, u"-0.0015"},
+      {"cur*double is double", vb::multiply, C(15000), D(0.00001), VarType::Double, u"1.5E-05"},
+      {"double*cur is double", vb::multiply, D(1.5), C(25000), VarType::Double, u"3.75"},
+      {"cur*date is double", vb::multiply, C(10000), Dt(1900, 1, 1), VarType::Double, u"2"},
       {"divide ints", vb::divide, I(1), I(4), VarType::Double, u"0.25"},
       {"divide to whole", vb::divide, L(6), I(3), VarType::Double, u"2"},
       {"power", vb::power, I(2), I(10), VarType::Double, u"1024"},
@@ -100,6 +105,7 @@ TEST(Arithmetic, Errors) {
       {"object operand", vb::add, Value::object(nullptr), I(1), 13},
       {"date past 9999", vb::add, Dt(9999, 12, 31), I(1), 6},
       {"currency overflow", vb::add, C(INT64_MAX), C(1), 6},
+      {"currency difference overflow", vb::subtract, C(0), C(INT64_MIN), 6},
       {"currency product overflow", vb::multiply, C(INT64_MAX), I(2), 6},
   };
   for (const auto& c : cases) {

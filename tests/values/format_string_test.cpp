@@ -34,6 +34,11 @@ TEST(FormatString, Placeholders) {
       {Value::null(), "@;\"空\"", "空"},
       {Value::null(), "@@", ""},
       {Value::string(u"x"), "@;\"空\"", "x"},
+      // Letters that are date tokens elsewhere are literal text beside @ and &.
+      {Value::string(u"abc"), "@ is", "abc is"},
+      {Value::integer(5), "@ days", "5 days"},
+      {Value::string(u"Tom"), "&&& has", "Tom has"},
+      {Value::string(u"tom"), ">& says", "TOM says"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(toUtf8(format(c.value, fromUtf8(c.format), Locale::zhCN())), c.expected)
