@@ -29,9 +29,11 @@ Currency wholeCurrency(Currency c, bool floorIt) {
   return Currency{q * Currency::kScale};
 }
 
-// Int and Fix share everything but the direction of the cut.
-Value wholePart(const Value& v, bool floorIt, const Locale& loc) {
-  const auto cut = [floorIt](double d) { return floorIt ? std::floor(d) : std::trunc(d); };
+// Round, Int and Fix keep the numeric type: whole-number types and Null pass
+// through, Empty and Booleans become Integers, Currency and Dates stay what
+// they are, and anything else is read as a Double.
+template <typename OnDouble, typename OnCurrency>
+Value keepingType(const Value& v, const Locale& loc, OnDouble onDouble, OnCurrency onCurrency) {
   switch (v.type()) {
     case VarType::Null:
     case VarType::Integer:
@@ -42,14 +44,21 @@ Value wholePart(const Value& v, bool floorIt, const Locale& loc) {
     case VarType::Boolean:
       return Value::integer(v.booleanValue() ? -1 : 0);
     case VarType::Double:
-      return Value::dbl(cut(v.doubleValue()));
+      return Value::dbl(onDouble(v.doubleValue()));
     case VarType::Date:
-      return Value::date(cut(v.doubleValue()));
+      return Value::date(onDouble(v.doubleValue()));
     case VarType::Currency:
-      return Value::currency(wholeCurrency(v.currencyValue(), floorIt));
+      return Value::currency(onCurrency(v.currencyValue()));
     default:
-      return Value::dbl(cut(toDouble(v, loc)));
+      return Value::dbl(onDouble(toDouble(v, loc)));
   }
+}
+
+// Int and Fix share everything but the direction of the cut.
+Value wholePart(const Value& v, bool floorIt, const Locale& loc) {
+  return keepingType(
+      v, loc, [floorIt](double d) { return floorIt ? std::floor(d) : std::trunc(d); },
+      [floorIt](Currency c) { return wholeCurrency(c, floorIt); });
 }
 
 }  // namespace
@@ -69,24 +78,9 @@ double roundHalfEven(double x, int digits) {
 
 Value round(const Value& v, int digits, const Locale& loc) {
   if (digits < 0) raise(kInvalidCall);
-  switch (v.type()) {
-    case VarType::Null:
-    case VarType::Integer:
-    case VarType::Long:
-      return v;
-    case VarType::Empty:
-      return Value::integer(0);
-    case VarType::Boolean:
-      return Value::integer(v.booleanValue() ? -1 : 0);
-    case VarType::Currency:
-      return Value::currency(roundCurrency(v.currencyValue(), digits));
-    case VarType::Date:
-      return Value::date(roundHalfEven(v.doubleValue(), digits));
-    case VarType::Double:
-      return Value::dbl(roundHalfEven(v.doubleValue(), digits));
-    default:
-      return Value::dbl(roundHalfEven(toDouble(v, loc), digits));
-  }
+  return keepingType(
+      v, loc, [digits](double d) { return roundHalfEven(d, digits); },
+      [digits](Currency c) { return roundCurrency(c, digits); });
 }
 
 Value intPart(const Value& v, const Locale& loc) { return wholePart(v, true, loc); }
