@@ -20,7 +20,7 @@ namespace korvex {
 
 struct DispatchResult {
   Value value;
-  std::int32_t number = 0;   // 0 = success
+  std::int32_t number = 0;  // 0 = success
   std::u16string description;
 
   bool ok() const noexcept { return number == 0; }
@@ -39,15 +39,12 @@ class HostObject {
 
   /// Reads a property; args are the property's indexes, if any
   /// (e.g. Fields.Item(3) is getProperty("Item", {3})).
-  virtual DispatchResult getProperty(std::u16string_view name,
-                                     std::span<const Value> args) = 0;
+  virtual DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) = 0;
   /// Writes a property (args as for getProperty).
-  virtual DispatchResult setProperty(std::u16string_view name,
-                                     std::span<const Value> args,
+  virtual DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
                                      const Value& value) = 0;
   /// Calls a method.
-  virtual DispatchResult callMethod(std::u16string_view name,
-                                    std::span<const Value> args) = 0;
+  virtual DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) = 0;
   /// The object's default member (a Field's Value, a collection's Item);
   /// the default implementation reads the property "Value".
   virtual DispatchResult getDefault(std::span<const Value> args) {

@@ -12,7 +12,7 @@
 namespace korvex {
 
 struct Locale {
-  std::u16string name;              // "zh-CN", "en-US"
+  std::u16string name;  // "zh-CN", "en-US"
   char16_t decimalSeparator = u'.';
   char16_t thousandsSeparator = u',';
   int groupSize = 3;

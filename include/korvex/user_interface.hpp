@@ -34,10 +34,8 @@ class RecordingUserInterface : public UserInterface {
  public:
   explicit RecordingUserInterface(std::vector<std::u16string> answers = {});
 
-  Answer messageBox(std::u16string_view text, Buttons buttons,
-                    std::u16string_view title) override;
-  std::optional<std::u16string> inputBox(std::u16string_view prompt,
-                                         std::u16string_view title,
+  Answer messageBox(std::u16string_view text, Buttons buttons, std::u16string_view title) override;
+  std::optional<std::u16string> inputBox(std::u16string_view prompt, std::u16string_view title,
                                          std::u16string_view defaultText) override;
 
   const std::vector<std::u16string>& messages() const noexcept { return messages_; }
@@ -60,10 +58,8 @@ class ConsoleUserInterface : public UserInterface {
   /// Talks to the given streams (UTF-8 text).
   ConsoleUserInterface(std::istream& in, std::ostream& out);
 
-  Answer messageBox(std::u16string_view text, Buttons buttons,
-                    std::u16string_view title) override;
-  std::optional<std::u16string> inputBox(std::u16string_view prompt,
-                                         std::u16string_view title,
+  Answer messageBox(std::u16string_view text, Buttons buttons, std::u16string_view title) override;
+  std::optional<std::u16string> inputBox(std::u16string_view prompt, std::u16string_view title,
                                          std::u16string_view defaultText) override;
 
  private:
