@@ -1,0 +1,2 @@
+Do While 0
+End Do x

@@ -1,0 +1,3 @@
+Do While 1
+If 1 Then
+Loop

@@ -1,0 +1,3 @@
+Do While 0
+End If
+Loop

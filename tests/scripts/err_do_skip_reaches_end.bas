@@ -1,0 +1,1 @@
+Do While 0

@@ -1,0 +1,4 @@
+DIM s
+s = "abc"
+Do While s
+Loop

@@ -1,0 +1,4 @@
+DIM s
+s = "abc"
+If s Then
+End If

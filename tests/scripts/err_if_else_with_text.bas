@@ -1,0 +1,3 @@
+If True Then
+Else x = 1
+End If

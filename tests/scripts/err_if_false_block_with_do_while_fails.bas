@@ -1,0 +1,5 @@
+DIM c
+If False Then
+Do While c
+Loop
+End If

@@ -1,0 +1,2 @@
+DIM n
+If 1 Then y = 1

@@ -1,0 +1,3 @@
+If False Then
+If a
+End If

@@ -1,0 +1,2 @@
+DIM a
+If a>1Then

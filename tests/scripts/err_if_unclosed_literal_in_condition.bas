@@ -1,0 +1,2 @@
+DIM s
+If s = "abc Then

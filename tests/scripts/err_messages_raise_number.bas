@@ -1,0 +1,2 @@
+RaiseError 42
+MsgBox 1

@@ -1,0 +1,1 @@
+RaiseError 1, 2

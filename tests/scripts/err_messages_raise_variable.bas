@@ -1,0 +1,3 @@
+DIM s
+s = "Bad data"
+RaiseError s

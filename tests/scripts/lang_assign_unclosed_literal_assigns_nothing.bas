@@ -1,0 +1,3 @@
+DIM x, n
+x = "abc
+n = 1

@@ -1,0 +1,1 @@
+dim DIM,a

@@ -1,0 +1,3 @@
+DIM a
+a = 5
+DIM a

@@ -1,0 +1,5 @@
+DIM n
+Do While 1
+Exit Do
+Loop
+n = 1

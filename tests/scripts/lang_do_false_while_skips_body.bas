@@ -1,0 +1,4 @@
+DIM n
+Do While 1 = 2
+n = 1
+Loop

@@ -1,0 +1,4 @@
+DIM n
+Do While NULL
+n = 1
+Loop

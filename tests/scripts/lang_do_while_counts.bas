@@ -1,0 +1,5 @@
+DIM i
+i = 0
+Do While i < 3
+i = i + 1
+Loop

@@ -1,0 +1,5 @@
+DIM c
+If False Then
+Do Until c
+Loop
+End If

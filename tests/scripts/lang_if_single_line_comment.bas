@@ -1,0 +1,2 @@
+DIM n
+If 1 Then n = 1 ' set n

@@ -1,0 +1,1 @@
+If 1 Then MsgBox "one"

@@ -1,0 +1,3 @@
+DIM s, n
+s = "x"
+If s <> " THEN " Then n = 1

@@ -1,0 +1,4 @@
+DIM s, x
+s = "a"
+x = 1
+MsgBox s & x

@@ -1,0 +1,4 @@
+DIM x
+x = NULL
+MsgBox x
+MsgBox 2

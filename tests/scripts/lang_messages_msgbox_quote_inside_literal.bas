@@ -1,0 +1,1 @@
+MsgBox "it's" ' c
