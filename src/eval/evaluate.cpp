@@ -129,6 +129,16 @@ Value typeMismatch(BasicEngine& engine) {
   return {};
 }
 
+// An operand string that reads NUL, an operator text, NUL loses the two
+// NULs, wherever it came from: a script can build such a text itself.
+Value unwrapped(const Value& v) {
+  if (!v.isString()) return v;
+  const std::u16string& s = v.stringValue();
+  if (s.size() < 3 || s.front() != u'\0' || s.back() != u'\0') return v;
+  const std::u16string_view inner = std::u16string_view(s).substr(1, s.size() - 2);
+  return isProtectedLiteral(inner) ? Value::string(std::u16string(inner)) : v;
+}
+
 }  // namespace
 
 Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<Value>& values) {
@@ -144,7 +154,7 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
           op = appliedOperator(item.value.stringValue());
         }
         if (op == Op::None) {
-          stack.push(item.value);
+          stack.push(unwrapped(item.value));
           continue;
         }
       }

@@ -54,11 +54,40 @@ const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   }
 }
 
-// A class that is not available fails like a bad argument list, named as
-// the script wrote it.
-std::int32_t unavailable(std::u16string_view scriptName, std::u16string_view argText,
-                         BasicEngine& engine) {
-  const FunctionDescriptor desc{scriptName, 0, 0, {}, nullptr};
+// The name the data-source classes put into their messages; where a class
+// has none of its own, the table's name stands in.
+std::u16string_view displayName(FunctionClass cls, std::u16string_view scriptName) noexcept {
+  switch (cls) {
+    // clang-format off
+    case FunctionClass::GetCell: return u"GetCell";
+    case FunctionClass::SetCell: return u"SetCell";
+    case FunctionClass::SetCellFormula: return u"SetCellFormula";
+    case FunctionClass::ExecuteSQL: return u"DoSQL";
+    case FunctionClass::DoSqlEx: return u"DoSqlEx";
+    case FunctionClass::WA_GetFieldValue: return u"_员工工资项目值";
+    case FunctionClass::WA_Total: return u"_部门工资合计";
+    case FunctionClass::WA_AVG: return u"_部门平均工资";
+    case FunctionClass::WA_JJgzSum: return u"_计件工资额";
+    case FunctionClass::WA_JJSumByDept: return u"_部门计件工资额";
+    case FunctionClass::WA_jjSum_Index: return u"_工序计件工资额";
+    case FunctionClass::WA_Value: return u"_产品产值";
+    case FunctionClass::WA_KaoHe_Hj: return u"_考核项目合计";
+    case FunctionClass::WA_DingBanHj: return u"_顶班工资合计";
+    case FunctionClass::WA_CalcByWorkGroup: return u"_班组工资";
+    case FunctionClass::EmployesProperty: return u"_员工属性";
+    case FunctionClass::EmployesCount: return u"_员工人数";
+    case FunctionClass::ProductProperty: return u"_产品属性";
+    // clang-format on
+    default:
+      return scriptName;
+  }
+}
+
+// A class that is not available fails like a bad argument list, under the
+// name the class would use.
+std::int32_t unavailable(FunctionClass cls, std::u16string_view scriptName,
+                         std::u16string_view argText, BasicEngine& engine) {
+  const FunctionDescriptor desc{displayName(cls, scriptName), 0, 0, {}, nullptr};
   Paras none;
   return Call(desc, argText, engine, none).countError();
 }
@@ -68,7 +97,7 @@ std::int32_t unavailable(std::u16string_view scriptName, std::u16string_view arg
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
                           std::u16string_view argText, Value& result, BasicEngine& engine) {
   const FunctionDescriptor* desc = descriptorOf(cls);
-  if (desc == nullptr) return unavailable(scriptName, argText, engine);
+  if (desc == nullptr) return unavailable(cls, scriptName, argText, engine);
   return Invoke(*desc, argText, result, engine);
 }
 

@@ -45,12 +45,10 @@ bool Passes(Check check, const Value& v, const Locale& loc) {
       return vb::isNumeric(v, loc);
     case Check::NumericOrNull:
       return v.isNull() || vb::isNumeric(v, loc);
-    case Check::NonNegative: {
-      if (!vb::isNumeric(v, loc)) return false;
-      // Variant comparison: a numeric string is never "less than" a number.
-      const auto order = vb::compareValues(v, Value::lng(0), loc);
-      return !(order && *order < 0);
-    }
+    case Check::NonNegative:
+      // Compared with a numeric constant, a numeric string counts by its
+      // number: "-1" is negative.
+      return vb::isNumeric(v, loc) && vb::toDouble(v, loc) >= 0;
     case Check::Date:
       return vb::isDate(v, loc);
     case Check::String:

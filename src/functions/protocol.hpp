@@ -27,7 +27,7 @@ enum class Check : std::uint8_t {
   Any,      // nothing (including the string test that can never fail)
   Numeric,  // the platform's IsNumeric
   NumericOrNull,
-  NonNegative,  // numeric and not less than 0 (Variant comparison)
+  NonNegative,  // numeric and not less than 0 (compared as a number)
   Date,         // the platform's IsDate
   String,       // of type String
   Textual,      // has a string form: not Null, Object or Array

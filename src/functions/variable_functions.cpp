@@ -3,6 +3,7 @@
 #include <string>
 
 #include "engine/messages.hpp"
+#include "engine/names.hpp"
 #include "engine/string_op.hpp"
 #include "functions/function_descriptors.hpp"
 #include "korvex/engine.hpp"
@@ -26,7 +27,7 @@ std::int32_t getVar(Call& call, Value& result) {
   if (!call.engine().IsVarDefined(name)) {
     std::u16string message(msg::kUndefinedVariable);
     message += u" '";
-    message += upperAscii(name);
+    message += upperName(name);  // as the table spells it
     message += u'\'';
     return call.fail(5, std::move(message));
   }

@@ -11,19 +11,30 @@
 namespace korvex::testing {
 namespace {
 
-TEST(CallFunction, ClassesNotYetAvailableFailAsBadArguments) {
-  const std::pair<FunctionClass, const char16_t*> kUnavailable[] = {
-      {FunctionClass::GetCell, u"GETCELL"},        {FunctionClass::ExecuteSQL, u"DoSQL"},
-      {FunctionClass::DoSqlEx, u"DoSqlEx"},        {FunctionClass::EmployesProperty, u"_员工属性"},
-      {FunctionClass::WA_Total, u"_部门工资合计"}, {FunctionClass::WA_JJgzSum, u"计件工资额"},
+TEST(CallFunction, ClassesNotYetAvailableFailAsBadArgumentsUnderTheirDisplayName) {
+  struct Unavailable {
+    FunctionClass cls;
+    const char16_t* scriptName;
+    const char16_t* displayName;
   };
-  for (const auto& [cls, name] : kUnavailable) {
+  const Unavailable kUnavailable[] = {
+      {FunctionClass::GetCell, u"GETCELL", u"GetCell"},
+      {FunctionClass::ExecuteSQL, u"ExecuteSQL", u"DoSQL"},
+      {FunctionClass::DoSqlEx, u"DoSqlEx", u"DoSqlEx"},
+      {FunctionClass::EmployesProperty, u"员工属性", u"_员工属性"},
+      {FunctionClass::WA_Total, u"_部门工资合计", u"_部门工资合计"},
+      {FunctionClass::WA_JJgzSum, u"计件工资额", u"_计件工资额"},
+      // No display name of its own: the table's name stands.
+      {FunctionClass::WA_Turnout, u"产品产量", u"产品产量"},
+  };
+  for (const auto& [cls, scriptName, displayName] : kUnavailable) {
     BasicEngine engine;
     Value result;
-    EXPECT_EQ(CallFunction(cls, name, u"(1, \"a\")", result, engine), 6) << toUtf8(name);
+    EXPECT_EQ(CallFunction(cls, scriptName, u"(1, \"a\")", result, engine), 6)
+        << toUtf8(scriptName);
     EXPECT_EQ(engine.ErrNum(), 6);
     EXPECT_EQ(engine.ErrMsg(),
-              u"错误的参数表达式或参数个数{函数:" + std::u16string(name) + u"(1, \"a\")}");
+              u"错误的参数表达式或参数个数{函数:" + std::u16string(displayName) + u"(1, \"a\")}");
     EXPECT_TRUE(result.isEmpty());
   }
 }

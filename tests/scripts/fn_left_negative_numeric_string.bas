@@ -1,0 +1,2 @@
+DIM x
+x = LEFT("abc", "-1")

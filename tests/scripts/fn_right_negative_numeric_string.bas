@@ -1,0 +1,2 @@
+DIM x
+x = RIGHT("abc", " -2 ")
