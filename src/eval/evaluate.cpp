@@ -158,8 +158,9 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
           continue;
         }
       }
-      if (op == Op::Xor || op == Op::Mod) {
-        // No rule for these: the text itself becomes an operand.
+      if (op == Op::Xor || op == Op::Mod || op == Op::Open) {
+        // No rule for these: the text itself becomes an operand. A "(" gets
+        // here when XOR, which ranks with it, popped it off the stack.
         stack.push(Value::string(operatorText(op)));
         continue;
       }

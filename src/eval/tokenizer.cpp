@@ -145,7 +145,7 @@ bool Converter::closeParenthesis() {
     ops_.pop_back();
   }
   if (ops_.empty()) return fail(52, msg::kCloseWithoutOpen);
-  if (expect_ != Expect::Operator) return fail(51, msg::kMissingOperand);
+  // The state stays as it was: after "()" an operand is still expected.
   ops_.pop_back();
   return true;
 }

@@ -31,13 +31,16 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
     }
     const std::u16string code = engine.GetLineCode(line);
     const std::int16_t kind = engine.WhatSTMT(code);
-    if (engine.ErrNum() != 0) return engine.ErrNum();
+    // Only the false-IF scan stops at an error: a line that does not
+    // classify, or one left by the line before. The loop scans pass over
+    // such lines, and the 0 they return at the LOOP line clears the number
+    // (not the message).
+    if (ifMode && engine.ErrNum() != 0) return engine.ErrNum();
 
     switch (kind) {
       case kStmtIf: {
-        const bool block = IsIfBlock(engine, code);
-        if (engine.ErrNum() != 0) return engine.ErrNum();
-        if (block) {
+        // A malformed IF reports its error and counts as no block.
+        if (IsIfBlock(engine, code)) {
           // The entry records the running statement's line, not the nested one.
           engine.PushStmtFlag(
               flagEntry(kIfMarker, engine.CurrentLineNum(), ifMode ? ifCondition : Value()));
@@ -58,7 +61,6 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
           return 0;
         }
         engine.PopStmtFlag();
-        if (engine.ErrNum() != 0) return engine.ErrNum();
         engine.SetIfCount(step16(engine.IfCount(), -1));
         break;
       case kStmtDoWhile:

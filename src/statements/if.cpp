@@ -84,6 +84,16 @@ std::int32_t jumpTo(BasicEngine& engine, std::int32_t scanResult, const detail::
   return 0;
 }
 
+// The IF condition compared with the constant True: a number by its value
+// (so "-1" is True), Null never; a text that is no number is the
+// platform's type mismatch.
+bool equalsTrue(const Value& condition, const Locale& loc) {
+  if (condition.isNull()) return false;
+  if (condition.isString()) return vb::toDouble(condition, loc) == -1;
+  const auto cmp = vb::compareValues(condition, Value::boolean(true), loc);
+  return cmp && *cmp == 0;
+}
+
 // ELSE and END IF: the keyword and what follows it up to a comment. nullopt
 // when the keyword itself is wrong (already reported).
 std::optional<std::u16string_view> keywordRest(BasicEngine& engine, std::u16string_view line,
@@ -153,17 +163,16 @@ std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
 
   // Only a condition exactly equal to True took the IF part; any other
   // value (5, Null, ...) leaves the ELSE part to run as well.
-  const auto cmp =
-      vb::compareValues(detail::flagItem(entry, 3), Value::boolean(true), engine.Locale());
-  if (!cmp || *cmp != 0) {
+  if (!equalsTrue(detail::flagItem(entry, 3), engine.Locale())) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;
   }
-  // The ELSE part ends at the first END IF of any depth.
+  // The ELSE part ends at the first END IF of any depth. Lines that do not
+  // classify are passed over; the 0 returned at the END IF clears their
+  // error number.
   for (std::int16_t at = detail::nextLine(engine.CurrentLineNum());; at = detail::nextLine(at)) {
     if (at > engine.LineCount()) return fail(engine, 10, msg::kIfWithoutEndIf);
     const std::int16_t kind = engine.WhatSTMT(engine.GetLineCode(at));
-    if (engine.ErrNum() != 0) return engine.ErrNum();
     if (kind == kStmtEndIf) {
       engine.SetCurrentLineNum(at);
       return 0;

@@ -1,4 +1,5 @@
 // Value -> String / number / Date / Boolean, and the IsNumeric/IsDate tests.
+#include <cmath>
 #include <limits>
 
 #include "values/calendar.hpp"
@@ -71,11 +72,19 @@ Int toWhole(const Value& v, const Locale& loc) {
 }  // namespace
 
 std::int64_t scaledCurrency(double d) {
-  const double scaled = roundHalfEvenWhole(d * static_cast<double>(Currency::kScale));
-  // The Currency range is +-922,337,203,685,477.5807; 2^63 is the first
-  // Double outside it.
-  if (!(scaled >= -9223372036854775808.0 && scaled < 9223372036854775808.0)) raise(kOverflow);
-  return static_cast<std::int64_t>(scaled);
+  // Whole units and the fraction scale separately: d * 10000 in one Double
+  // loses the last digits of amounts above about 5.8e13, while both parts
+  // here are exact and only the fraction is rounded (half to even).
+  const double whole = std::trunc(d);
+  // The Currency range is +-922,337,203,685,477.5807.
+  if (!(std::fabs(whole) <= 922337203685477.0)) raise(kOverflow);
+  const double fraction = roundHalfEvenWhole((d - whole) * static_cast<double>(Currency::kScale));
+  std::int64_t scaled = 0;
+  if (__builtin_mul_overflow(static_cast<std::int64_t>(whole), Currency::kScale, &scaled) ||
+      __builtin_add_overflow(scaled, static_cast<std::int64_t>(fraction), &scaled)) {
+    raise(kOverflow);
+  }
+  return scaled;
 }
 
 std::u16string toString(const Value& v, const Locale& loc) {

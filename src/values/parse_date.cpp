@@ -75,7 +75,10 @@ bool numericDate(Cursor& c, const Locale& loc, DateResult& out) {
     // All fields short: the locale's own order decides.
     switch (shortDateLead(loc)) {
       case u'y':
-        ok = makeDate(expandYear(a), b.value, y.value, out);
+        // When year first gives no date ("4/1/99"), month/day/year is tried,
+        // the order MaxDay builds its text in.
+        ok = makeDate(expandYear(a), b.value, y.value, out) ||
+             monthDay(a.value, b.value, expandYear(y), out);
         break;
       case u'd':
         ok = monthDay(b.value, a.value, expandYear(y), out);

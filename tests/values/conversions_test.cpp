@@ -52,6 +52,8 @@ TEST(ToWhole, ErrorsByCause) {
       {"CLng object", [] { vb::toLong(Value::object(nullptr), zh); }, 13},
       {"CDbl huge text", [] { vb::toDouble(Value::string(u"1E400"), zh); }, 6},
       {"CCur above range", [] { vb::toCurrency(Value::dbl(1e15), zh); }, 6},
+      {"CCur just above the largest amount",
+       [] { vb::toCurrency(Value::dbl(922337203685477.6), zh); }, 6},
   };
   for (const auto& c : cases) EXPECT_EQ(errorOf(c.f), c.error) << c.name;
 }
@@ -70,6 +72,10 @@ TEST(ToCurrency, FourDecimalsBankersRounding) {
       {Value::lng(-3), -30000},
       {Value::string(u"1,234.5"), 12345000},
       {Value::boolean(true), -10000},
+      // Large whole amounts stay exact to the last unit.
+      {Value::dbl(98765432109876.0), 987654321098760000},
+      {Value::dbl(-123456789012345.0), -1234567890123450000},
+      {Value::dbl(922337203685477.5), 9223372036854775000},
   };
   for (const auto& [v, scaled] : cases) EXPECT_EQ(vb::toCurrency(v, zh).scaled, scaled);
 }

@@ -74,8 +74,10 @@ TEST(ParseDate, AcceptedForms) {
       {u"3/1/2005", &en, day(2005, 3, 1)},
       {u"13/1/2005", &en, day(2005, 1, 13)},  // impossible month: swapped
       {u"2004/2/29", &zh, day(2004, 2, 29)},
-      {u"05/3/1", &zh, day(2005, 3, 1)},  // zh order with a short year
-      {u"3/1/05", &en, day(2005, 3, 1)},  // en order with a short year
+      {u"05/3/1", &zh, day(2005, 3, 1)},   // zh order with a short year
+      {u"4/1/99", &zh, day(1999, 4, 1)},   // no zh date: month/day/year
+      {u"4/1/29", &zh, day(2004, 1, 29)},  // the zh order wins where it reads
+      {u"3/1/05", &en, day(2005, 3, 1)},   // en order with a short year
       {u"3/1/45", &en, day(1945, 3, 1)},
       {u"2005年3月1日", &zh, day(2005, 3, 1)},
       {u"2005.3.1", &zh, day(2005, 3, 1)},

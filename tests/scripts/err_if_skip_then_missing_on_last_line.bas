@@ -1,0 +1,2 @@
+If False Then
+If a

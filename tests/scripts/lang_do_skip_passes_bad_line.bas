@@ -1,0 +1,4 @@
+Do While 0
+x#y = 1
+Loop
+DIM z

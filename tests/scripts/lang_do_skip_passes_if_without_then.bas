@@ -1,0 +1,4 @@
+Do While 0
+If a
+Loop
+DIM z

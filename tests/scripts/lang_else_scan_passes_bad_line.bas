@@ -1,0 +1,5 @@
+If True Then
+Else
+x#y = 1
+End If
+DIM z
