@@ -1,13 +1,14 @@
 #include "cli/run_command.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <sstream>
 
 #include "cli/json.hpp"
 #include "korvex/engine.hpp"
@@ -72,27 +73,48 @@ class InterruptGuard {
   void (*previous_)(int) = SIG_DFL;
 };
 
+// Reads a descriptor to its end; false on a read error (a directory, an
+// I/O failure), which stream buffers would pass off as the end of the file.
+bool readDescriptor(int fd, std::string& bytes) {
+  char buffer[1 << 16];
+  for (;;) {
+    const ssize_t n = ::read(fd, buffer, sizeof buffer);
+    if (n == 0) return true;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes.append(buffer, static_cast<std::size_t>(n));
+  }
+}
+
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
+  std::string bytes;
   if (path == "-") {
-    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (in.bad()) {
-      error = "无法从标准输入读取脚本";
+    // The process's own standard input is read directly, so that a failed
+    // read is told from an empty script; other streams come from tests.
+    const bool ok = &in == &std::cin
+                        ? readDescriptor(STDIN_FILENO, bytes)
+                        : (bytes.assign(std::istreambuf_iterator<char>(in), {}), !in.bad());
+    if (!ok) {
+      error = std::string("无法从标准输入读取脚本: ") + std::strerror(errno);
       return std::nullopt;
     }
     return bytes;
   }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
     error = "无法打开 '" + path + "': " + std::strerror(errno);
     return std::nullopt;
   }
-  std::ostringstream bytes;
-  bytes << file.rdbuf();
-  if (file.bad()) {
-    error = "无法读取 '" + path + "'";
+  const bool ok = readDescriptor(fd, bytes);
+  const int readErrno = errno;
+  ::close(fd);
+  if (!ok) {
+    error = "无法读取 '" + path + "': " + std::strerror(readErrno);
     return std::nullopt;
   }
-  return std::move(bytes).str();
+  return bytes;
 }
 
 std::vector<std::u16string> toUtf16(const std::vector<std::string>& texts) {

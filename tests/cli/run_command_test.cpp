@@ -137,5 +137,16 @@ TEST(RunScript, UnreadableScriptIsAUsageError) {
   EXPECT_NE(r.err.find("无法打开"), std::string::npos) << r.err;
 }
 
+TEST(RunScript, AScriptThatOpensButCannotBeReadRunsNothing) {
+  // A directory opens, and its read fails: that is no empty script.
+  RunOptions o;
+  o.script = testing::TempDir();
+  o.json = true;
+  const RunResult r = run(o);
+  EXPECT_EQ(r.status, kExitUsage);
+  EXPECT_EQ(r.out, "");
+  EXPECT_NE(r.err.find("无法读取"), std::string::npos) << r.err;
+}
+
 }  // namespace
 }  // namespace korvex::cli
