@@ -77,6 +77,8 @@ std::u16string_view displayName(FunctionClass cls, std::u16string_view scriptNam
     case FunctionClass::EmployesProperty: return u"_员工属性";
     case FunctionClass::EmployesCount: return u"_员工人数";
     case FunctionClass::ProductProperty: return u"_产品属性";
+    case FunctionClass::WA_Turnout: return u"_产品产量";
+    case FunctionClass::WA_Turnout_Index: return u"_工序产量";
     // clang-format on
     default:
       return scriptName;

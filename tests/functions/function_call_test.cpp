@@ -24,8 +24,9 @@ TEST(CallFunction, ClassesNotYetAvailableFailAsBadArgumentsUnderTheirDisplayName
       {FunctionClass::EmployesProperty, u"员工属性", u"_员工属性"},
       {FunctionClass::WA_Total, u"_部门工资合计", u"_部门工资合计"},
       {FunctionClass::WA_JJgzSum, u"计件工资额", u"_计件工资额"},
-      // No display name of its own: the table's name stands.
-      {FunctionClass::WA_Turnout, u"产品产量", u"产品产量"},
+      // Either spelling reaches one class, and one class has one name.
+      {FunctionClass::WA_Turnout, u"产品产量", u"_产品产量"},
+      {FunctionClass::WA_Turnout_Index, u"工序产量", u"_工序产量"},
   };
   for (const auto& [cls, scriptName, displayName] : kUnavailable) {
     BasicEngine engine;
