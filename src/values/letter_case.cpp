@@ -1,5 +1,6 @@
 // Upper and lower case for the letters scripts meet: ASCII, Latin-1 and
-// Latin Extended-A, Greek, Cyrillic and the full-width Latin letters.
+// Latin Extended-A, the pinyin vowels with tone marks, Greek, Cyrillic, the
+// Roman numerals, circled and full-width Latin letters.
 #include "values/ops.hpp"
 
 namespace korvex::vb {
@@ -16,17 +17,20 @@ struct Block {
 constexpr Block kBlocks[] = {
     {u'A', u'Z', 32},           {u'\u00C0', u'\u00D6', 32}, {u'\u00D8', u'\u00DE', 32},
     {u'\u0391', u'\u03A1', 32}, {u'\u03A3', u'\u03AB', 32}, {u'\u0410', u'\u042F', 32},
-    {u'\u0400', u'\u040F', 80}, {u'\uFF21', u'\uFF3A', 32},
+    {u'\u0400', u'\u040F', 80}, {u'\u2160', u'\u216F', 16}, {u'\u24B6', u'\u24CF', 26},
+    {u'\uFF21', u'\uFF3A', 32},
 };
 
 // Latin Extended-A alternates upper/lower in pairs; these runs start on an
-// even code point for the upper case, the rest on an odd one. The dotted and
+// even code point for the upper case, the rest on an odd one (so do the
+// pinyin vowels Ǎ..ǜ of Extended-B). The dotted and
 // dotless I (U+0130, U+0131) pair with ASCII letters and are left alone.
 bool extendedAUpper(char16_t c) {
   if (c >= 0x0100 && c <= 0x0137 && c != 0x0130 && c != 0x0131) return c % 2 == 0;
   if (c >= 0x0139 && c <= 0x0148) return c % 2 == 1;
   if (c >= 0x014A && c <= 0x0177) return c % 2 == 0;
   if (c >= 0x0179 && c <= 0x017E) return c % 2 == 1;
+  if (c >= 0x01CD && c <= 0x01DC) return c % 2 == 1;
   return false;
 }
 bool extendedALower(char16_t c) {
@@ -34,6 +38,7 @@ bool extendedALower(char16_t c) {
   if (c >= 0x0139 && c <= 0x0148) return c % 2 == 0;
   if (c >= 0x014A && c <= 0x0177) return c % 2 == 1;
   if (c >= 0x0179 && c <= 0x017E) return c % 2 == 0;
+  if (c >= 0x01CD && c <= 0x01DC) return c % 2 == 0;
   return false;
 }
 

@@ -49,9 +49,17 @@ TEST(DecodeGbk, BytesToText) {
 
 TEST(LetterCase, UpperAndLower) {
   const std::pair<std::u16string_view, std::u16string_view> cases[] = {
-      {u"abcxyz09", u"ABCXYZ09"}, {u"dim 工资", u"DIM 工资"}, {u"àéîõüÿ", u"ÀÉÎÕÜŸ"},
-      {u"ąčł", u"ĄČŁ"},           {u"αβγ", u"ΑΒΓ"},           {u"привет", u"ПРИВЕТ"},
+      {u"abcxyz09", u"ABCXYZ09"},
+      {u"dim 工资", u"DIM 工资"},
+      {u"àéîõüÿ", u"ÀÉÎÕÜŸ"},
+      {u"ąčł", u"ĄČŁ"},
+      {u"αβγ", u"ΑΒΓ"},
+      {u"привет", u"ПРИВЕТ"},
       {u"ａｂｃ", u"ＡＢＣ"},
+      // Letters of the Chinese code page that names may use.
+      {u"ǎǐǒǔǖǘǚǜ", u"ǍǏǑǓǕǗǙǛ"},
+      {u"ⅰⅹⅿ", u"ⅠⅩⅯ"},
+      {u"ⓐⓩ", u"ⒶⓏ"},
   };
   for (const auto& [lower, upper] : cases) {
     EXPECT_EQ(u8(vb::upperCase(lower)), u8(upper));
