@@ -73,6 +73,24 @@ class InterruptGuard {
   void (*previous_)(int) = SIG_DFL;
 };
 
+// The reason a file could not be read, in the user's language for the
+// usual cases and in the system's words otherwise.
+std::string describeErrno(int code) {
+  switch (code) {
+    case ENOENT:
+      return "文件不存在";
+    case EACCES:
+    case EPERM:
+      return "没有访问权限";
+    case EISDIR:
+      return "是一个目录";
+    case ENOTDIR:
+      return "路径中有一段不是目录";
+    default:
+      return std::strerror(code);
+  }
+}
+
 // Reads a descriptor to its end; false on a read error (a directory, an
 // I/O failure), which stream buffers would pass off as the end of the file.
 bool readDescriptor(int fd, std::string& bytes) {
@@ -97,21 +115,21 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
                         ? readDescriptor(STDIN_FILENO, bytes)
                         : (bytes.assign(std::istreambuf_iterator<char>(in), {}), !in.bad());
     if (!ok) {
-      error = std::string("无法从标准输入读取脚本: ") + std::strerror(errno);
+      error = std::string("无法从标准输入读取脚本: ") + describeErrno(errno);
       return std::nullopt;
     }
     return bytes;
   }
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
-    error = "无法打开 '" + path + "': " + std::strerror(errno);
+    error = "无法打开 '" + path + "': " + describeErrno(errno);
     return std::nullopt;
   }
   const bool ok = readDescriptor(fd, bytes);
   const int readErrno = errno;
   ::close(fd);
   if (!ok) {
-    error = "无法读取 '" + path + "': " + std::strerror(readErrno);
+    error = "无法读取 '" + path + "': " + describeErrno(readErrno);
     return std::nullopt;
   }
   return bytes;

@@ -135,6 +135,7 @@ TEST(RunScript, UnreadableScriptIsAUsageError) {
   EXPECT_EQ(r.status, kExitUsage);
   EXPECT_EQ(r.out, "");
   EXPECT_NE(r.err.find("无法打开"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("文件不存在"), std::string::npos) << r.err;
 }
 
 TEST(RunScript, AScriptThatOpensButCannotBeReadRunsNothing) {
@@ -146,6 +147,7 @@ TEST(RunScript, AScriptThatOpensButCannotBeReadRunsNothing) {
   EXPECT_EQ(r.status, kExitUsage);
   EXPECT_EQ(r.out, "");
   EXPECT_NE(r.err.find("无法读取"), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find("是一个目录"), std::string::npos) << r.err;
 }
 
 }  // namespace
