@@ -7,6 +7,36 @@
 // implementation), arguments are positional Values, the result is a Value.
 // Failures are returned, never thrown: a DispatchResult carries an error
 // number and a description, which the engine reports like any run-time error.
+//
+// The members the engine and its functions call, by object:
+//
+//   Parent (BasicEngine::SetParent)
+//     getProperty("Connect")          the open database connection, itself a
+//                                     HostObject; the engine never opens or
+//                                     closes it. The SQL and wage functions
+//                                     run their statements through it.
+//
+//   RecordSet (BasicEngine::SetRecordSet): the current record
+//     getProperty("Fields")           the field collection, with
+//       getProperty("Count")            the number of fields,
+//       getProperty("Item", {i})        field i (0-based Long) or the field
+//                                       named by a String, with
+//         getProperty("Name")             its name,
+//         getDefault({}) / "Value"        its value (read),
+//         setProperty("Value", {}, v)     its value (written);
+//     callMethod("Edit") then callMethod("Update") around a field write (a
+//       refused Edit is ignored);
+//     callMethod("MoveFirst" | "MoveNext" | "MovePrevious" | "MoveLast");
+//     getProperty("BOF"), getProperty("EOF")   Booleans.
+//
+//   ExcelBook and ActiveExcelSheet (the cell functions)
+//     book:  getProperty("Worksheets") -> getProperty("Item", {name or index})
+//     sheet: getProperty("index"), getProperty("Cells", {row, column}) -> a
+//            range with getProperty("Resize", {rows, columns}),
+//            getProperty/setProperty("value") and setProperty("Formula").
+//
+// Member names are passed as written above; implementations should match
+// them case-insensitively, as automation does.
 #pragma once
 
 #include <cstdint>

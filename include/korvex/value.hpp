@@ -4,16 +4,12 @@
 // arrays and objects are held through shared, immutable storage, so a copy is
 // a reference-count increment. The numeric payloads live inline.
 //
-// This header only describes the value itself. Conversions, arithmetic,
-// comparison and formatting live in the values library (values/ops.hpp and
-// values/format.hpp); they take a Locale (<korvex/locale.hpp>) and never read
-// global state. They report the platform's run-time errors by throwing
-// vb::RuntimeError (values/runtime_error.hpp), which the engine traps.
+// This header only describes the value itself. A host converts values with
+// the script's own rules through <korvex/convert.hpp>, which never throws:
 //
-// Example:
-//   Value a = Value::integer(32767);
-//   Value b = vb::add(a, Value::integer(1), Locale::zhCN());  // Long 32768
-//   std::string text = toUtf8(vb::toString(b, Locale::zhCN()));  // "32768"
+//   Value pay = engine.GetVarValue(u"实发");
+//   if (pay.type() == VarType::Double) use(pay.doubleValue());  // exact type
+//   if (auto d = toDouble(pay)) use(*d.value);                    // any number
 #pragma once
 
 #include <cstdint>
@@ -68,9 +64,13 @@ class Array {
 
   std::size_t dimensions() const noexcept { return bounds_.size(); }
   const std::vector<Bound>& bounds() const noexcept { return bounds_; }
-  std::int32_t lbound(std::size_t dim) const { return bounds_.at(dim).lower; }
-  std::int32_t ubound(std::size_t dim) const {
-    return bounds_.at(dim).lower + bounds_.at(dim).count - 1;
+  /// Bounds of dimension `dim` (0-based); a dimension the array does not
+  /// have gives 0 for lbound and -1 for ubound, as an empty dimension would.
+  std::int32_t lbound(std::size_t dim) const noexcept {
+    return dim < bounds_.size() ? bounds_[dim].lower : 0;
+  }
+  std::int32_t ubound(std::size_t dim) const noexcept {
+    return dim < bounds_.size() ? bounds_[dim].lower + bounds_[dim].count - 1 : -1;
   }
 
   /// Flat element storage, first index outermost.
@@ -114,15 +114,21 @@ class Value {
   /// Integer, Long, Double, Currency (not Boolean, not Date).
   bool isNumberType() const noexcept;
 
-  // Raw payload access. Each requires the matching type (the string, object
-  // and array accessors assert it in debug builds; the numeric ones read the
-  // payload as it is). Conversions between types, with the script's rules,
-  // are in <korvex/convert.hpp> for hosts and values/ops.hpp in the engine.
-  std::int16_t integerValue() const noexcept { return u_.i16; }
-  std::int32_t longValue() const noexcept { return u_.i32; }
-  double doubleValue() const noexcept { return u_.d; }  // Double and Date
-  Currency currencyValue() const noexcept { return Currency{u_.cy}; }
-  bool booleanValue() const noexcept { return u_.b; }
+  // Checked payload access: each accessor gives the payload when the value
+  // is of its type (doubleValue: Double or Date), and otherwise a neutral
+  // value: 0, false, "", Nothing or an array without dimensions. Reading a
+  // Long through doubleValue gives 0.0, not its bits: test type() first,
+  // or convert with the script's rules through <korvex/convert.hpp>
+  // (toDouble, toLong, toText, ...), which reports what cannot convert.
+  std::int16_t integerValue() const noexcept { return type_ == VarType::Integer ? u_.i16 : 0; }
+  std::int32_t longValue() const noexcept { return type_ == VarType::Long ? u_.i32 : 0; }
+  double doubleValue() const noexcept {
+    return type_ == VarType::Double || type_ == VarType::Date ? u_.d : 0.0;
+  }
+  Currency currencyValue() const noexcept {
+    return Currency{type_ == VarType::Currency ? u_.cy : 0};
+  }
+  bool booleanValue() const noexcept { return type_ == VarType::Boolean && u_.b; }
   const std::u16string& stringValue() const noexcept;
   const ObjectRef& objectValue() const noexcept;
   const Array& arrayValue() const noexcept;

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "engine/faults.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -90,15 +91,17 @@ bool restIsEmpty(std::u16string_view rest) noexcept {
 
 }  // namespace
 
-std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) {
+namespace {
+
+std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   const std::size_t n = line.size();
   std::size_t i = 0;
   while (i < n && isBlank(line[i])) ++i;
   if (i == n) return kStmtBlank;
   if (line[i] == u'\'') return kStmtComment;
   if (!isIdentStart(line[i])) {
-    SetErrMsg(std::u16string(msg::kBadSymbol));
-    SetErrNum(3);
+    engine.SetErrMsg(std::u16string(msg::kBadSymbol));
+    engine.SetErrNum(3);
     return 0;
   }
   const std::size_t start = i++;
@@ -107,8 +110,8 @@ std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) {
       std::u16string text(msg::kBadSymbol);
       text += line[i];
       text += u'\'';
-      SetErrMsg(std::move(text));
-      SetErrNum(3);
+      engine.SetErrMsg(std::move(text));
+      engine.SetErrNum(3);
       return 0;
     }
   }
@@ -154,8 +157,8 @@ std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) {
   for (const Move& m : kMoves) {
     if (word.is(m.english) || word.is(m.chinese)) {
       if (!restIsEmpty(rest)) {
-        SetErrMsg(std::u16string(msg::kSyntax));
-        SetErrNum(1);
+        engine.SetErrMsg(std::u16string(msg::kSyntax));
+        engine.SetErrNum(1);
         return 0;
       }
       return m.kind;
@@ -167,11 +170,24 @@ std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) {
   if (word.is(u"ADDRECORD") || word.is(u"增加记录")) return kStmtAddRecord;
   if (word.is(u"DELRECORD") || word.is(u"删除记录")) return kStmtDelRecord;
   if (isReservedWord(word)) {
-    SetErrMsg(std::u16string(msg::kKeywordMisused));
-    SetErrNum(23);
+    engine.SetErrMsg(std::u16string(msg::kKeywordMisused));
+    engine.SetErrNum(23);
     return 0;
   }
   return kStmtAssign;
+}
+
+}  // namespace
+
+std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) noexcept {
+  try {
+    return classify(*this, line);
+  } catch (...) {  // only running out of memory for a message
+    Fault f = currentFault();
+    SetErrMsg(std::move(f.description));
+    SetErrNum(f.number);
+  }
+  return 0;
 }
 
 }  // namespace korvex

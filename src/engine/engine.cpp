@@ -8,8 +8,35 @@
 #include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
 #include "eval/eval.hpp"
+#include "functions/host_functions.hpp"
 
 namespace korvex {
+
+namespace {
+
+// Runs `fn` for a host-facing member: a fault it raises is reported in
+// ErrNum / ErrMsg, as the run loop would, and `fallback` returned instead.
+template <typename State, typename T, typename Fn>
+T reported(State& s, T fallback, Fn&& fn) noexcept {
+  try {
+    return fn();
+  } catch (...) {
+    Fault f = currentFault();
+    s.errMsg = std::move(f.description);
+    s.errNum = f.number;
+  }
+  return fallback;
+}
+
+template <typename State, typename Fn>
+void reported(State& s, Fn&& fn) noexcept {
+  reported(s, true, [&] {
+    fn();
+    return true;
+  });
+}
+
+}  // namespace
 
 // The default user interface is made on first use (UI()): a child engine
 // of a single-line IF takes its parent's instead.
@@ -22,12 +49,12 @@ BasicEngine::~BasicEngine() {
 }
 
 const std::u16string& BasicEngine::CodeBlock() const noexcept { return s_->codeBlock; }
-void BasicEngine::SetCodeBlock(std::u16string text) { s_->codeBlock = std::move(text); }
+void BasicEngine::SetCodeBlock(std::u16string text) noexcept { s_->codeBlock = std::move(text); }
 
 std::int32_t BasicEngine::ErrNum() const noexcept { return s_->errNum; }
 void BasicEngine::SetErrNum(std::int32_t n) noexcept { s_->errNum = n; }
 const std::u16string& BasicEngine::ErrMsg() const noexcept { return s_->errMsg; }
-void BasicEngine::SetErrMsg(std::u16string msg) { s_->errMsg = std::move(msg); }
+void BasicEngine::SetErrMsg(std::u16string msg) noexcept { s_->errMsg = std::move(msg); }
 
 std::int16_t BasicEngine::CurrentLineNum() const noexcept { return s_->currentLine; }
 void BasicEngine::SetCurrentLineNum(std::int16_t line) noexcept { s_->currentLine = line; }
@@ -37,91 +64,128 @@ std::int32_t BasicEngine::Language() const noexcept { return s_->language; }
 void BasicEngine::SetLanguage(std::int32_t lang) noexcept { s_->language = lang; }
 
 const ObjectRef& BasicEngine::Parent() const noexcept { return s_->parent; }
-void BasicEngine::SetParent(ObjectRef obj) { s_->parent = std::move(obj); }
+void BasicEngine::SetParent(ObjectRef obj) noexcept { s_->parent = std::move(obj); }
 const ObjectRef& BasicEngine::RecordSet() const noexcept { return s_->record; }
 const ObjectRef& BasicEngine::ExcelBook() const noexcept { return s_->excelBook; }
-void BasicEngine::SetExcelBook(ObjectRef obj) { s_->excelBook = std::move(obj); }
+void BasicEngine::SetExcelBook(ObjectRef obj) noexcept { s_->excelBook = std::move(obj); }
 const ObjectRef& BasicEngine::ActiveExcelSheet() const noexcept { return s_->activeSheet; }
-void BasicEngine::SetActiveExcelSheet(ObjectRef obj) { s_->activeSheet = std::move(obj); }
+void BasicEngine::SetActiveExcelSheet(ObjectRef obj) noexcept { s_->activeSheet = std::move(obj); }
 
 const korvex::Locale& BasicEngine::Locale() const noexcept { return *s_->locale; }
 void BasicEngine::SetLocale(const korvex::Locale& loc) noexcept {
   if (&loc == &Locale::zhCN() || &loc == &Locale::enUS()) {
     s_->locale =
         std::shared_ptr<const korvex::Locale>(std::shared_ptr<const korvex::Locale>{}, &loc);
-  } else {
-    s_->locale = std::make_shared<const korvex::Locale>(loc);
+    return;
   }
+  reported(*s_, [&] { s_->locale = std::make_shared<const korvex::Locale>(loc); });
 }
 
 UserInterface& BasicEngine::UI() const noexcept {
+  // Out of memory here leaves nothing to talk to: that ends the process.
   if (!s_->ui) s_->ui = std::make_shared<RecordingUserInterface>();
   return *s_->ui;
 }
-void BasicEngine::SetUserInterface(std::shared_ptr<UserInterface> ui) {
+void BasicEngine::SetUserInterface(std::shared_ptr<UserInterface> ui) noexcept {
   if (ui) s_->ui = std::move(ui);
 }
 
 void BasicEngine::RequestStop() noexcept { s_->stopRequested.store(true); }
-void BasicEngine::SetLineHook(LineHook hook) { s_->lineHook = std::move(hook); }
+void BasicEngine::SetLineHook(LineHook hook) noexcept { s_->lineHook = std::move(hook); }
+
+bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
+  return reported(*s_, false, [&] {
+    if (!HostFunctionTable::acceptable(function)) return false;
+    if (!s_->hostFunctions) s_->hostFunctions = std::make_shared<HostFunctionTable>();
+    s_->hostFunctions->add(std::move(function));
+    return true;
+  });
+}
 
 // ---- variables -----------------------------------------------------------
 
-bool BasicEngine::SymbolDefined(std::u16string_view name) const {
-  return s_->symbols->IsSymbolDefined(name);
+bool services::SymbolDefined(const BasicEngine& engine, std::u16string_view name) {
+  return EngineAccess::state(engine).symbols->IsSymbolDefined(name);
 }
 
-Value BasicEngine::SymbolValue(std::u16string_view name) { return s_->symbols->value(name); }
+Value services::SymbolValue(BasicEngine& engine, std::u16string_view name) {
+  return EngineAccess::state(engine).symbols->value(name);
+}
 
-std::int32_t BasicEngine::DefineSymbol(std::u16string_view name, const Value& value) {
-  if (s_->symbols->IsSymbolDefined(name)) return 24;
-  s_->symbols->Add(name, value);
+std::int32_t services::DefineSymbol(BasicEngine& engine, std::u16string_view name,
+                                    const Value& value) {
+  SymbolTable& symbols = *EngineAccess::state(engine).symbols;
+  if (symbols.IsSymbolDefined(name)) return 24;
+  symbols.Add(name, value);
   return 0;
 }
 
-bool BasicEngine::IsVarDefined(std::u16string_view name) const { return SymbolDefined(name); }
-Value BasicEngine::GetVarValue(std::u16string_view name) { return SymbolValue(name); }
-void BasicEngine::Vaule(std::u16string_view name, const Value& value) {
-  s_->symbols->setValue(name, value);
+bool BasicEngine::IsVarDefined(std::u16string_view name) const noexcept {
+  return reported(*s_, false, [&] { return services::SymbolDefined(*this, name); });
+}
+Value BasicEngine::GetVarValue(std::u16string_view name) noexcept {
+  return reported(*s_, Value(), [&] { return services::SymbolValue(*this, name); });
+}
+void BasicEngine::Vaule(std::u16string_view name, const Value& value) noexcept {
+  reported(*s_, [&] { s_->symbols->setValue(name, value); });
 }
 
-void BasicEngine::SetSysVar(std::u16string_view name, const Value& value) {
-  if (DefineSymbol(name, value) == 24) Vaule(name, value);
+void BasicEngine::SetSysVar(std::u16string_view name, const Value& value) noexcept {
+  reported(*s_, [&] {
+    if (services::DefineSymbol(*this, name, value) == 24) s_->symbols->setValue(name, value);
+  });
 }
 
-std::vector<std::pair<std::u16string, Value>> BasicEngine::Variables() const {
-  return s_->symbols->entries();
+std::vector<std::pair<std::u16string, Value>> BasicEngine::Variables() const noexcept {
+  return reported(*s_, std::vector<std::pair<std::u16string, Value>>{},
+                  [&] { return s_->symbols->entries(); });
 }
 
-void BasicEngine::ShareStateOf(BasicEngine& parent) {
+void services::ShareStateOf(BasicEngine& child, BasicEngine& parent) {
   // What a single-line IF hands its child: the host's parent object, the
-  // variable table and the record. The user interface and the regional
-  // settings are the process's own, so they go along too.
-  s_->parent = parent.s_->parent;
-  s_->symbols = parent.s_->symbols;
-  s_->record = parent.s_->record;
-  s_->fieldNames = parent.s_->fieldNames;
+  // variable table and the record. The user interface, the regional
+  // settings and the host's functions are the host's own, so they go along too.
+  EngineAccess::State& c = EngineAccess::state(child);
+  const EngineAccess::State& p = EngineAccess::state(parent);
+  c.parent = p.parent;
+  c.symbols = p.symbols;
+  c.record = p.record;
+  c.fieldNames = p.fieldNames;
   (void)parent.UI();  // make sure there is one to share
-  s_->ui = parent.s_->ui;
-  s_->locale = parent.s_->locale;
+  c.ui = p.ui;
+  c.locale = p.locale;
+  c.hostFunctions = p.hostFunctions;
+}
+
+const HostFunctionEntry* services::HostFunctionNamed(const BasicEngine& engine,
+                                                     std::u16string_view upperName) noexcept {
+  const auto& table = EngineAccess::state(engine).hostFunctions;
+  return table ? table->find(upperName) : nullptr;
 }
 
 Value BasicEngine::Evaluate(std::u16string_view expression) noexcept {
-  try {
-    return korvex::Evaluate(*this, expression);
-  } catch (...) {
-    Fault f = currentFault();
-    s_->errMsg = std::move(f.description);
-    s_->errNum = f.number;
-  }
-  return {};
+  return reported(*s_, Value(), [&] { return korvex::Evaluate(*this, expression); });
 }
 
 // ---- the statement-flag stack and counters ---------------------------------
 
-void BasicEngine::PushStmtFlag(const Value& v) { s_->flags->Push(v); }
-Value BasicEngine::PopStmtFlag() { return s_->flags->Pop(); }
-Value BasicEngine::GetpopValueStmtFlag() { return s_->flags->GetPopValue(); }
+void services::PushFlag(BasicEngine& engine, Value v) {
+  EngineAccess::state(engine).flags->Push(std::move(v));
+}
+Value services::PopFlag(BasicEngine& engine) { return EngineAccess::state(engine).flags->Pop(); }
+Value services::PeekFlag(BasicEngine& engine) {
+  return EngineAccess::state(engine).flags->GetPopValue();
+}
+
+void BasicEngine::PushStmtFlag(const Value& v) noexcept {
+  reported(*s_, [&] { services::PushFlag(*this, v); });
+}
+Value BasicEngine::PopStmtFlag() noexcept {
+  return reported(*s_, Value(), [&] { return services::PopFlag(*this); });
+}
+Value BasicEngine::GetpopValueStmtFlag() noexcept {
+  return reported(*s_, Value(), [&] { return services::PeekFlag(*this); });
+}
 std::int16_t BasicEngine::StmtFlagCount() const noexcept { return s_->flags->StackSize(); }
 std::int16_t BasicEngine::IfCount() const noexcept { return s_->ifCount; }
 void BasicEngine::SetIfCount(std::int16_t n) noexcept { s_->ifCount = n; }
@@ -130,10 +194,14 @@ void BasicEngine::SetForCount(std::int16_t n) noexcept { s_->forCount = n; }
 std::int16_t BasicEngine::DoCount() const noexcept { return s_->doCount; }
 void BasicEngine::SetDoCount(std::int16_t n) noexcept { s_->doCount = n; }
 
-std::u16string BasicEngine::GetLineCode(std::int16_t line) {
-  const Value* v = s_->lines->LineRef(line);
+std::u16string services::LineCode(BasicEngine& engine, std::int16_t line) {
+  const Value* v = EngineAccess::state(engine).lines->LineRef(line);
   if (v == nullptr || !v->isString()) return {};
   return v->stringValue();
+}
+
+std::u16string BasicEngine::GetLineCode(std::int16_t line) noexcept {
+  return reported(*s_, std::u16string(), [&] { return services::LineCode(*this, line); });
 }
 
 }  // namespace korvex

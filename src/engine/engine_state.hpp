@@ -7,11 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "engine/engine_services.hpp"
 #include "engine/stack.hpp"
 #include "engine/symbol_table.hpp"
 #include "korvex/engine.hpp"
+#include "korvex/host_function.hpp"
 
 namespace korvex {
+
+class HostFunctionTable;
 
 struct BasicEngine::State {
   explicit State(BasicEngine* self)
@@ -57,6 +61,15 @@ struct BasicEngine::State {
                                                &Locale::zhCN()};
   // Created on first use when the host sets none.
   mutable std::shared_ptr<UserInterface> ui;
+  // Created by the first RegisterFunction; shared with a single-line IF's child.
+  std::shared_ptr<HostFunctionTable> hostFunctions;
+};
+
+struct EngineAccess {
+  using State = BasicEngine::State;
+  static BasicEngine::State& state(BasicEngine& e) noexcept { return *e.s_; }
+  static const BasicEngine::State& state(const BasicEngine& e) noexcept { return *e.s_; }
+  static HostFunctionCall hostCall(const fn::Call& call) noexcept { return HostFunctionCall(call); }
 };
 
 }  // namespace korvex

@@ -25,14 +25,14 @@ std::int64_t smallerNonZero(std::int64_t a, std::int64_t b) {
 
 }  // namespace
 
-void BasicEngine::splitCodeBlock() {
-  State& s = *s_;
+void services::SplitCodeBlock(BasicEngine& engine) {
+  EngineAccess::State& s = EngineAccess::state(engine);
   std::u16string& code = s.codeBlock;
   if (!code.ends_with(u"\r\n")) code += u"\r\n";
   if (s.splitValid && code == s.splitSource) return;
 
   s.splitValid = false;
-  s.lines = std::make_unique<Stack>(this);
+  s.lines = std::make_unique<Stack>(&engine);
   s.lineCount = 0;
 
   // The next CR and LF are remembered between searches: a script with LF

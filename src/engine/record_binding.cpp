@@ -48,7 +48,7 @@ ObjectRef fieldOf(const ObjectRef& record, const Value& field) {
 }
 
 // Calls `fn`; a fault sets the engine's error 102 with its description
-// (plus `suffix`) and gives false.
+// (plus a line break and `suffix`) and gives false.
 template <typename Fn>
 bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
   try {
@@ -56,7 +56,10 @@ bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
     return true;
   } catch (...) {
     Fault f = currentFault();
-    f.description += suffix;
+    if (!suffix.empty()) {
+      f.description += u"\r\n";
+      f.description += suffix;
+    }
     engine.SetErrMsg(std::move(f.description));
     engine.SetErrNum(kRecordError);
     return false;
@@ -65,12 +68,12 @@ bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
 
 }  // namespace
 
-void BasicEngine::SetRecordSet(ObjectRef rs) {
+void BasicEngine::SetRecordSet(ObjectRef rs) noexcept {
   State& s = *s_;
   s.record = std::move(rs);
-  s.fieldNames.assign(1, std::u16string{});
-  if (!s.record) return;
   try {
+    s.fieldNames.assign(1, std::u16string{});
+    if (!s.record) return;
     const ObjectRef fields = fieldsOf(s.record);
     const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
     std::vector<std::u16string> names;
@@ -89,7 +92,7 @@ void BasicEngine::SetRecordSet(ObjectRef rs) {
   }
 }
 
-bool BasicEngine::isFieldName(std::u16string_view name) {
+bool BasicEngine::isFieldName(std::u16string_view name) noexcept {
   State& s = *s_;
   if (!s.record) return false;
   try {
@@ -107,14 +110,19 @@ bool BasicEngine::isFieldName(std::u16string_view name) {
   return false;
 }
 
-bool BasicEngine::isFieldNameByArr(std::u16string_view name) const {
-  std::u16string wanted;
-  upperNameInto(name, wanted);
-  const auto& names = s_->fieldNames;
-  return std::find(names.begin(), names.end(), wanted) != names.end();
+bool BasicEngine::isFieldNameByArr(std::u16string_view name) const noexcept {
+  try {
+    std::u16string wanted;
+    upperNameInto(name, wanted);
+    const auto& names = s_->fieldNames;
+    return std::find(names.begin(), names.end(), wanted) != names.end();
+  } catch (...) {
+    (void)currentFault();  // out of memory for the upper-cased name: no answer
+  }
+  return false;
 }
 
-Value BasicEngine::GetFieldValue(const Value& field) {
+Value BasicEngine::GetFieldValue(const Value& field) noexcept {
   Value result;
   guarded(*this, [&] {
     const ObjectRef f = fieldOf(s_->record, field);
@@ -123,7 +131,7 @@ Value BasicEngine::GetFieldValue(const Value& field) {
   return result;
 }
 
-bool BasicEngine::ChangeField(const Value& field, const Value& value) {
+bool BasicEngine::ChangeField(const Value& field, const Value& value) noexcept {
   return guarded(
       *this,
       [&] {
@@ -133,7 +141,7 @@ bool BasicEngine::ChangeField(const Value& field, const Value& value) {
         unwrap(f->setProperty(u"Value", {}, value));
         unwrap(record->callMethod(u"Update", {}));
       },
-      std::u16string(u"\r\n") + std::u16string(msg::kChangeFieldSource));
+      msg::kChangeFieldSource);
 }
 
 namespace {
@@ -148,11 +156,11 @@ bool readFlag(BasicEngine& engine, const ObjectRef& record, std::u16string_view 
 }
 }  // namespace
 
-bool BasicEngine::MoveFirst() { return callMove(*this, s_->record, u"MoveFirst"); }
-bool BasicEngine::MoveNext() { return callMove(*this, s_->record, u"MoveNext"); }
-bool BasicEngine::MovePrevious() { return callMove(*this, s_->record, u"MovePrevious"); }
-bool BasicEngine::MoveLast() { return callMove(*this, s_->record, u"MoveLast"); }
-bool BasicEngine::BOF() { return readFlag(*this, s_->record, u"BOF"); }
-bool BasicEngine::Eof() { return readFlag(*this, s_->record, u"EOF"); }
+bool BasicEngine::MoveFirst() noexcept { return callMove(*this, s_->record, u"MoveFirst"); }
+bool BasicEngine::MoveNext() noexcept { return callMove(*this, s_->record, u"MoveNext"); }
+bool BasicEngine::MovePrevious() noexcept { return callMove(*this, s_->record, u"MovePrevious"); }
+bool BasicEngine::MoveLast() noexcept { return callMove(*this, s_->record, u"MoveLast"); }
+bool BasicEngine::BOF() noexcept { return readFlag(*this, s_->record, u"BOF"); }
+bool BasicEngine::Eof() noexcept { return readFlag(*this, s_->record, u"EOF"); }
 
 }  // namespace korvex

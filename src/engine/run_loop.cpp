@@ -43,20 +43,21 @@ std::u16string_view raiseErrorArgument(std::u16string_view line) {
   return line.substr(line.size() - static_cast<std::size_t>(count));
 }
 
-}  // namespace
-
-void BasicEngine::raiseLineError(std::int32_t number) const {
-  std::u16string description = s_->errMsg;
+// Ends the run with `number` and the stored message plus " : 行号 n".
+[[noreturn]] void raiseLineError(const EngineAccess::State& s, std::int32_t number) {
+  std::u16string description = s.errMsg;
   description += u" : ";
   description += msg::kLineLabel;
-  const std::string line = std::to_string(s_->currentLine);
+  const std::string line = std::to_string(s.currentLine);
   description.append(line.begin(), line.end());
   throw vb::RuntimeError(number, std::move(description));
 }
 
+}  // namespace
+
 void BasicEngine::Execute() noexcept {
   try {
-    runLines();
+    services::RunLines(*this);
   } catch (...) {
     Fault f = currentFault();
     s_->errMsg = std::move(f.description);
@@ -64,21 +65,36 @@ void BasicEngine::Execute() noexcept {
   }
 }
 
-void BasicEngine::runLines() {
-  State& s = *s_;
-  splitCodeBlock();
+RunResult BasicEngine::Run() noexcept {
+  s_->errNum = 0;
+  s_->errMsg.clear();
+  Execute();
+  RunResult r;
+  r.errNum = s_->errNum;
+  r.line = s_->currentLine;
+  try {
+    r.errMsg = s_->errMsg;
+  } catch (...) {  // out of memory for the copy: the number still tells
+  }
+  return r;
+}
+
+void services::RunLines(BasicEngine& engine) {
+  EngineAccess::State& s = EngineAccess::state(engine);
+  SplitCodeBlock(engine);
   s.currentLine = 1;
 
   const auto advance = [&s] { s.currentLine = toInt16Checked(std::int32_t{s.currentLine} + 1); };
-  const auto checkError = [this, &s] {
-    if (s.errNum != 0) raiseLineError(s.errNum);
+  const auto checkError = [&s] {
+    if (s.errNum != 0) raiseLineError(s, s.errNum);
   };
 
   while (s.currentLine <= s.lineCount) {
     // The point where the run yields to its host, once per line.
     if (s.lineHook && !s.lineHook(s.currentLine)) s.stopRequested.store(true);
     if (s.stopRequested.load()) {
-      const auto answer = UI().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
+      const auto answer =
+          engine.UI().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
       s.stopRequested.store(false);
       if (answer == UserInterface::Answer::Yes) return;
     }
@@ -89,8 +105,8 @@ void BasicEngine::runLines() {
     const std::u16string_view text =
         lineValue.isString() ? std::u16string_view(lineValue.stringValue()) : std::u16string_view{};
 
-    const std::int16_t kind = WhatSTMT(text);
-    if (s.errNum != 0) raiseLineError(kEngineError);
+    const std::int16_t kind = engine.WhatSTMT(text);
+    if (s.errNum != 0) raiseLineError(s, kEngineError);
 
     switch (kind) {
       case kStmtBlank:
@@ -98,69 +114,69 @@ void BasicEngine::runLines() {
         advance();
         break;
       case kStmtDim:
-        s.errNum = stmt::Dim(*this, text);
+        s.errNum = stmt::Dim(engine, text);
         checkError();
         advance();
         break;
       case kStmtAssign:
-        s.errNum = stmt::Assign(*this, text);
+        s.errNum = stmt::Assign(engine, text);
         checkError();
         advance();
         break;
       case kStmtMsgBox:
-        s.errNum = stmt::MsgBox(*this, text);
+        s.errNum = stmt::MsgBox(engine, text);
         checkError();
         advance();
         break;
       case kStmtRaiseError:
         // Reports through ErrNum / ErrMsg itself.
-        stmt::RaiseError(*this, raiseErrorArgument(text));
+        stmt::RaiseError(engine, raiseErrorArgument(text));
         checkError();
         advance();
         break;
       case kStmtIf:
-        s.errNum = stmt::If(*this, text);
+        s.errNum = stmt::If(engine, text);
         checkError();
         break;
       case kStmtElse:
-        s.errNum = stmt::Else(*this, text);
+        s.errNum = stmt::Else(engine, text);
         checkError();
         break;
       case kStmtEndIf:
-        s.errNum = stmt::EndIf(*this, text);
+        s.errNum = stmt::EndIf(engine, text);
         checkError();
         break;
       case kStmtDoWhile:
       case kStmtDoUntil:
-        s.errNum = stmt::Do(*this, text);
+        s.errNum = stmt::Do(engine, text);
         checkError();
         break;
       case kStmtLoop:
       case kStmtEndDo:
-        s.errNum = stmt::LoopOrEndDo(*this, text);
+        s.errNum = stmt::LoopOrEndDo(engine, text);
         checkError();
         break;
       case kStmtExitDo:
-        s.errNum = stmt::ExitDo(*this, text);
+        s.errNum = stmt::ExitDo(engine, text);
         checkError();
         break;
       case kStmtMoveFirst:
-        MoveFirst();
+        engine.MoveFirst();
         checkError();
         advance();
         break;
       case kStmtMoveNext:
-        MoveNext();
+        engine.MoveNext();
         checkError();
         advance();
         break;
       case kStmtMovePrevious:
-        MovePrevious();
+        engine.MovePrevious();
         checkError();
         advance();
         break;
       case kStmtMoveLast:
-        MoveLast();
+        engine.MoveLast();
         checkError();
         advance();
         break;
@@ -169,16 +185,16 @@ void BasicEngine::runLines() {
         // check does not run.
         s.ifCount = 0;
         s.doCount = 0;
-        s.flags = std::make_unique<Stack>(this);
+        s.flags = std::make_unique<Stack>(&engine);
         return;
       case kStmtSyntaxError:
         s.errMsg = msg::kSyntax;
         s.errNum = 1;
-        raiseLineError(1);
+        raiseLineError(s, 1);
       default:  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
         s.errMsg = msg::kUnrecognisedStatement;
         s.errNum = 19;
-        raiseLineError(19);
+        raiseLineError(s, 19);
     }
   }
 
@@ -190,7 +206,7 @@ void BasicEngine::runLines() {
     s.errMsg = msg::kDoWithoutLoop;
     s.errNum = 14;
   }
-  if (s.errNum != 0) raiseLineError(kEngineError);
+  if (s.errNum != 0) raiseLineError(s, kEngineError);
 }
 
 }  // namespace korvex

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
@@ -16,6 +17,7 @@
 #include "eval/inline_functions.hpp"
 #include "eval/to_postfix.hpp"
 #include "functions/function_call.hpp"
+#include "functions/host_functions.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
@@ -72,6 +74,11 @@ class Converter {
   bool dateLiteral();
   bool constant(const NameEntry& e);
   bool call(const NameEntry& e);
+  bool callHost(const HostFunctionEntry& e);
+  // The argument text after a function name, parentheses included; false
+  // with the error reported when it cannot be read.
+  bool readArguments(std::u16string& args);
+  bool finishCall(std::int32_t status, Value result);
   // A relational or word operator at i_, or Op::None; moves i_ onto the
   // operator's last character.
   Op relOrLogicOperator(char16_t c);
@@ -290,35 +297,49 @@ bool Converter::constant(const NameEntry& e) {
   return false;
 }
 
-bool Converter::call(const NameEntry& e) {
+bool Converter::readArguments(std::u16string& args) {
   // The argument text runs from just after the name through the matching
   // ")"; it is handed over with its parentheses.
   StringOp reader;
   if (i_ + 2 > 32767) vb::raise(vb::kOverflow);  // positions are 16-bit
   std::int16_t pos = static_cast<std::int16_t>(i_ + 2);
-  std::u16string args;
   if (reader.ReadStringParentheses(text_, pos, args) != 0) {
     return fail(reader.ErrNum(), reader.ErrMsg());
   }
   // pos is on the last character read; scanning goes on after it.
   i_ = static_cast<std::size_t>(pos) - 1;
+  return true;
+}
 
+bool Converter::finishCall(std::int32_t status, Value result) {
+  if (static_cast<std::int16_t>(status) != 0) {
+    // The function has stored its error; a status without one still
+    // must not pass for success.
+    if (engine_.ErrNum() == 0) engine_.SetErrNum(status);
+    return false;
+  }
+  return operand(std::move(result));
+}
+
+bool Converter::call(const NameEntry& e) {
+  std::u16string args;
+  if (!readArguments(args)) return false;
   Value result;
   if (e.kind == NameKind::Inline) {
     const Value v = Evaluate(engine_, args);
     if (engine_.ErrNum() != 0) return false;
-    result = applyInline(e.inlineOp(), v, engine_.Locale());
-  } else {
-    const std::int32_t status =
-        CallFunction(e.functionClass(), e.scriptName, args, result, engine_);
-    if (static_cast<std::int16_t>(status) != 0) {
-      // The function has stored its error; a status without one still
-      // must not pass for success.
-      if (engine_.ErrNum() == 0) engine_.SetErrNum(status);
-      return false;
-    }
+    return operand(applyInline(e.inlineOp(), v, engine_.Locale()));
   }
-  return operand(std::move(result));
+  const std::int32_t status = CallFunction(e.functionClass(), e.scriptName, args, result, engine_);
+  return finishCall(status, std::move(result));
+}
+
+bool Converter::callHost(const HostFunctionEntry& e) {
+  std::u16string args;
+  if (!readArguments(args)) return false;
+  Value result;
+  const std::int32_t status = CallHostFunction(e, args, result, engine_);
+  return finishCall(status, std::move(result));
 }
 
 bool Converter::name() {
@@ -332,7 +353,11 @@ bool Converter::name() {
   if (const NameEntry* e = lookupName(upper_)) {
     return e->kind == NameKind::Constant ? constant(*e) : call(*e);
   }
-  if (engine_.SymbolDefined(upper_)) return operand(engine_.SymbolValue(upper_));
+  if (const HostFunctionEntry* h = services::HostFunctionNamed(engine_, upper_))
+    return callHost(*h);
+  if (services::SymbolDefined(engine_, upper_)) {
+    return operand(services::SymbolValue(engine_, upper_));
+  }
   // The cached field names give the record's answer without asking it.
   if (engine_.isFieldNameByArr(upper_)) {
     Value v = engine_.GetFieldValue(Value::string(written));

@@ -60,6 +60,8 @@ struct FunctionDescriptor {
   std::uint8_t quirks = kNoQuirk;
   /// When not empty, replaces the "{函数:...}" decoration of every message.
   std::u16string_view fixedSuffix = {};
+  /// Whatever the operation needs beyond the call (a host function's entry).
+  const void* context = nullptr;
 };
 
 /// One call in progress: the arguments and the error helpers.
@@ -74,6 +76,7 @@ class Call {
   const Value& arg(std::size_t i) const { return paras_.Item(i).value; }
   BasicEngine& engine() const noexcept { return engine_; }
   const Locale& locale() const noexcept;
+  const FunctionDescriptor& descriptor() const noexcept { return desc_; }
 
   /// Stores "错误的参数表达式或参数个数" + suffix; returns 6.
   std::int32_t countError() const;

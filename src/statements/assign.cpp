@@ -2,6 +2,7 @@
 // current record.
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
@@ -64,7 +65,7 @@ std::int32_t Assign(BasicEngine& engine, std::u16string_view line) {
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   const std::u16string upper = vb::upperCase(name);
-  if (engine.SymbolDefined(upper)) {
+  if (services::SymbolDefined(engine, upper)) {
     engine.Vaule(upper, value);
     return 0;
   }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
@@ -29,7 +30,7 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
       return ifMode ? fail(engine, 10, msg::kIfWithoutEndIf)
                     : fail(engine, 14, msg::kDoWithoutLoop);
     }
-    const std::u16string code = engine.GetLineCode(line);
+    const std::u16string code = services::LineCode(engine, line);
     const std::int16_t kind = engine.WhatSTMT(code);
     // Only the false-IF scan stops at an error: a line that does not
     // classify, or one left by the line before. The loop scans pass over
@@ -42,8 +43,8 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
         // A malformed IF reports its error and counts as no block.
         if (IsIfBlock(engine, code)) {
           // The entry records the running statement's line, not the nested one.
-          engine.PushStmtFlag(
-              flagEntry(kIfMarker, engine.CurrentLineNum(), ifMode ? ifCondition : Value()));
+          services::PushFlag(engine, flagEntry(kIfMarker, engine.CurrentLineNum(),
+                                               ifMode ? ifCondition : Value()));
           engine.SetIfCount(step16(engine.IfCount(), 1));
         }
         break;
@@ -60,14 +61,15 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
           stop = {line, kind};
           return 0;
         }
-        engine.PopStmtFlag();
+        services::PopFlag(engine);
         engine.SetIfCount(step16(engine.IfCount(), -1));
         break;
       case kStmtDoWhile:
       case kStmtDoUntil:
         if (countsAsLoop(mode, kind)) {
-          engine.PushStmtFlag(flagEntry(kind == kStmtDoWhile ? kDoWhileMarker : kDoUntilMarker,
-                                        line, Value::string(u"")));
+          services::PushFlag(engine,
+                             flagEntry(kind == kStmtDoWhile ? kDoWhileMarker : kDoUntilMarker, line,
+                                       Value::string(u"")));
           engine.SetDoCount(step16(engine.DoCount(), 1));
         }
         break;
@@ -82,7 +84,7 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
         }
         // Whatever is on top is taken as the nested loop's entry; an IF
         // entry there (a DO WHILE passed over) is the structure error.
-        const Value popped = engine.PopStmtFlag();
+        const Value popped = services::PopFlag(engine);
         engine.SetDoCount(step16(engine.DoCount(), -1));
         if (!isDoMarker(flagMarker(popped))) return fail(engine, 15, msg::kLoopWithoutDo);
         break;

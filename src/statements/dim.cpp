@@ -1,6 +1,7 @@
 // DIM name [, name ...]: declares variables (Empty) in the engine's table.
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -58,7 +59,7 @@ std::int32_t Dim(BasicEngine& engine, std::u16string_view line) {
     if (equalsNoCase(word, kDimKeyword)) continue;
     state = pos < line.size() && line[pos] == u',' ? DimState::NeedsName : DimState::Declared;
     // A name that exists already keeps its value; that is no error here.
-    engine.DefineSymbol(vb::upperCase(word), Value());
+    services::DefineSymbol(engine, vb::upperCase(word), Value());
   }
   if (state != DimState::Declared) {
     std::u16string message(msg::kSyntax);

@@ -2,6 +2,7 @@
 // only at DO; LOOP evaluates the text DO left on the statement-flag stack.
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
@@ -50,7 +51,8 @@ std::int32_t Do(BasicEngine& engine, std::u16string_view line) {
     return fail(engine, 13, msg::kDoMissingExpression);
   }
 
-  engine.PushStmtFlag(detail::flagEntry(marker, engine.CurrentLineNum(), Value::string(condition)));
+  services::PushFlag(engine,
+                     detail::flagEntry(marker, engine.CurrentLineNum(), Value::string(condition)));
   engine.SetDoCount(detail::step16(engine.DoCount(), 1));
 
   if (bodyRuns(marker, value, engine.Locale())) {
@@ -77,7 +79,7 @@ std::int32_t LoopOrEndDo(BasicEngine& engine, std::u16string_view line) {
   if (!isLoop && !isEndDo) return fail(engine, 1, msg::kSyntax);
 
   if (engine.StmtFlagCount() < 1) return fail(engine, 15, msg::kLoopWithoutDo);
-  const Value entry = engine.GetpopValueStmtFlag();
+  const Value entry = services::PeekFlag(engine);
   const std::u16string_view marker = detail::flagMarker(entry);
   if (!detail::isDoMarker(marker)) return fail(engine, 15, msg::kLoopWithoutDo);
 
@@ -92,7 +94,7 @@ std::int32_t LoopOrEndDo(BasicEngine& engine, std::u16string_view line) {
     engine.SetCurrentLineNum(detail::nextLine(doLine));
     return 0;
   }
-  engine.PopStmtFlag();
+  services::PopFlag(engine);
   engine.SetDoCount(detail::step16(engine.DoCount(), -1));
   engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
   return 0;
@@ -115,7 +117,7 @@ std::int32_t ExitDo(BasicEngine& engine, std::u16string_view line) {
   // Only the loop's own entry goes: IF blocks opened inside the loop stay
   // open on the stack and in IfCount.
   engine.SetCurrentLineNum(stop.line);
-  const Value popped = engine.PopStmtFlag();
+  const Value popped = services::PopFlag(engine);
   engine.SetDoCount(detail::step16(engine.DoCount(), -1));
   if (!detail::isDoMarker(detail::flagMarker(popped))) return fail(engine, 15, msg::kLoopWithoutDo);
   engine.SetCurrentLineNum(detail::nextLine(stop.line));

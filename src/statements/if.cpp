@@ -1,6 +1,7 @@
 // IF ... THEN (block or single line), ELSE and END IF.
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
@@ -65,7 +66,7 @@ std::int32_t splitIf(BasicEngine& engine, std::u16string_view line, IfParts& par
 std::int32_t runTail(BasicEngine& engine, std::u16string_view tail) {
   BasicEngine child;
   child.SetParent(engine.Parent());
-  child.ShareStateOf(engine);
+  services::ShareStateOf(child, engine);
   child.SetCodeBlock(std::u16string(tail));
   child.Execute();
   if (child.ErrNum() == 0) {
@@ -124,7 +125,8 @@ std::int32_t If(BasicEngine& engine, std::u16string_view line) {
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   if (block) {
-    engine.PushStmtFlag(detail::flagEntry(detail::kIfMarker, engine.CurrentLineNum(), condition));
+    services::PushFlag(engine,
+                       detail::flagEntry(detail::kIfMarker, engine.CurrentLineNum(), condition));
     engine.SetIfCount(detail::step16(engine.IfCount(), 1));
   }
 
@@ -158,7 +160,7 @@ std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
   if (!rest) return engine.ErrNum();
   if (!rest->empty()) return fail(engine, 8, msg::kElseError);
   if (engine.StmtFlagCount() < 1) return fail(engine, 7, msg::kElseWithoutIf);
-  const Value entry = engine.GetpopValueStmtFlag();
+  const Value entry = services::PeekFlag(engine);
   if (detail::flagMarker(entry) != detail::kIfMarker) return fail(engine, 7, msg::kElseWithoutIf);
 
   // Only a condition exactly equal to True took the IF part; any other
@@ -172,7 +174,7 @@ std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
   // error number.
   for (std::int16_t at = detail::nextLine(engine.CurrentLineNum());; at = detail::nextLine(at)) {
     if (at > engine.LineCount()) return fail(engine, 10, msg::kIfWithoutEndIf);
-    const std::int16_t kind = engine.WhatSTMT(engine.GetLineCode(at));
+    const std::int16_t kind = engine.WhatSTMT(services::LineCode(engine, at));
     if (kind == kStmtEndIf) {
       engine.SetCurrentLineNum(at);
       return 0;
@@ -187,10 +189,10 @@ std::int32_t EndIf(BasicEngine& engine, std::u16string_view line) {
   if (rest->empty()) return engine.ErrNum();
   if (!equalsNoCase(*rest, u"IF")) return fail(engine, 12, msg::kEndIfSyntax);
   if (engine.StmtFlagCount() < 1 ||
-      detail::flagMarker(engine.GetpopValueStmtFlag()) != detail::kIfMarker) {
+      detail::flagMarker(services::PeekFlag(engine)) != detail::kIfMarker) {
     return fail(engine, 11, msg::kEndIfWithoutIf);
   }
-  engine.PopStmtFlag();
+  services::PopFlag(engine);
   engine.SetIfCount(detail::step16(engine.IfCount(), -1));
   engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
   return 0;

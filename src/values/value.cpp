@@ -1,7 +1,5 @@
 #include "korvex/value.hpp"
 
-#include <cassert>
-
 namespace korvex {
 
 std::string_view typeName(VarType t) noexcept {
@@ -155,18 +153,16 @@ const Array kNoArray;
 }  // namespace
 
 const std::u16string& Value::stringValue() const noexcept {
-  assert(type_ == VarType::String);
-  return str_ ? *str_ : kNoString;
+  return type_ == VarType::String && str_ ? *str_ : kNoString;
 }
 
 const ObjectRef& Value::objectValue() const noexcept {
-  assert(type_ == VarType::Object);
-  return obj_;
+  static const ObjectRef kNothing;
+  return type_ == VarType::Object ? obj_ : kNothing;
 }
 
 const Array& Value::arrayValue() const noexcept {
-  assert(type_ == VarType::Array);
-  return arr_ ? *arr_ : kNoArray;
+  return type_ == VarType::Array && arr_ ? *arr_ : kNoArray;
 }
 
 }  // namespace korvex

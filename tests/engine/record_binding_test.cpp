@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "engine/engine_services.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/memory_recordset.hpp"
 
@@ -167,7 +168,7 @@ TEST(RecordBinding, AChildEngineSeesTheSameRecord) {
   BasicEngine parent;
   parent.SetRecordSet(rs);
   BasicEngine child;
-  child.ShareStateOf(parent);
+  services::ShareStateOf(child, parent);
   EXPECT_EQ(child.RecordSet(), rs);
   EXPECT_TRUE(child.isFieldNameByArr(u"name"));
   EXPECT_TRUE(child.MoveNext());

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "engine/engine_services.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/user_interface.hpp"
 
@@ -47,7 +48,7 @@ TEST(SymbolTable, MissingNamesReportErrorFiveWithTheUpperCasedName) {
 TEST(SymbolTable, ExistenceTestNeverReports) {
   BasicEngine engine;
   EXPECT_FALSE(engine.IsVarDefined(u"x"));
-  EXPECT_FALSE(engine.SymbolDefined(u"x"));
+  EXPECT_FALSE(services::SymbolDefined(engine, u"x"));
   EXPECT_EQ(engine.ErrNum(), 0);
   EXPECT_EQ(engine.ErrMsg(), u"");
 }
@@ -56,9 +57,9 @@ TEST(SymbolTable, DefineSymbolRefusesAnExistingNameWithoutABox) {
   auto ui = std::make_shared<RecordingUserInterface>();
   BasicEngine engine;
   engine.SetUserInterface(ui);
-  EXPECT_EQ(engine.DefineSymbol(u"a", Value::lng(1)), 0);
-  EXPECT_EQ(engine.DefineSymbol(u"A", Value::lng(9)), 24);
-  EXPECT_EQ(engine.SymbolValue(u"a").longValue(), 1);
+  EXPECT_EQ(services::DefineSymbol(engine, u"a", Value::lng(1)), 0);
+  EXPECT_EQ(services::DefineSymbol(engine, u"A", Value::lng(9)), 24);
+  EXPECT_EQ(services::SymbolValue(engine, u"a").longValue(), 1);
   EXPECT_TRUE(ui->messages().empty());
   EXPECT_EQ(engine.ErrNum(), 0);
 }
@@ -108,7 +109,7 @@ TEST(SymbolTable, ChildSharesTheTableButErrorsGoToItsOwner) {
   parent.SetSysVar(u"x", Value::lng(1));
   {
     BasicEngine child;
-    child.ShareStateOf(parent);
+    services::ShareStateOf(child, parent);
     EXPECT_TRUE(child.IsVarDefined(u"X"));
     child.Vaule(u"x", Value::lng(2));
     child.SetSysVar(u"y", Value::lng(3));
@@ -127,7 +128,7 @@ TEST(SymbolTable, SharedTableOutlivingItsOwnerStillWorks) {
   {
     BasicEngine owner;
     owner.SetSysVar(u"kept", Value::lng(7));
-    child->ShareStateOf(owner);
+    services::ShareStateOf(*child, owner);
   }
   EXPECT_EQ(child->GetVarValue(u"kept").longValue(), 7);
   EXPECT_TRUE(child->GetVarValue(u"gone").isEmpty());  // nobody left to report to

@@ -1,0 +1,128 @@
+#include "functions/host_functions.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "engine/engine_state.hpp"
+#include "engine/names.hpp"
+#include "engine/string_op.hpp"
+#include "eval/function_table.hpp"
+
+namespace korvex {
+
+namespace {
+
+constexpr int kMostArguments = 100;
+
+fn::Check internalCheck(ArgCheck c) noexcept {
+  switch (c) {
+    case ArgCheck::Any:
+      return fn::Check::Any;
+    case ArgCheck::Numeric:
+      return fn::Check::Numeric;
+    case ArgCheck::NumericOrNull:
+      return fn::Check::NumericOrNull;
+    case ArgCheck::NonNegative:
+      return fn::Check::NonNegative;
+    case ArgCheck::Date:
+      return fn::Check::Date;
+    case ArgCheck::String:
+      return fn::Check::String;
+    case ArgCheck::Textual:
+      return fn::Check::Textual;
+    case ArgCheck::Array:
+      return fn::Check::Array;
+  }
+  return fn::Check::Any;
+}
+
+// The operation of every host descriptor: the host's argument tests (any
+// number of positions), then the host's own operation.
+std::int32_t runHostFunction(fn::Call& call, Value& result) {
+  const auto& entry = *static_cast<const HostFunctionEntry*>(call.descriptor().context);
+  const HostFunction& function = entry.function();
+  const std::size_t checked = std::min(call.count(), function.checks.size());
+  for (std::size_t i = 1; i <= checked; ++i) {
+    if (!fn::Passes(internalCheck(function.checks[i - 1]), call.arg(i), call.locale())) {
+      return call.typeError();
+    }
+  }
+  return function.operation(EngineAccess::hostCall(call), result);
+}
+
+template <typename Fn>
+std::int32_t reporting(std::int32_t number, Fn&& fn) noexcept {
+  try {
+    return fn();
+  } catch (...) {
+    return number;  // out of memory while storing the message: the number stands
+  }
+}
+
+}  // namespace
+
+HostFunctionEntry::HostFunctionEntry(HostFunction function)
+    : function_(std::move(function)),
+      descriptor_{function_.name,
+                  static_cast<std::int8_t>(std::max(function_.minArgs, -1)),
+                  static_cast<std::int8_t>(function_.maxArgs),
+                  {},
+                  runHostFunction,
+                  fn::kNoQuirk,
+                  {},
+                  this} {}
+
+bool HostFunctionTable::acceptable(const HostFunction& function) {
+  const std::u16string_view name = function.name;
+  if (name.empty() || !isIdentStart(name.front())) return false;
+  if (!std::all_of(name.begin(), name.end(), isIdentChar)) return false;
+  if (eval::lookupName(upperName(name)) != nullptr) return false;
+  if (function.minArgs >= 0 &&
+      (function.minArgs > function.maxArgs || function.maxArgs > kMostArguments)) {
+    return false;
+  }
+  return static_cast<bool>(function.operation);
+}
+
+void HostFunctionTable::add(HostFunction function) {
+  std::u16string key = upperName(function.name);
+  entries_.insert_or_assign(std::move(key),
+                            std::make_unique<HostFunctionEntry>(std::move(function)));
+}
+
+const HostFunctionEntry* HostFunctionTable::find(std::u16string_view upperName) const noexcept {
+  const auto it = entries_.find(upperName);
+  return it == entries_.end() ? nullptr : it->second.get();
+}
+
+std::int32_t CallHostFunction(const HostFunctionEntry& entry, std::u16string_view argText,
+                              Value& result, BasicEngine& engine) {
+  return fn::Invoke(entry.descriptor(), argText, result, engine);
+}
+
+// ---- the call as the host sees it -------------------------------------------
+
+std::size_t HostFunctionCall::count() const noexcept { return call_.count(); }
+
+const Value& HostFunctionCall::arg(std::size_t i) const noexcept {
+  static const Value kNone;
+  return i >= 1 && i <= call_.count() ? call_.arg(i) : kNone;
+}
+
+BasicEngine& HostFunctionCall::engine() const noexcept { return call_.engine(); }
+const Locale& HostFunctionCall::locale() const noexcept { return call_.locale(); }
+
+std::int32_t HostFunctionCall::countError() const noexcept {
+  return reporting(6, [&] { return call_.countError(); });
+}
+
+std::int32_t HostFunctionCall::typeError(std::u16string_view extra) const noexcept {
+  return reporting(4, [&] { return call_.typeError(extra); });
+}
+
+std::int32_t HostFunctionCall::fail(std::int32_t number,
+                                    std::u16string_view message) const noexcept {
+  return reporting(number, [&] { return call_.fail(number, std::u16string(message)); });
+}
+
+}  // namespace korvex
