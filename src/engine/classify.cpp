@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 
+#include "engine/engine_services.hpp"
 #include "engine/faults.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 
@@ -41,8 +43,7 @@ class Word {
     }
     size_ = w.size();
     for (std::size_t i = 0; i < size_; ++i) {
-      const char16_t c = w[i];
-      buf_[i] = (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - (u'a' - u'A')) : c;
+      buf_[i] = vb::asciiUpper(w[i]);
     }
   }
   bool is(std::u16string_view upper) const noexcept { return !tooLong_ && view() == upper; }
@@ -59,9 +60,7 @@ class Word {
 bool equalsUpper(std::u16string_view upperWord, std::u16string_view keyword) noexcept {
   if (upperWord.size() != keyword.size()) return false;
   for (std::size_t i = 0; i < keyword.size(); ++i) {
-    char16_t k = keyword[i];
-    if (k >= u'a' && k <= u'z') k = static_cast<char16_t>(k - (u'a' - u'A'));
-    if (upperWord[i] != k) return false;
+    if (upperWord[i] != vb::asciiUpper(keyword[i])) return false;
   }
   return true;
 }
@@ -100,8 +99,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   if (i == n) return kStmtBlank;
   if (line[i] == u'\'') return kStmtComment;
   if (!isIdentStart(line[i])) {
-    engine.SetErrMsg(std::u16string(msg::kBadSymbol));
-    engine.SetErrNum(3);
+    services::Report(engine, 3, msg::kBadSymbol);
     return 0;
   }
   const std::size_t start = i++;
@@ -110,8 +108,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
       std::u16string text(msg::kBadSymbol);
       text += line[i];
       text += u'\'';
-      engine.SetErrMsg(std::move(text));
-      engine.SetErrNum(3);
+      services::Report(engine, 3, text);
       return 0;
     }
   }
@@ -157,8 +154,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   for (const Move& m : kMoves) {
     if (word.is(m.english) || word.is(m.chinese)) {
       if (!restIsEmpty(rest)) {
-        engine.SetErrMsg(std::u16string(msg::kSyntax));
-        engine.SetErrNum(1);
+        services::Report(engine, 1, msg::kSyntax);
         return 0;
       }
       return m.kind;
@@ -170,8 +166,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   if (word.is(u"ADDRECORD") || word.is(u"增加记录")) return kStmtAddRecord;
   if (word.is(u"DELRECORD") || word.is(u"删除记录")) return kStmtDelRecord;
   if (isReservedWord(word)) {
-    engine.SetErrMsg(std::u16string(msg::kKeywordMisused));
-    engine.SetErrNum(23);
+    services::Report(engine, 23, msg::kKeywordMisused);
     return 0;
   }
   return kStmtAssign;

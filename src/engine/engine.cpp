@@ -102,6 +102,14 @@ bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
   });
 }
 
+std::int32_t services::Report(BasicEngine& engine, std::int32_t number,
+                              std::u16string_view message) {
+  EngineAccess::State& s = EngineAccess::state(engine);
+  s.errMsg.assign(message);
+  s.errNum = number;
+  return number;
+}
+
 // ---- variables -----------------------------------------------------------
 
 bool services::SymbolDefined(const BasicEngine& engine, std::u16string_view name) {

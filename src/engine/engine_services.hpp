@@ -18,6 +18,10 @@ class HostFunctionEntry;
 
 namespace services {
 
+/// Stores the message and then the number on the engine, the order every
+/// reporter keeps, and returns the number.
+std::int32_t Report(BasicEngine& engine, std::int32_t number, std::u16string_view message);
+
 bool SymbolDefined(const BasicEngine& engine, std::u16string_view name);
 /// The variable's value; an undefined name reports error 5 and gives Empty.
 Value SymbolValue(BasicEngine& engine, std::u16string_view name);

@@ -1,6 +1,7 @@
 #include "engine/names.hpp"
 
 #include "values/ops.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 
@@ -11,7 +12,7 @@ void upperNameInto(std::u16string_view name, std::u16string& out) {
       out = vb::upperCase(name);
       return;
     }
-    if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - (u'a' - u'A'));
+    c = vb::asciiUpper(c);
   }
 }
 

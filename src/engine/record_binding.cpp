@@ -7,6 +7,7 @@
 #include <array>
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
 #include "engine/messages.hpp"
@@ -60,8 +61,7 @@ bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
       f.description += u"\r\n";
       f.description += suffix;
     }
-    engine.SetErrMsg(std::move(f.description));
-    engine.SetErrNum(kRecordError);
+    services::Report(engine, kRecordError, f.description);
     return false;
   }
 }

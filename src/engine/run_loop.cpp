@@ -7,6 +7,7 @@
 #include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
 #include "engine/messages.hpp"
+#include "engine/string_op.hpp"
 #include "statements/statement.hpp"
 #include "values/runtime_error.hpp"
 
@@ -27,20 +28,61 @@ constexpr std::u16string_view kRaiseErrorWord = u"RAISEERROR";
 // length, which the platform refuses (error 5).
 std::u16string_view raiseErrorArgument(std::u16string_view line) {
   std::size_t q = 0;
-  for (; q + kRaiseErrorWord.size() <= line.size(); ++q) {
-    bool match = true;
-    for (std::size_t k = 0; k < kRaiseErrorWord.size() && match; ++k) {
-      char16_t c = line[q + k];
-      if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - (u'a' - u'A'));
-      match = c == kRaiseErrorWord[k];
-    }
-    if (match) break;
+  while (q + kRaiseErrorWord.size() <= line.size() &&
+         !equalsNoCase(line.substr(q, kRaiseErrorWord.size()), kRaiseErrorWord)) {
+    ++q;
   }
   const std::int64_t p = std::int64_t{toInt16Checked(static_cast<std::int64_t>(q) + 1)} +
                          static_cast<std::int64_t>(kRaiseErrorWord.size());
   const std::int64_t count = static_cast<std::int64_t>(line.size()) - p;
   if (count < 0) vb::raise(vb::kInvalidCall);
   return line.substr(line.size() - static_cast<std::size_t>(count));
+}
+
+// The record moves and RAISEERROR report through ErrNum / ErrMsg themselves.
+template <bool (BasicEngine::*Move)() noexcept>
+std::int32_t move(BasicEngine& engine, std::u16string_view) {
+  (engine.*Move)();
+  return engine.ErrNum();
+}
+
+std::int32_t raiseError(BasicEngine& engine, std::u16string_view line) {
+  stmt::RaiseError(engine, raiseErrorArgument(line));
+  return engine.ErrNum();
+}
+
+// The kinds that run a statement: its handler, and whether the loop moves
+// on after it (the block statements set the next line themselves).
+struct Arm {
+  std::int16_t kind;
+  std::int32_t (*run)(BasicEngine&, std::u16string_view);
+  bool advances;
+};
+
+constexpr Arm kArms[] = {
+    {kStmtAssign, stmt::Assign, true},
+    {kStmtIf, stmt::If, false},
+    {kStmtEndIf, stmt::EndIf, false},
+    {kStmtDim, stmt::Dim, true},
+    {kStmtElse, stmt::Else, false},
+    {kStmtDoWhile, stmt::Do, false},
+    {kStmtDoUntil, stmt::Do, false},
+    {kStmtLoop, stmt::LoopOrEndDo, false},
+    {kStmtEndDo, stmt::LoopOrEndDo, false},
+    {kStmtExitDo, stmt::ExitDo, false},
+    {kStmtMsgBox, stmt::MsgBox, true},
+    {kStmtRaiseError, raiseError, true},
+    {kStmtMoveFirst, move<&BasicEngine::MoveFirst>, true},
+    {kStmtMoveNext, move<&BasicEngine::MoveNext>, true},
+    {kStmtMovePrevious, move<&BasicEngine::MovePrevious>, true},
+    {kStmtMoveLast, move<&BasicEngine::MoveLast>, true},
+};
+
+const Arm* armFor(std::int16_t kind) noexcept {
+  for (const Arm& arm : kArms) {
+    if (arm.kind == kind) return &arm;
+  }
+  return nullptr;
 }
 
 // Ends the run with `number` and the stored message plus " : 行号 n".
@@ -85,9 +127,6 @@ void services::RunLines(BasicEngine& engine) {
   s.currentLine = 1;
 
   const auto advance = [&s] { s.currentLine = toInt16Checked(std::int32_t{s.currentLine} + 1); };
-  const auto checkError = [&s] {
-    if (s.errNum != 0) raiseLineError(s, s.errNum);
-  };
 
   while (s.currentLine <= s.lineCount) {
     // The point where the run yields to its host, once per line.
@@ -108,94 +147,32 @@ void services::RunLines(BasicEngine& engine) {
     const std::int16_t kind = engine.WhatSTMT(text);
     if (s.errNum != 0) raiseLineError(s, kEngineError);
 
-    switch (kind) {
-      case kStmtBlank:
-      case kStmtComment:
-        advance();
-        break;
-      case kStmtDim:
-        s.errNum = stmt::Dim(engine, text);
-        checkError();
-        advance();
-        break;
-      case kStmtAssign:
-        s.errNum = stmt::Assign(engine, text);
-        checkError();
-        advance();
-        break;
-      case kStmtMsgBox:
-        s.errNum = stmt::MsgBox(engine, text);
-        checkError();
-        advance();
-        break;
-      case kStmtRaiseError:
-        // Reports through ErrNum / ErrMsg itself.
-        stmt::RaiseError(engine, raiseErrorArgument(text));
-        checkError();
-        advance();
-        break;
-      case kStmtIf:
-        s.errNum = stmt::If(engine, text);
-        checkError();
-        break;
-      case kStmtElse:
-        s.errNum = stmt::Else(engine, text);
-        checkError();
-        break;
-      case kStmtEndIf:
-        s.errNum = stmt::EndIf(engine, text);
-        checkError();
-        break;
-      case kStmtDoWhile:
-      case kStmtDoUntil:
-        s.errNum = stmt::Do(engine, text);
-        checkError();
-        break;
-      case kStmtLoop:
-      case kStmtEndDo:
-        s.errNum = stmt::LoopOrEndDo(engine, text);
-        checkError();
-        break;
-      case kStmtExitDo:
-        s.errNum = stmt::ExitDo(engine, text);
-        checkError();
-        break;
-      case kStmtMoveFirst:
-        engine.MoveFirst();
-        checkError();
-        advance();
-        break;
-      case kStmtMoveNext:
-        engine.MoveNext();
-        checkError();
-        advance();
-        break;
-      case kStmtMovePrevious:
-        engine.MovePrevious();
-        checkError();
-        advance();
-        break;
-      case kStmtMoveLast:
-        engine.MoveLast();
-        checkError();
-        advance();
-        break;
-      case kStmtEnd:
-        // Stops the script at once: open blocks are forgotten and the end
-        // check does not run.
-        s.ifCount = 0;
-        s.doCount = 0;
-        s.flags = std::make_unique<Stack>(&engine);
-        return;
-      case kStmtSyntaxError:
-        s.errMsg = msg::kSyntax;
-        s.errNum = 1;
-        raiseLineError(s, 1);
-      default:  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
-        s.errMsg = msg::kUnrecognisedStatement;
-        s.errNum = 19;
-        raiseLineError(s, 19);
+    if (kind == kStmtBlank || kind == kStmtComment) {
+      advance();
+      continue;
     }
+    if (const Arm* arm = armFor(kind)) {
+      s.errNum = arm->run(engine, text);
+      if (s.errNum != 0) raiseLineError(s, s.errNum);
+      if (arm->advances) advance();
+      continue;
+    }
+    if (kind == kStmtEnd) {
+      // Stops the script at once: open blocks are forgotten and the end
+      // check does not run.
+      s.ifCount = 0;
+      s.doCount = 0;
+      s.flags = std::make_unique<Stack>(&engine);
+      return;
+    }
+    if (kind == kStmtSyntaxError) {
+      s.errMsg = msg::kSyntax;
+      s.errNum = 1;
+    } else {  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
+      s.errMsg = msg::kUnrecognisedStatement;
+      s.errNum = 19;
+    }
+    raiseLineError(s, s.errNum);
   }
 
   if (s.ifCount > 0) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "engine/checked.hpp"
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "korvex/engine.hpp"
 #include "values/runtime_error.hpp"
@@ -15,8 +16,7 @@ constexpr std::size_t kGrowth = 10;
 
 void Stack::report(std::int32_t number, std::u16string_view text) const {
   if (parent_ == nullptr) return;
-  parent_->SetErrMsg(std::u16string(text));
-  parent_->SetErrNum(number);
+  services::Report(*parent_, number, text);
 }
 
 void Stack::Push(Value v) {

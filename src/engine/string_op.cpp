@@ -45,22 +45,8 @@ std::u16string_view firstLine(std::u16string_view s) noexcept {
 
 std::u16string upperAscii(std::u16string_view s) {
   std::u16string out(s);
-  for (auto& c : out) {
-    if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - (u'a' - u'A'));
-  }
+  for (auto& c : out) c = vb::asciiUpper(c);
   return out;
-}
-
-bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char16_t x = a[i];
-    char16_t y = b[i];
-    if (x >= u'a' && x <= u'z') x = static_cast<char16_t>(x - 32);
-    if (y >= u'a' && y <= u'z') y = static_cast<char16_t>(y - 32);
-    if (x != y) return false;
-  }
-  return true;
 }
 
 std::int32_t StringOp::fail(std::int32_t number, std::u16string msg) {

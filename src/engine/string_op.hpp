@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "values/text_scan.hpp"
+
 namespace korvex {
 
 /// A blank is any character whose code is at or below that of the space.
@@ -24,7 +26,8 @@ std::u16string_view trimBlanks(std::u16string_view s) noexcept;
 std::u16string_view firstLine(std::u16string_view s) noexcept;
 /// Upper-cases ASCII letters only (keywords and names are compared this way).
 std::u16string upperAscii(std::u16string_view s);
-bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept;
+/// Equality with ASCII letters compared case-insensitively.
+using vb::equalsNoCase;
 
 class StringOp {
  public:

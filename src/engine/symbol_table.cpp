@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "korvex/engine.hpp"
@@ -19,8 +20,7 @@ void SymbolTable::reportUndefined(const std::u16string& upperName) const {
   text += u" '";
   text += upperName;
   text += u'\'';
-  owner_->SetErrMsg(std::move(text));
-  owner_->SetErrNum(5);
+  services::Report(*owner_, 5, text);
 }
 
 void SymbolTable::Add(std::u16string_view name, const Value& value) {

@@ -2,6 +2,7 @@
 // entry point that chains both passes.
 #include <string>
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "eval/eval.hpp"
 #include "eval/to_postfix.hpp"
@@ -26,8 +27,7 @@ class ValueStack {
   // evaluation goes on.
   Value pop() {
     if (items_.empty()) {
-      engine_.SetErrMsg(std::u16string(msg::kPopEmpty));
-      engine_.SetErrNum(18);
+      services::Report(engine_, 18, msg::kPopEmpty);
       return {};
     }
     Value v = std::move(items_.back());
@@ -118,8 +118,7 @@ void apply(Op op, ValueStack& stack, const Locale& loc) {
 }
 
 Value typeMismatch(BasicEngine& engine) {
-  engine.SetErrMsg(std::u16string(msg::kTypeMismatch));
-  engine.SetErrNum(4);
+  services::Report(engine, 4, msg::kTypeMismatch);
   std::u16string box(msg::kExpressionError);
   box += msg::kTypeMismatch;
   box += u" Line:";
@@ -174,8 +173,7 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
 
   if (stack.size() == 0) return {};
   if (stack.size() == 1) return stack.pop();
-  engine.SetErrMsg(std::u16string(msg::kBadExpression));
-  engine.SetErrNum(2);
+  services::Report(engine, 2, msg::kBadExpression);
   engine.UI().messageBox(msg::kSeveralResults, UserInterface::Buttons::Ok, u"");
   return {};
 }

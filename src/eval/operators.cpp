@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "values/text_scan.hpp"
+
 namespace korvex::eval {
 
 std::int16_t priority(Op op) noexcept {
@@ -145,8 +147,7 @@ bool isProtectedLiteral(std::u16string_view t) noexcept {
       u"<", u">", u"<=", u">=", u"NOT", u"AND", u"OR", u"XOR"};
   std::array<char16_t, 3> up{};
   for (std::size_t i = 0; i < t.size(); ++i) {
-    const char16_t c = t[i];
-    up[i] = (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
+    up[i] = vb::asciiUpper(t[i]);
   }
   const std::u16string_view u(up.data(), t.size());
   for (auto p : kProtected) {

@@ -20,6 +20,7 @@
 #include "functions/host_functions.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::eval {
 
@@ -48,9 +49,7 @@ bool isStatementWord(std::u16string_view upper) noexcept {
          upper == u"移至底部";
 }
 
-constexpr char16_t upperChar(char16_t c) noexcept {
-  return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
-}
+constexpr char16_t upperChar(char16_t c) noexcept { return vb::asciiUpper(c); }
 
 constexpr bool isNumberChar(char16_t c) noexcept { return (c >= u'0' && c <= u'9') || c == u'.'; }
 
@@ -97,8 +96,7 @@ class Converter {
 };
 
 bool Converter::fail(std::int32_t number, std::u16string_view message) {
-  engine_.SetErrMsg(std::u16string(message));
-  engine_.SetErrNum(number);
+  services::Report(engine_, number, message);
   return false;
 }
 

@@ -1,5 +1,6 @@
 #include "functions/protocol.hpp"
 
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -22,8 +23,7 @@ std::u16string Call::suffix(std::u16string_view extra) const {
 }
 
 std::int32_t Call::fail(std::int32_t number, std::u16string message) const {
-  engine_.SetErrMsg(std::move(message));
-  engine_.SetErrNum(number);
+  services::Report(engine_, number, message);
   return number;
 }
 

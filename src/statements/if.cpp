@@ -73,8 +73,7 @@ std::int32_t runTail(BasicEngine& engine, std::u16string_view tail) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;
   }
-  engine.SetErrMsg(child.ErrMsg());
-  engine.SetErrNum(child.ErrNum());
+  services::Report(engine, child.ErrNum(), child.ErrMsg());
   return child.ErrNum();
 }
 

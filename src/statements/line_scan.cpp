@@ -1,6 +1,7 @@
 #include "statements/line_scan.hpp"
 
 #include "engine/checked.hpp"
+#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -9,8 +10,7 @@
 namespace korvex::stmt::detail {
 
 std::int32_t fail(BasicEngine& engine, std::int32_t number, std::u16string_view message) {
-  engine.SetErrMsg(std::u16string(message));
-  engine.SetErrNum(number);
+  services::Report(engine, number, message);
   return number;
 }
 

@@ -2,6 +2,7 @@
 // Latin Extended-A, the pinyin vowels with tone marks, Greek, Cyrillic, the
 // Roman numerals, circled and full-width Latin letters.
 #include "values/ops.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::vb {
 
@@ -43,7 +44,7 @@ bool extendedALower(char16_t c) {
 }
 
 char16_t toUpperChar(char16_t c) {
-  if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+  if (c < 0x80) return asciiUpper(c);
   if (c == u'\u00FF') return u'\u0178';
   if (c == u'\u03C2') return u'\u03A3';  // final sigma
   if (extendedALower(c)) return static_cast<char16_t>(c - 1);
