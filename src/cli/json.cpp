@@ -13,24 +13,6 @@ namespace korvex::cli {
 
 namespace {
 
-void appendUtf8(std::string& out, char32_t cp) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
 void appendEscape(std::string& out, char16_t unit) {
   char buf[8];
   std::snprintf(buf, sizeof buf, "\\u%04x", static_cast<unsigned>(unit));
@@ -161,15 +143,15 @@ std::string jsonString(std::u16string_view text) {
     }
     if (c < 0x20) {
       appendEscape(out, c);
+    } else if (c < 0x80) {
+      out += static_cast<char>(c);
     } else if (isHighSurrogate(c) && i + 1 < text.size() && isLowSurrogate(text[i + 1])) {
-      const char32_t cp = 0x10000 + ((static_cast<char32_t>(c) - 0xD800) << 10) +
-                          (static_cast<char32_t>(text[i + 1]) - 0xDC00);
-      appendUtf8(out, cp);
+      out += toUtf8(text.substr(i, 2));
       ++i;
     } else if (isHighSurrogate(c) || isLowSurrogate(c)) {
       appendEscape(out, c);
     } else {
-      appendUtf8(out, c);
+      out += toUtf8(text.substr(i, 1));
     }
   }
   out += '"';
