@@ -25,6 +25,12 @@ constexpr std::string_view kUsage =
     "  --json             把运行结果作为一个 JSON 对象输出到标准输出\n"
     "                     (消息框只记录, 不显示)\n"
     "  --encoding ENC     脚本编码: utf-8 (默认) 或 gbk\n"
+    "  --db PATH          打开 SQLite 数据库文件 PATH (必须已存在), 作为宿主对象\n"
+    "                     Parent 的成员 \"Connect\" 交给脚本\n"
+    "  --record SQL       当前记录 RecordSet 为 SQL 在该数据库上的结果 (第一行为\n"
+    "                     当前行; 给字段赋值写回数据库); 需要 --db\n"
+    "  --trace-sql        JSON 结果在 \"messages\" 之后加 \"sql\": 运行中发给数据库的\n"
+    "                     每一条 SQL 文本, 按顺序, 原样\n"
     "  -h, --help         显示本说明\n"
     "\n"
     "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误或脚本无法读取。\n";
@@ -72,6 +78,22 @@ struct Parser {
     if (name == "--json") {
       if (inlineValue) return fail("选项 --json 不带值");
       run.json = true;
+      return true;
+    }
+    if (name == "--trace-sql") {
+      if (inlineValue) return fail("选项 --trace-sql 不带值");
+      run.traceSql = true;
+      return true;
+    }
+    if (name == "--db" || name == "--record") {
+      const auto v = value(name, inlineValue);
+      if (!v) return false;
+      if (name == "--db") {
+        if (v->empty()) return fail("选项 --db 需要一个数据库文件");
+        run.db = std::string(*v);
+      } else {
+        run.record = std::string(*v);
+      }
       return true;
     }
     if (name == "--set") {
@@ -155,7 +177,11 @@ struct Parser {
       if (!ok) return;
       if (result.action == CommandLine::Action::Help) return;
     }
-    if (result.run.script.empty()) fail("缺少脚本文件");
+    if (result.run.script.empty()) {
+      fail("缺少脚本文件");
+    } else if (result.run.record && result.run.db.empty()) {
+      fail("选项 --record 需要 --db");
+    }
   }
 };
 

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 
+#include "cli/database.hpp"
 #include "cli/json.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/locale.hpp"
@@ -173,6 +174,11 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   }
 
   BasicEngine engine;
+  DatabaseSession database;
+  if (std::string dbError; !database.attach(options, engine, dbError)) {
+    err << "korvex: " << dbError << '\n';
+    return kExitUsage;
+  }
   if (const Locale* loc = Locale::byName(options.locale)) engine.SetLocale(*loc);
 
   std::shared_ptr<RecordingUserInterface> recorder;
@@ -206,7 +212,9 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   }
 
   if (options.json) {
-    out << outcomeJson(outcomeOf(engine, *recorder)) << '\n' << std::flush;
+    RunOutcome outcome = outcomeOf(engine, *recorder);
+    outcome.sql = database.traced();
+    out << outcomeJson(outcome) << '\n' << std::flush;
   } else if (engine.ErrNum() != 0) {
     out << std::flush;
     err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误

@@ -2,37 +2,14 @@
 
 #include <stdexcept>
 
+#include "host/recordset_errors.hpp"
 #include "values/ops.hpp"
 
 namespace korvex {
 
-namespace {
-
-constexpr std::int32_t kNoCurrentRecord = 3021;
-constexpr std::int32_t kItemNotFound = 3265;
-constexpr std::u16string_view kNoCurrentRecordText =
-    u"BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。";
-constexpr std::u16string_view kItemNotFoundText = u"在对应所需名称或序数的集合中未找到项目。";
-
-bool sameName(std::u16string_view a, std::u16string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char16_t x = a[i], y = b[i];
-    if (x >= u'a' && x <= u'z') x = static_cast<char16_t>(x - 32);
-    if (y >= u'a' && y <= u'z') y = static_cast<char16_t>(y - 32);
-    if (x != y) return false;
-  }
-  return true;
-}
-
-DispatchResult noCurrentRecord() {
-  return DispatchResult::failure(kNoCurrentRecord, std::u16string(kNoCurrentRecordText));
-}
-DispatchResult itemNotFound() {
-  return DispatchResult::failure(kItemNotFound, std::u16string(kItemNotFoundText));
-}
-
-}  // namespace
+using host::itemNotFound;
+using host::noCurrentRecord;
+using host::sameName;
 
 struct MemoryRecordset::Data {
   std::vector<std::u16string> names;
