@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/demo_command.hpp"
 #include "cli/options.hpp"
 #include "cli/run_command.hpp"
 
@@ -10,6 +11,9 @@ int main(int argc, char** argv) {
   using korvex::cli::CommandLine;
   std::vector<std::string_view> args;
   for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
+  if (!args.empty() && args.front() == "demo") {
+    return korvex::cli::runDemo(std::span(args).subspan(1), std::cout, std::cerr);
+  }
 
   const CommandLine cmd = korvex::cli::parseCommandLine(args);
   switch (cmd.action) {

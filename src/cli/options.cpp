@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
+    "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"

@@ -14,6 +14,7 @@ using host::sameName;
 struct MemoryRecordset::Data {
   std::vector<std::u16string> names;
   std::vector<std::vector<Value>> rows;
+  std::vector<std::vector<bool>> assigned;  // per row, per field
   std::ptrdiff_t position = 0;
   std::size_t updates = 0;
   std::vector<ObjectRef> fieldObjects;
@@ -50,7 +51,9 @@ class FieldObject : public HostObject {
                              const Value& value) override {
     if (!sameName(name, u"Value")) return memberNotFound(name);
     if (!data_->hasCurrent()) return noCurrentRecord();
-    data_->rows[static_cast<std::size_t>(data_->position)][column_] = value;
+    const auto row = static_cast<std::size_t>(data_->position);
+    data_->rows[row][column_] = value;
+    data_->assigned[row][column_] = true;
     return DispatchResult::success();
   }
   DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
@@ -137,6 +140,7 @@ void MemoryRecordset::addRow(std::vector<Value> row) {
   row.resize(data_->names.size());
   const bool wasEmpty = data_->rows.empty();
   data_->rows.push_back(std::move(row));
+  data_->assigned.emplace_back(data_->names.size(), false);
   if (wasEmpty) data_->position = 0;
 }
 
@@ -146,6 +150,11 @@ std::ptrdiff_t MemoryRecordset::position() const noexcept { return data_->positi
 bool MemoryRecordset::bof() const noexcept { return data_->bof(); }
 bool MemoryRecordset::eof() const noexcept { return data_->eof(); }
 std::size_t MemoryRecordset::updateCount() const noexcept { return data_->updates; }
+
+bool MemoryRecordset::assigned(std::size_t row, std::size_t column) const noexcept {
+  return row < data_->assigned.size() && column < data_->assigned[row].size() &&
+         data_->assigned[row][column];
+}
 
 const Value& MemoryRecordset::cell(std::size_t row, std::size_t column) const {
   return data_->rows.at(row).at(column);
