@@ -5,7 +5,6 @@
 #include "engine/faults.hpp"
 #include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
-#include "values/calendar.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
@@ -21,12 +20,6 @@ Value unwrap(DispatchResult r) {
 const ObjectRef& present(const ObjectRef& obj) {
   if (!obj) vb::raise(vb::kObjectNotSet);
   return obj;
-}
-
-void appendPadded(std::u16string& out, int n, std::size_t width) {
-  const std::string digits = std::to_string(n);
-  out.append(digits.size() < width ? width - digits.size() : 0, u'0');
-  out.append(digits.begin(), digits.end());
 }
 
 }  // namespace
@@ -87,29 +80,6 @@ Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u1
     (void)currentFault();  // reported as the fallback
     return fallback;
   }
-}
-
-std::u16string monthlyWageTable(std::int16_t year, std::int16_t month) {
-  std::u16string name = u"工资表";
-  const std::string y = std::to_string(year);
-  name.append(y.begin(), y.end());
-  name += u"年";
-  // The last two characters of "00" & month.
-  const std::string m = "00" + std::to_string(month);
-  name.append(m.end() - 2, m.end());
-  name += u"月";
-  return name;
-}
-
-std::u16string sqlDateText(double serial) {
-  const vb::DateTimeParts p = vb::splitSerial(serial);
-  std::u16string out;
-  appendPadded(out, p.month, 2);
-  out += u'/';
-  appendPadded(out, p.day, 2);
-  out += u'/';
-  appendPadded(out, p.year, 4);
-  return out;
 }
 
 }  // namespace korvex::ds

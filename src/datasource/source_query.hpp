@@ -18,7 +18,6 @@
 //   }
 #pragma once
 
-#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -64,12 +63,5 @@ Value queryField(BasicEngine& engine, std::u16string_view sql, std::u16string_vi
 /// fallback and leaves the engine's error as it was.
 Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
                            const Value& fallback);
-
-// ---- pieces of the wage SQL texts ------------------------------------------
-
-/// The monthly wage table: "工资表" + year + "年" + two-digit month + "月".
-std::u16string monthlyWageTable(std::int16_t year, std::int16_t month);
-/// A date as the wage texts write it: "mm/dd/yyyy".
-std::u16string sqlDateText(double serial);
 
 }  // namespace korvex::ds

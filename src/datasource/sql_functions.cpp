@@ -6,6 +6,7 @@
 
 #include "datasource/source_query.hpp"
 #include "datasource/sql_descriptors.hpp"
+#include "datasource/wage_sql.hpp"
 #include "engine/faults.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -222,7 +223,7 @@ std::int32_t wageItem(Call& call, Value& result) {
   const std::u16string& code = call.arg(3).stringValue();
   const std::u16string& item = call.arg(4).stringValue();
   const std::u16string sql = u"select [" + item + u"] as WA_Value from [" +
-                             monthlyWageTable(year, month) + u"] Where (工号 = '" + code + u"')";
+                             wageTableName(year, month) + u"] Where (工号 = '" + code + u"')";
   result = queryFieldOrFallback(call.engine(), sql, u"WA_Value", call.arg(5));
   return 0;
 }
