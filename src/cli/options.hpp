@@ -24,7 +24,10 @@ struct RunOptions {
   bool answersGiven = false;         // at least one --answer appeared
   bool json = false;
   Encoding encoding = Encoding::Utf8;
-  std::string script;  // a path, or "-" for standard input
+  std::string script;    // a path, or "-" for standard input
+  std::string workbook;  // --workbook: the .xlsx file offered as ExcelBook
+  std::string sheet;     // --sheet: number or name of the active sheet
+  std::string save;      // --save: where the workbook is written instead
 };
 
 struct CommandLine {

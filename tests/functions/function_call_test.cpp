@@ -18,7 +18,6 @@ TEST(CallFunction, ClassesNotYetAvailableFailAsBadArgumentsUnderTheirDisplayName
     const char16_t* displayName;
   };
   const Unavailable kUnavailable[] = {
-      {FunctionClass::GetCell, u"GETCELL", u"GetCell"},
       {FunctionClass::ExecuteSQL, u"ExecuteSQL", u"DoSQL"},
       {FunctionClass::DoSqlEx, u"DoSqlEx", u"DoSqlEx"},
       {FunctionClass::EmployesProperty, u"员工属性", u"_员工属性"},
