@@ -3,6 +3,7 @@
 #include <zip.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -100,10 +101,20 @@ bool ZipPackage::write(std::string& out, std::string& error) const {
   zip_error_init(&err);
   // libzip rewrites the archive into the writable buffer source; entries
   // that are not changed are copied with their compressed data as it is.
-  zip_source_t* src = archive_.empty()
-                          ? zip_source_buffer_create(nullptr, 0, 0, &err)
-                          : zip_source_buffer_create(archive_.data(), archive_.size(), 0, &err);
+  // The source gets a copy of its own: libzip may reuse and free the
+  // buffer it rewrites.
+  void* copy = nullptr;
+  if (!archive_.empty()) {
+    copy = std::malloc(archive_.size());
+    if (copy == nullptr) {
+      error = "内存不足";
+      return false;
+    }
+    std::memcpy(copy, archive_.data(), archive_.size());
+  }
+  zip_source_t* src = zip_source_buffer_create(copy, archive_.size(), 1, &err);
   if (src == nullptr) {
+    std::free(copy);
     error = zipErrorText(&err);
     zip_error_fini(&err);
     return false;
