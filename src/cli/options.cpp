@@ -32,9 +32,16 @@ constexpr std::string_view kUsage =
     "                     当前行; 给字段赋值写回数据库); 需要 --db\n"
     "  --trace-sql        JSON 结果在 \"messages\" 之后加 \"sql\": 运行中发给数据库的\n"
     "                     每一条 SQL 文本, 按顺序, 原样\n"
+    "  --workbook PATH    把 .xlsx 工作簿 PATH 作为 ExcelBook (GETCELL, SETCELL,\n"
+    "                     SetCellFormula 使用); 文件不存在时新建, 含一张空表 Sheet1\n"
+    "  --sheet N|NAME     活动工作表 (ActiveExcelSheet): 序号 (从 1 起) 或名称\n"
+    "  --save PATH        写过单元格后把工作簿保存到 PATH, 而不是写回原文件\n"
     "  -h, --help         显示本说明\n"
     "\n"
-    "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误或脚本无法读取。\n";
+    "运行后若写过单元格 (运行出错时也一样), 工作簿即被保存。\n"
+    "\n"
+    "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误, 脚本或工作簿无法读取,\n"
+    "或工作簿无法保存。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -140,6 +147,16 @@ struct Parser {
       }
       return true;
     }
+    for (auto [option, target] :
+         {std::pair{"--workbook", &run.workbook}, std::pair{"--sheet", &run.sheet},
+          std::pair{"--save", &run.save}}) {
+      if (name != option) continue;
+      const auto v = value(name, inlineValue);
+      if (!v) return false;
+      if (v->empty()) return fail("选项 " + std::string(name) + " 的值不能为空");
+      *target = std::string(*v);
+      return true;
+    }
     return fail("未知的选项 '" + std::string(name) + "'");
   }
 
@@ -182,6 +199,10 @@ struct Parser {
       fail("缺少脚本文件");
     } else if (result.run.record && result.run.db.empty()) {
       fail("选项 --record 需要 --db");
+    } else if (result.run.workbook.empty() && !result.run.sheet.empty()) {
+      fail("--sheet 需要同时给出 --workbook");
+    } else if (result.run.workbook.empty() && !result.run.save.empty()) {
+      fail("--save 需要同时给出 --workbook");
     }
   }
 };

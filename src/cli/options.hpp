@@ -28,7 +28,10 @@ struct RunOptions {
   std::string db;                     // --db: the database file, empty for none
   std::optional<std::string> record;  // --record: the SQL of the current record
   bool traceSql = false;
-  std::string script;  // a path, or "-" for standard input
+  std::string script;    // a path, or "-" for standard input
+  std::string workbook;  // --workbook: the .xlsx file offered as ExcelBook
+  std::string sheet;     // --sheet: number or name of the active sheet
+  std::string save;      // --save: where the workbook is written instead
 };
 
 struct CommandLine {

@@ -15,6 +15,7 @@
 #include "korvex/engine.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/user_interface.hpp"
+#include "korvex/workbook.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::cli {
@@ -157,6 +158,34 @@ RunOutcome outcomeOf(const BasicEngine& engine, const RecordingUserInterface& ui
   return r;
 }
 
+// The sheet --sheet names: a number is its position, anything else a name.
+Value sheetSelector(const std::string& text) {
+  const bool number =
+      !text.empty() && text.find_first_not_of("0123456789") == std::string::npos && text.size() < 9;
+  return number ? Value::lng(std::stoi(text)) : Value::string(fromUtf8(text));
+}
+
+// Opens --workbook and --sheet on the engine; false after reporting why.
+bool attachWorkbook(const RunOptions& options, BasicEngine& engine, std::shared_ptr<Workbook>& book,
+                    std::ostream& err) {
+  if (options.workbook.empty()) return true;
+  std::u16string error;
+  book = Workbook::open(options.workbook, error);
+  if (!book) {
+    err << "korvex: " << toUtf8(error) << '\n';
+    return false;
+  }
+  engine.SetExcelBook(book);
+  if (options.sheet.empty()) return true;
+  const DispatchResult sheet = book->sheet(sheetSelector(options.sheet));
+  if (!sheet.ok()) {
+    err << "korvex: --sheet " << options.sheet << ": " << toUtf8(sheet.description) << '\n';
+    return false;
+  }
+  engine.SetActiveExcelSheet(sheet.value.objectValue());
+  return true;
+}
+
 }  // namespace
 
 std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
@@ -179,6 +208,8 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     err << "korvex: " << dbError << '\n';
     return kExitUsage;
   }
+  std::shared_ptr<Workbook> book;
+  if (!attachWorkbook(options, engine, book, err)) return kExitUsage;
   if (const Locale* loc = Locale::byName(options.locale)) engine.SetLocale(*loc);
 
   std::shared_ptr<RecordingUserInterface> recorder;
@@ -211,6 +242,14 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     engine.Execute();
   }
 
+  // Cells written before an error are kept, as in an open spreadsheet.
+  bool saved = true;
+  if (book && book->modified()) {
+    std::u16string error;
+    saved = book->save(options.save.empty() ? options.workbook : options.save, error);
+    if (!saved) err << "korvex: " << toUtf8(error) << '\n';
+  }
+
   if (options.json) {
     RunOutcome outcome = outcomeOf(engine, *recorder);
     outcome.sql = database.traced();
@@ -220,6 +259,7 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误
         << toUtf8(engine.ErrMsg()) << '\n';
   }
+  if (!saved) return kExitUsage;
   return engine.ErrNum() == 0 ? kExitSuccess : kExitScriptFailed;
 }
 

@@ -1,4 +1,5 @@
 // CallFunction: from a class identity to its descriptor.
+#include "datasource/cell_functions.hpp"
 #include "datasource/sql_descriptors.hpp"
 #include "functions/function_call.hpp"
 #include "functions/function_descriptors.hpp"
@@ -8,8 +9,8 @@ namespace {
 
 using namespace fn;
 
-// The general and SQL functions; the other data-source classes (cells,
-// wage domain) are not here yet and answer as unavailable.
+// The general, SQL and cell functions; the other data-source classes
+// (wage domain) are not here yet and answer as unavailable.
 const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   switch (cls) {
     // clang-format off
@@ -52,6 +53,9 @@ const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
     case FunctionClass::ExecuteSQL: return &kExecuteSQL;
     case FunctionClass::DoSqlEx: return &kDoSqlEx;
     case FunctionClass::WA_GetFieldValue: return &kWaGetFieldValue;
+    case FunctionClass::GetCell: return &kGetCell;
+    case FunctionClass::SetCell: return &kSetCell;
+    case FunctionClass::SetCellFormula: return &kSetCellFormula;
     // clang-format on
     default:
       return nullptr;
