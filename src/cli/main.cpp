@@ -1,4 +1,5 @@
 // korvex: runs payroll scripts from the command line.
+#include <csignal>
 #include <iostream>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,8 @@
 
 int main(int argc, char** argv) {
   using korvex::cli::CommandLine;
+  // A reader that went away is a failed write to report, not a silent end.
+  std::signal(SIGPIPE, SIG_IGN);
   std::vector<std::string_view> args;
   for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
   if (!args.empty() && args.front() == "demo") {
