@@ -129,6 +129,11 @@ class BasicEngine {
   /// Stores the record set and rebuilds the cached field names; a record
   /// set that cannot list its fields leaves its error in ErrNum / ErrMsg.
   void SetRecordSet(ObjectRef rs) noexcept;
+  /// Where the SQL functions create the objects they use on their own (a
+  /// private Connection, a Recordset): "Connection", "Recordset",
+  /// "Command". Null (the default) means the SQLite data-access objects.
+  const std::shared_ptr<korvex::ObjectFactory>& Objects() const noexcept;
+  void SetObjectFactory(std::shared_ptr<korvex::ObjectFactory> factory) noexcept;
   const ObjectRef& ExcelBook() const noexcept;
   void SetExcelBook(ObjectRef obj) noexcept;
   const ObjectRef& ActiveExcelSheet() const noexcept;

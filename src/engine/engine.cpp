@@ -66,6 +66,12 @@ void BasicEngine::SetLanguage(std::int32_t lang) noexcept { s_->language = lang;
 const ObjectRef& BasicEngine::Parent() const noexcept { return s_->parent; }
 void BasicEngine::SetParent(ObjectRef obj) noexcept { s_->parent = std::move(obj); }
 const ObjectRef& BasicEngine::RecordSet() const noexcept { return s_->record; }
+const std::shared_ptr<ObjectFactory>& BasicEngine::Objects() const noexcept {
+  return s_->objectFactory;
+}
+void BasicEngine::SetObjectFactory(std::shared_ptr<korvex::ObjectFactory> factory) noexcept {
+  s_->objectFactory = std::move(factory);
+}
 const ObjectRef& BasicEngine::ExcelBook() const noexcept { return s_->excelBook; }
 void BasicEngine::SetExcelBook(ObjectRef obj) noexcept { s_->excelBook = std::move(obj); }
 const ObjectRef& BasicEngine::ActiveExcelSheet() const noexcept { return s_->activeSheet; }
@@ -156,6 +162,7 @@ void services::ShareStateOf(BasicEngine& child, BasicEngine& parent) {
   EngineAccess::State& c = EngineAccess::state(child);
   const EngineAccess::State& p = EngineAccess::state(parent);
   c.parent = p.parent;
+  c.objectFactory = p.objectFactory;
   c.symbols = p.symbols;
   c.record = p.record;
   c.fieldNames = p.fieldNames;
