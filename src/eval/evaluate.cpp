@@ -3,6 +3,7 @@
 #include <string>
 
 #include "engine/messages.hpp"
+#include "engine/nesting.hpp"
 #include "eval/eval.hpp"
 #include "eval/to_postfix.hpp"
 #include "korvex/engine.hpp"
@@ -183,6 +184,8 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
 }  // namespace eval
 
 Value Evaluate(BasicEngine& engine, std::u16string_view expression) {
+  // Function arguments are evaluated from inside this call.
+  const NestingLevel level;
   eval::ScratchLease lease;
   eval::Scratch& work = lease.get();
   if (eval::toPostfix(engine, expression, work) != 0) return {};

@@ -296,7 +296,7 @@ bool Converter::call(const NameEntry& e) {
   StringOp reader;
   if (i_ + 2 > 32767) vb::raise(vb::kOverflow);  // positions are 16-bit
   std::int16_t pos = static_cast<std::int16_t>(i_ + 2);
-  std::u16string args;
+  std::u16string_view args;
   if (reader.ReadStringParentheses(text_, pos, args) != 0) {
     return fail(reader.ErrNum(), reader.ErrMsg());
   }
