@@ -9,26 +9,33 @@ namespace korvex {
 
 std::int32_t Paras::Parse(std::u16string_view text) {
   items_.clear();
+  rewritten_.clear();
   errNum_ = 0;
   errMsg_.clear();
 
   std::u16string_view list = trimBlanks(text);
   if (!list.empty() && list.front() == u'(') list.remove_prefix(1);
   if (!list.empty() && list.back() == u')') list.remove_suffix(1);
-  paraText_.assign(list);
+  paraText_ = list;
 
   StringOp scanner;
   std::int16_t index = 0;
   std::int16_t pos = 1;
-  std::u16string piece;
-  const std::u16string_view all = paraText_;
-  while (static_cast<std::size_t>(pos) <= all.size()) {
-    piece.clear();
+  while (static_cast<std::size_t>(pos) <= list.size()) {
+    const std::int16_t start = pos;
+    std::u16string_view piece;
+    bool blanksDropped = false;
     bool separator = false;
-    if (scanner.ReadStringUntilMeetCommaOrEnd(all, pos, piece, separator) != 0) {
+    if (scanner.FindListItem(list, pos, piece, blanksDropped, separator) != 0) {
       errNum_ = scanner.ErrNum();
       errMsg_ = scanner.ErrMsg();
       return errNum_;
+    }
+    if (blanksDropped) {
+      std::int16_t again = start;
+      std::u16string& text = rewritten_.emplace_back();
+      scanner.ReadStringUntilMeetCommaOrEnd(list, again, text, separator);
+      piece = text;
     }
     if (!piece.empty()) {
       items_.push_back(Para{piece, index, Value{}});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,13 +15,19 @@ namespace korvex {
 class BasicEngine;
 
 struct Para {
-  std::u16string Expression;   // source text as cut from the list
-  std::int16_t ParaIndex = 0;  // counted from 0
-  Value value;                 // after EvaluateParas
+  std::u16string_view Expression;  // source text as cut from the list
+  std::int16_t ParaIndex = 0;      // counted from 0
+  Value value;                     // after EvaluateParas
 };
 
+// The list refers to the text it was parsed from, which must outlive it:
+// nested calls hand their arguments down as views, not copies.
 class Paras {
  public:
+  Paras() = default;
+  Paras(const Paras&) = delete;
+  Paras& operator=(const Paras&) = delete;
+
   /// Splits the text: outer "(" and ")" dropped (each at most once), then
   /// top-level "," / "，" separate arguments; empty arguments are dropped.
   /// Returns ErrNum().
@@ -34,14 +41,17 @@ class Paras {
   /// 1-based, as the list counts.
   const Para& Item(std::size_t index) const { return items_.at(index - 1); }
   Para& Item(std::size_t index) { return items_.at(index - 1); }
-  const std::u16string& ParaText() const noexcept { return paraText_; }
+  std::u16string_view ParaText() const noexcept { return paraText_; }
 
   std::int32_t ErrNum() const noexcept { return errNum_; }
   const std::u16string& ErrMsg() const noexcept { return errMsg_; }
 
  private:
-  std::u16string paraText_;
+  std::u16string_view paraText_;
   std::vector<Para> items_;
+  // The few arguments whose text is not a run of the list as written
+  // (blanks between their parts are dropped).
+  std::deque<std::u16string> rewritten_;
   std::int32_t errNum_ = 0;
   std::u16string errMsg_;
 };

@@ -25,6 +25,14 @@ std::int16_t position(std::size_t index) {
 std::int16_t lastPosition(std::u16string_view text) {
   return text.empty() ? 0 : position(text.size() - 1);
 }
+// Where a reader starting at `pos` begins, 0-based.
+std::size_t startIndex(std::int16_t pos) { return pos < 1 ? 0 : static_cast<std::size_t>(pos) - 1; }
+// The text from position `from` through position `to` (both 1-based).
+std::u16string_view between(std::u16string_view text, std::int16_t from, std::int16_t to) {
+  const std::size_t begin = startIndex(from);
+  const std::size_t end = static_cast<std::size_t>(to < 0 ? 0 : to);
+  return begin < end ? text.substr(begin, end - begin) : std::u16string_view{};
+}
 
 }  // namespace
 
@@ -55,8 +63,7 @@ std::int32_t StringOp::fail(std::int32_t number, std::u16string msg) {
   return number;
 }
 
-std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& pos,
-                                       std::u16string& piece) {
+std::int32_t StringOp::quoteEnd(std::u16string_view text, std::int16_t& pos) {
   // pos is on the opening quote; the next quote closes, whatever precedes it.
   const std::size_t open = static_cast<std::size_t>(pos) - 1;
   const std::size_t close = text.find(u'"', open + 1);
@@ -67,21 +74,19 @@ std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& p
     m += text;
     return fail(2, std::move(m));
   }
-  piece.append(text.substr(open, close - open + 1));
   pos = position(close);
   return 0;
 }
 
-std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
-                                             std::u16string& piece) {
+std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
   int depth = 0;
   bool opened = false;
-  std::size_t i = pos < 1 ? 0 : static_cast<std::size_t>(pos) - 1;
+  std::size_t i = startIndex(pos);
   for (; i < text.size(); ++i) {
     const char16_t c = text[i];
     if (c == u'"') {
       std::int16_t qpos = position(i);
-      if (ReadStringQueto(text, qpos, piece) != 0) {
+      if (quoteEnd(text, qpos) != 0) {
         pos = qpos;
         return errNum_;
       }
@@ -89,9 +94,7 @@ std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int1
     } else if (c == u'(') {
       opened = true;
       ++depth;
-      piece += c;
     } else if (c == u')') {
-      piece += c;
       if (depth == 1) {
         pos = position(i);
         return 0;
@@ -100,8 +103,6 @@ std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int1
     } else if (!opened && !isBlank(c)) {
       pos = position(i);
       return fail(26, std::u16string(msg::kMissingOpen));
-    } else {
-      piece += c;
     }
   }
   pos = lastPosition(text);
@@ -109,38 +110,92 @@ std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int1
   return 0;
 }
 
-std::int32_t StringOp::ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
-                                                     std::u16string& piece, bool& separatorFound) {
+std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& pos,
+                                       std::u16string& piece) {
+  const std::int16_t start = pos;
+  if (quoteEnd(text, pos) != 0) return errNum_;
+  piece.append(between(text, start, pos));
+  return 0;
+}
+
+std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
+                                             std::u16string_view& piece) {
+  const std::int16_t start = pos;
+  if (groupEnd(text, pos) != 0) return errNum_;
+  piece = between(text, start, pos);
+  return 0;
+}
+
+std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
+                                             std::u16string& piece) {
+  std::u16string_view view;
+  if (ReadStringParentheses(text, pos, view) != 0) return errNum_;
+  piece.append(view);
+  return 0;
+}
+
+std::int32_t StringOp::listItem(std::u16string_view text, std::int16_t& pos, std::u16string* out,
+                                std::u16string_view& span, bool& blanksDropped,
+                                bool& separatorFound) {
   separatorFound = false;
+  blanksDropped = false;
+  span = {};
   const auto trimmed = trimBlanks(text);
   if (!trimmed.empty() && trimmed.back() == u',') {
     return fail(2, std::u16string(msg::kBadExpression));
   }
-  std::size_t i = pos < 1 ? 0 : static_cast<std::size_t>(pos) - 1;
+  std::size_t first = std::u16string_view::npos;
+  std::size_t last = 0;
+  bool blankPending = false;
+  // Characters from..to count: quoted strings and groups whole, anything
+  // else but blanks one by one.
+  const auto keep = [&](std::size_t from, std::size_t to) {
+    if (first == std::u16string_view::npos) first = from;
+    blanksDropped = blanksDropped || blankPending;
+    blankPending = false;
+    last = to;
+    if (out != nullptr) out->append(text.substr(from, to - from + 1));
+  };
+  std::size_t i = startIndex(pos);
   for (; i < text.size(); ++i) {
     const char16_t c = text[i];
     if (c == u'"' || c == u'(') {
       std::int16_t p = position(i);
-      const std::int32_t r =
-          c == u'"' ? ReadStringQueto(text, p, piece) : ReadStringParentheses(text, p, piece);
+      const std::int32_t r = c == u'"' ? quoteEnd(text, p) : groupEnd(text, p);
       if (r != 0) {
         pos = p;
         return r;
       }
+      keep(i, static_cast<std::size_t>(p) - 1);
       i = static_cast<std::size_t>(p) - 1;
     } else if (c == u'\'') {
       // The rest of the line is a comment: the list ends here.
       break;
     } else if (c == u',' || c == u'，') {
       separatorFound = true;
-      pos = position(i);
-      return 0;
+      break;
     } else if (!isBlank(c)) {
-      piece += c;
+      keep(i, i);
+    } else if (first != std::u16string_view::npos) {
+      blankPending = true;
     }
   }
-  pos = lastPosition(text);
+  pos = separatorFound ? position(i) : lastPosition(text);
+  if (first != std::u16string_view::npos) span = text.substr(first, last - first + 1);
   return 0;
+}
+
+std::int32_t StringOp::ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
+                                                     std::u16string& piece, bool& separatorFound) {
+  std::u16string_view span;
+  bool blanksDropped = false;
+  return listItem(text, pos, &piece, span, blanksDropped, separatorFound);
+}
+
+std::int32_t StringOp::FindListItem(std::u16string_view text, std::int16_t& pos,
+                                    std::u16string_view& span, bool& blanksDropped,
+                                    bool& separatorFound) {
+  return listItem(text, pos, nullptr, span, blanksDropped, separatorFound);
 }
 
 }  // namespace korvex

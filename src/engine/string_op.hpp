@@ -38,16 +38,34 @@ class StringOp {
   /// kept). Errors 26 (something before the "(") and 25 (unbalanced).
   std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
                                      std::u16string& piece);
+  /// The same piece as a view into `text`: a group is always a run of the
+  /// text as written, so nested calls need not copy it.
+  std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
+                                     std::u16string_view& piece);
   /// One element of an argument list (see Paras). Error 2 for a list that
   /// ends with a separator.
   std::int32_t ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
                                              std::u16string& piece, bool& separatorFound);
+  /// The same element located without copying it: `span` runs from its
+  /// first to its last character that counts, and `blanksDropped` tells
+  /// that blanks between those do not count; only then does the element's
+  /// text (ReadStringUntilMeetCommaOrEnd) differ from `span`.
+  std::int32_t FindListItem(std::u16string_view text, std::int16_t& pos, std::u16string_view& span,
+                            bool& blanksDropped, bool& separatorFound);
 
   std::int32_t ErrNum() const noexcept { return errNum_; }
   const std::u16string& ErrMsg() const noexcept { return errMsg_; }
 
  private:
   std::int32_t fail(std::int32_t number, std::u16string msg);
+  // Move pos from the opening quote to the closing one / from the start of
+  // a group to its closing ")".
+  std::int32_t quoteEnd(std::u16string_view text, std::int16_t& pos);
+  std::int32_t groupEnd(std::u16string_view text, std::int16_t& pos);
+  // The list element reader behind both public forms; `out` (if any)
+  // receives the element's text.
+  std::int32_t listItem(std::u16string_view text, std::int16_t& pos, std::u16string* out,
+                        std::u16string_view& span, bool& blanksDropped, bool& separatorFound);
   std::int32_t errNum_ = 0;
   std::u16string errMsg_;
 };

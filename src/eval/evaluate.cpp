@@ -4,6 +4,7 @@
 
 #include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
+#include "engine/nesting.hpp"
 #include "eval/eval.hpp"
 #include "eval/to_postfix.hpp"
 #include "korvex/engine.hpp"
@@ -181,6 +182,8 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
 }  // namespace eval
 
 Value Evaluate(BasicEngine& engine, std::u16string_view expression) {
+  // Function arguments are evaluated from inside this call.
+  const NestingLevel level;
   eval::ScratchLease lease;
   eval::Scratch& work = lease.get();
   if (eval::toPostfix(engine, expression, work) != 0) return {};

@@ -76,7 +76,7 @@ class Converter {
   bool callHost(const HostFunctionEntry& e);
   // The argument text after a function name, parentheses included; false
   // with the error reported when it cannot be read.
-  bool readArguments(std::u16string& args);
+  bool readArguments(std::u16string_view& args);
   bool finishCall(std::int32_t status, Value result);
   // A relational or word operator at i_, or Op::None; moves i_ onto the
   // operator's last character.
@@ -295,7 +295,7 @@ bool Converter::constant(const NameEntry& e) {
   return false;
 }
 
-bool Converter::readArguments(std::u16string& args) {
+bool Converter::readArguments(std::u16string_view& args) {
   // The argument text runs from just after the name through the matching
   // ")"; it is handed over with its parentheses.
   StringOp reader;
@@ -320,7 +320,7 @@ bool Converter::finishCall(std::int32_t status, Value result) {
 }
 
 bool Converter::call(const NameEntry& e) {
-  std::u16string args;
+  std::u16string_view args;
   if (!readArguments(args)) return false;
   Value result;
   if (e.kind == NameKind::Inline) {
@@ -333,7 +333,7 @@ bool Converter::call(const NameEntry& e) {
 }
 
 bool Converter::callHost(const HostFunctionEntry& e) {
-  std::u16string args;
+  std::u16string_view args;
   if (!readArguments(args)) return false;
   Value result;
   const std::int32_t status = CallHostFunction(e, args, result, engine_);

@@ -3,6 +3,7 @@
 
 #include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
+#include "engine/nesting.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
 #include "korvex/engine.hpp"
@@ -64,6 +65,8 @@ std::int32_t splitIf(BasicEngine& engine, std::u16string_view line, IfParts& par
 // The tail of a true single-line IF runs as a script of its own on a child
 // engine that shares the variables and the record.
 std::int32_t runTail(BasicEngine& engine, std::u16string_view tail) {
+  // The tail may itself be a single-line IF.
+  const NestingLevel level;
   BasicEngine child;
   child.SetParent(engine.Parent());
   services::ShareStateOf(child, engine);

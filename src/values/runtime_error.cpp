@@ -14,6 +14,8 @@ std::u16string_view runtimeErrorText(std::int32_t number) noexcept {
       return u"除数为零";
     case kTypeMismatch:
       return u"类型不匹配";
+    case kOutOfStackSpace:
+      return u"堆栈空间溢出";
     case kObjectNotSet:
       return u"对象变量或 With 块变量未设置";
     case kInvalidNull:

@@ -20,6 +20,7 @@ inline constexpr std::int32_t kOverflow = 6;          // 溢出
 inline constexpr std::int32_t kSubscript = 9;         // 下标越界
 inline constexpr std::int32_t kDivisionByZero = 11;   // 除数为零
 inline constexpr std::int32_t kTypeMismatch = 13;     // 类型不匹配
+inline constexpr std::int32_t kOutOfStackSpace = 28;  // 堆栈空间溢出
 inline constexpr std::int32_t kObjectNotSet = 91;     // 对象变量或 With 块变量未设置
 inline constexpr std::int32_t kInvalidNull = 94;      // 无效使用 Null
 inline constexpr std::int32_t kObjectRequired = 424;  // 要求对象
