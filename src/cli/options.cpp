@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
+    "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
@@ -25,6 +26,12 @@ constexpr std::string_view kUsage =
     "  --json             把运行结果作为一个 JSON 对象输出到标准输出\n"
     "                     (消息框只记录, 不显示)\n"
     "  --encoding ENC     脚本编码: utf-8 (默认) 或 gbk\n"
+    "  --db PATH          打开 SQLite 数据库文件 PATH (必须已存在), 作为宿主对象\n"
+    "                     Parent 的成员 \"Connect\" 交给脚本\n"
+    "  --record SQL       当前记录 RecordSet 为 SQL 在该数据库上的结果 (第一行为\n"
+    "                     当前行; 给字段赋值写回数据库); 需要 --db\n"
+    "  --trace-sql        JSON 结果在 \"messages\" 之后加 \"sql\": 运行中发给数据库的\n"
+    "                     每一条 SQL 文本, 按顺序, 原样\n"
     "  --workbook PATH    把 .xlsx 工作簿 PATH 作为 ExcelBook (GETCELL, SETCELL,\n"
     "                     SetCellFormula 使用); 文件不存在时新建, 含一张空表 Sheet1\n"
     "  --sheet N|NAME     活动工作表 (ActiveExcelSheet): 序号 (从 1 起) 或名称\n"
@@ -79,6 +86,22 @@ struct Parser {
     if (name == "--json") {
       if (inlineValue) return fail("选项 --json 不带值");
       run.json = true;
+      return true;
+    }
+    if (name == "--trace-sql") {
+      if (inlineValue) return fail("选项 --trace-sql 不带值");
+      run.traceSql = true;
+      return true;
+    }
+    if (name == "--db" || name == "--record") {
+      const auto v = value(name, inlineValue);
+      if (!v) return false;
+      if (name == "--db") {
+        if (v->empty()) return fail("选项 --db 需要一个数据库文件");
+        run.db = std::string(*v);
+      } else {
+        run.record = std::string(*v);
+      }
       return true;
     }
     if (name == "--set") {
@@ -174,6 +197,8 @@ struct Parser {
     }
     if (result.run.script.empty()) {
       fail("缺少脚本文件");
+    } else if (result.run.record && result.run.db.empty()) {
+      fail("选项 --record 需要 --db");
     } else if (result.run.workbook.empty() && !result.run.sheet.empty()) {
       fail("--sheet 需要同时给出 --workbook");
     } else if (result.run.workbook.empty() && !result.run.save.empty()) {

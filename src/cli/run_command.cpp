@@ -3,13 +3,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <iostream>
-#include <iterator>
 #include <memory>
 
+#include "cli/database.hpp"
 #include "cli/json.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/locale.hpp"
@@ -42,9 +43,12 @@ class AnsweringConsole : public ConsoleUserInterface {
 };
 
 // Ctrl-C asks the running script to stop (the engine's stop prompt then
-// decides); a second Ctrl-C before the next line starts ends the process.
+// decides); a second Ctrl-C before that is settled ends the process, the
+// stop prompt included.
 BasicEngine* volatile gRunning = nullptr;
 volatile std::sig_atomic_t gInterrupts = 0;
+// The count the previous line started with.
+volatile std::sig_atomic_t gInterruptsAtLastLine = 0;
 
 extern "C" void onInterrupt(int) {
   gInterrupts = gInterrupts + 1;
@@ -56,10 +60,21 @@ extern "C" void onInterrupt(int) {
   gRunning->RequestStop();
 }
 
+// Runs at the top of every line, just before the engine would show the stop
+// prompt. A Ctrl-C that came since the previous line is about to be asked
+// about, so it still counts; one the prompt has been shown for (and answered
+// No) is settled, and counting starts afresh.
+bool countInterruptsAfresh(std::int16_t) {
+  if (gInterrupts == gInterruptsAtLastLine) gInterrupts = 0;
+  gInterruptsAtLastLine = gInterrupts;
+  return true;
+}
+
 class InterruptGuard {
  public:
   explicit InterruptGuard(BasicEngine& engine) {
     gInterrupts = 0;
+    gInterruptsAtLastLine = 0;
     gRunning = &engine;
     previous_ = std::signal(SIGINT, onInterrupt);
   }
@@ -87,17 +102,29 @@ std::string describeErrno(int code) {
       return "是一个目录";
     case ENOTDIR:
       return "路径中有一段不是目录";
+    case ENOSPC:
+      return "设备上没有空间";
+    case EPIPE:
+      return "管道的读取端已关闭";
     default:
       return std::strerror(code);
   }
 }
 
-// Reads a descriptor to its end; false on a read error (a directory, an
-// I/O failure), which stream buffers would pass off as the end of the file.
+// No script is longer than 32767 characters, and no bytes decode to fewer
+// than one character per four bytes (byte-order mark aside): a text longer
+// than this is too long whatever it holds, so reading stops one byte past it
+// and the engine reports the over-long script as it reports any other.
+constexpr std::size_t kLongestScriptBytes = 4 * 32767 + kUtf8Bom.size();
+
+// Reads a descriptor to its end or one byte past the longest script; false
+// on a read error (a directory, an I/O failure), which stream buffers would
+// pass off as the end of the file.
 bool readDescriptor(int fd, std::string& bytes) {
   char buffer[1 << 16];
-  for (;;) {
-    const ssize_t n = ::read(fd, buffer, sizeof buffer);
+  while (bytes.size() <= kLongestScriptBytes) {
+    const std::size_t wanted = std::min(sizeof buffer, kLongestScriptBytes + 1 - bytes.size());
+    const ssize_t n = ::read(fd, buffer, wanted);
     if (n == 0) return true;
     if (n < 0) {
       if (errno == EINTR) continue;
@@ -105,6 +132,17 @@ bool readDescriptor(int fd, std::string& bytes) {
     }
     bytes.append(buffer, static_cast<std::size_t>(n));
   }
+  return true;
+}
+
+bool readStream(std::istream& in, std::string& bytes) {
+  char buffer[1 << 16];
+  while (bytes.size() <= kLongestScriptBytes && in) {
+    const std::size_t wanted = std::min(sizeof buffer, kLongestScriptBytes + 1 - bytes.size());
+    in.read(buffer, static_cast<std::streamsize>(wanted));
+    bytes.append(buffer, static_cast<std::size_t>(in.gcount()));
+  }
+  return !in.bad();
 }
 
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
@@ -112,9 +150,7 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
   if (path == "-") {
     // The process's own standard input is read directly, so that a failed
     // read is told from an empty script; other streams come from tests.
-    const bool ok = &in == &std::cin
-                        ? readDescriptor(STDIN_FILENO, bytes)
-                        : (bytes.assign(std::istreambuf_iterator<char>(in), {}), !in.bad());
+    const bool ok = &in == &std::cin ? readDescriptor(STDIN_FILENO, bytes) : readStream(in, bytes);
     if (!ok) {
       error = std::string("无法从标准输入读取脚本: ") + describeErrno(errno);
       return std::nullopt;
@@ -202,6 +238,11 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   }
 
   BasicEngine engine;
+  DatabaseSession database;
+  if (std::string dbError; !database.attach(options, engine, dbError)) {
+    err << "korvex: " << dbError << '\n';
+    return kExitUsage;
+  }
   std::shared_ptr<Workbook> book;
   if (!attachWorkbook(options, engine, book, err)) return kExitUsage;
   if (const Locale* loc = Locale::byName(options.locale)) engine.SetLocale(*loc);
@@ -229,10 +270,7 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
   {
     InterruptGuard guard(engine);
-    engine.SetLineHook([](std::int16_t) {
-      gInterrupts = 0;
-      return true;
-    });
+    engine.SetLineHook(countInterruptsAfresh);
     engine.Execute();
   }
 
@@ -244,10 +282,22 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     if (!saved) err << "korvex: " << toUtf8(error) << '\n';
   }
 
+  errno = 0;
   if (options.json) {
-    out << outcomeJson(outcomeOf(engine, *recorder)) << '\n' << std::flush;
-  } else if (engine.ErrNum() != 0) {
-    out << std::flush;
+    RunOutcome outcome = outcomeOf(engine, *recorder);
+    outcome.sql = database.traced();
+    out << outcomeJson(outcome) << '\n';
+  }
+  out << std::flush;
+  if (!out) {
+    // An outcome nobody can read is no success.
+    const int code = errno;
+    err << "korvex: 无法写出运行结果";
+    if (code != 0) err << ": " << describeErrno(code);
+    err << '\n';
+    return kExitUsage;
+  }
+  if (!options.json && engine.ErrNum() != 0) {
     err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误
         << toUtf8(engine.ErrMsg()) << '\n';
   }

@@ -1,5 +1,6 @@
 // CallFunction: from a class identity to its descriptor.
 #include "datasource/cell_functions.hpp"
+#include "datasource/sql_descriptors.hpp"
 #include "functions/function_call.hpp"
 #include "functions/function_descriptors.hpp"
 
@@ -8,8 +9,8 @@ namespace {
 
 using namespace fn;
 
-// The general functions and the cell functions; the other data-source
-// classes (SQL, wage domain) are not here and answer as unavailable.
+// The general, SQL and cell functions; the other data-source classes
+// (wage domain) are not here yet and answer as unavailable.
 const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   switch (cls) {
     // clang-format off
@@ -49,6 +50,9 @@ const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
     case FunctionClass::WeekDayName: return &kWeekDayName;
     case FunctionClass::Time: return &kTime;
     case FunctionClass::Num2Chinese: return &kNum2Chinese;
+    case FunctionClass::ExecuteSQL: return &kExecuteSQL;
+    case FunctionClass::DoSqlEx: return &kDoSqlEx;
+    case FunctionClass::WA_GetFieldValue: return &kWaGetFieldValue;
     case FunctionClass::GetCell: return &kGetCell;
     case FunctionClass::SetCell: return &kSetCell;
     case FunctionClass::SetCellFormula: return &kSetCellFormula;

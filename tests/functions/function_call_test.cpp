@@ -18,8 +18,6 @@ TEST(CallFunction, ClassesNotYetAvailableFailAsBadArgumentsUnderTheirDisplayName
     const char16_t* displayName;
   };
   const Unavailable kUnavailable[] = {
-      {FunctionClass::ExecuteSQL, u"ExecuteSQL", u"DoSQL"},
-      {FunctionClass::DoSqlEx, u"DoSqlEx", u"DoSqlEx"},
       {FunctionClass::EmployesProperty, u"员工属性", u"_员工属性"},
       {FunctionClass::WA_Total, u"_部门工资合计", u"_部门工资合计"},
       {FunctionClass::WA_JJgzSum, u"计件工资额", u"_计件工资额"},

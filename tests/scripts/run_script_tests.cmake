@@ -6,8 +6,12 @@
 # Trailing line breaks of NAME.json and of the output are ignored; everything
 # else must match byte for byte.
 #
+# An argument "@DB@" stands for a fresh database file made for the case in
+# WORK (default: the current directory) and filled by payroll.setup, a
+# script that builds the test payroll tables with DoSQL.
+#
 # Usage: cmake -DKORVEX=<korvex command> -DSCRIPTS=<dir> [-DFILTER=<regex>]
-#              -P run_script_tests.cmake
+#              [-DWORK=<dir>] -P run_script_tests.cmake
 
 if(NOT KORVEX OR NOT SCRIPTS)
   message(FATAL_ERROR "run_script_tests.cmake needs -DKORVEX=... and -DSCRIPTS=...")
@@ -52,6 +56,24 @@ foreach(case_file IN LISTS cases)
         list(APPEND args "${arg}")
       endif()
     endforeach()
+  endif()
+
+  if("${args}" MATCHES "@DB@")
+    if(NOT WORK)
+      set(WORK "${CMAKE_CURRENT_BINARY_DIR}")
+    endif()
+    set(db "${WORK}/${name}.db")
+    file(WRITE "${db}" "")
+    execute_process(
+      COMMAND "${KORVEX}" run --db "${db}" payroll.setup
+      WORKING_DIRECTORY "${SCRIPTS}"
+      OUTPUT_VARIABLE setup_out ERROR_VARIABLE setup_out RESULT_VARIABLE setup_status)
+    if(NOT setup_status EQUAL 0)
+      message("FAIL ${name}: payroll.setup failed: ${setup_out}")
+      list(APPEND failed "${name}")
+      continue()
+    endif()
+    string(REPLACE "@DB@" "${db}" args "${args}")
   endif()
 
   execute_process(
