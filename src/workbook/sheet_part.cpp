@@ -344,6 +344,12 @@ std::string SheetPart::patched(Styles& styles) const {
     // column.
     const Row& old = row->second;
     std::string start = xml_.substr(old.begin, old.tagEnd - old.begin);
+    // "spans" is a hint of the columns the row uses; written cells may fall
+    // outside it, so it goes.
+    if (const auto spans = start.find(" spans=\""); spans != std::string::npos) {
+      const auto close = start.find('"', spans + 8);
+      if (close != std::string::npos) start.erase(spans, close + 1 - spans);
+    }
     const bool selfClosing = old.end == old.tagEnd;
     if (selfClosing) {
       std::size_t slash = start.rfind('/');

@@ -92,7 +92,7 @@ inline std::map<std::string, std::string> sampleParts() {
       "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c><c r=\"B1\" t=\"s\"><v>1</v></c>"
       "<c r=\"C1\" t=\"inlineStr\"><is><t>行内</t></is></c><c r=\"D1\" t=\"b\"><v>1</v></c>"
       "<c r=\"E1\" s=\"2\"/></row>"
-      "<row r=\"2\"><c r=\"A2\"><v>3000.5</v></c><c r=\"B2\" s=\"1\"><v>45352</v></c>"
+      "<row r=\"2\" spans=\"1:5\"><c r=\"A2\"><v>3000.5</v></c><c r=\"B2\" s=\"1\"><v>45352</v></c>"
       "<c r=\"C2\" t=\"e\"><v>#DIV/0!</v></c><c r=\"D2\"><f>A2*2</f><v>6001</v></c>"
       "<c r=\"E2\" t=\"str\"><f>A1&amp;\"!\"</f><v>姓名!</v></c></row>"
       "<row r=\"3\"><c r=\"A3\"><f t=\"shared\" ref=\"A3:A4\" "

@@ -106,7 +106,8 @@ TEST(Workbook, SavingPatchesOnlyWhatWasWritten) {
   const std::string sheet = partOf(path, "xl/worksheets/sheet1.xml");
   for (const char* kept : {"<cols><col min=\"1\" max=\"1\" width=\"20\" customWidth=\"1\"/></cols>",
                            "<mergeCells count=\"1\"><mergeCell ref=\"C3:D3\"/></mergeCells>",
-                           "<c r=\"B1\" t=\"s\"><v>1</v></c>", "<dimension ref=\"A1:G6\"/>"}) {
+                           "<c r=\"B1\" t=\"s\"><v>1</v></c>", "<dimension ref=\"A1:G6\"/>",
+                           "<row r=\"2\"><c r=\"A2\"><v>42</v></c><c r=\"B2\" s=\"1\">"}) {
     EXPECT_NE(sheet.find(kept), std::string::npos) << kept << " in " << sheet;
   }
   EXPECT_EQ(partOf(path, "xl/calcChain.xml"), "(missing)");
