@@ -1,6 +1,7 @@
 #!/bin/sh
 # Sets KORVEX up on a Debian-based system: installs the build tools that are
-# missing, builds into build/ and runs examples/hello.bas.
+# missing, builds into build/, runs examples/hello.bas and computes a month of
+# the demo payroll.
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -34,3 +35,18 @@ cmake --build build -j"$jobs"
 
 echo "setup: running examples/hello.bas"
 build/korvex run --json examples/hello.bas
+
+# A month's payroll on a demo database: the formulas of examples/payroll/,
+# one per wage item, run in order as one script for every employee of the
+# open month (the demo closes the months before it).
+demo=build/demo.db
+if build/korvex demo --help >/dev/null 2>&1 && [ -d examples/payroll ]; then
+  rm -f "$demo" "$demo-journal"
+  build/korvex demo "$demo"
+  for f in examples/payroll/*.bas; do cat "$f"; echo; done >build/payroll_month.bas
+  echo "setup: computing March 2025 on $demo"
+  build/korvex batch build/payroll_month.bas --db "$demo" \
+    --record "SELECT * FROM [工资表2025年03月]"
+else
+  echo "setup: this build has no demo payroll yet; skipping the payroll batch"
+fi

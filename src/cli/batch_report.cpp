@@ -84,12 +84,16 @@ std::string summaryText(const BatchSummary& s) {
 }
 
 ProgressBar::ProgressBar(std::ostream& out, bool enabled)
-    : out_(out), enabled_(enabled), started_(std::chrono::steady_clock::now()) {}
+    : out_(out),
+      enabled_(enabled),
+      started_(std::chrono::steady_clock::now()),
+      lastDrawn_(started_) {}
 
 void ProgressBar::update(std::size_t done, std::size_t total) {
   if (!enabled_ || total == 0) return;
   const auto now = std::chrono::steady_clock::now();
-  if (shown_ && done < total && now - lastDrawn_ < std::chrono::milliseconds(100)) return;
+  // The first rows say little about the speed: the bar waits a moment.
+  if (done < total && now - lastDrawn_ < std::chrono::milliseconds(100)) return;
   lastDrawn_ = now;
   shown_ = true;
   const double elapsed = std::chrono::duration<double>(now - started_).count();

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/batch_command.hpp"
 #include "cli/demo_command.hpp"
 #include "cli/options.hpp"
 #include "cli/run_command.hpp"
@@ -25,6 +26,8 @@ int main(int argc, char** argv) {
       return korvex::cli::kExitSuccess;
     case CommandLine::Action::Run:
       return korvex::cli::runScript(cmd.run, std::cin, std::cout, std::cerr);
+    case CommandLine::Action::Batch:
+      return korvex::cli::runBatchCommand(cmd.batch, std::cin, std::cout, std::cerr);
     case CommandLine::Action::Error:
       break;
   }

@@ -11,6 +11,8 @@ namespace {
 constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
     "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
+    "      korvex batch SCRIPT --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
+    "                   [--dry-run] [--json]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
@@ -41,7 +43,17 @@ constexpr std::string_view kUsage =
     "运行后若写过单元格 (运行出错时也一样), 工作簿即被保存。\n"
     "\n"
     "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误, 脚本或工作簿无法读取,\n"
-    "或工作簿无法保存。\n";
+    "或工作簿无法保存。\n"
+    "\n"
+    "korvex batch 对 --record 查询结果的每一行运行一次脚本 (该行为当前记录),\n"
+    "把字段赋值写回数据库; 整批写入在同一个事务中, 中断时数据库保持原样。\n"
+    "  --db PATH          SQLite 数据库文件 (必须已存在)\n"
+    "  --record SQL       给出各行的查询\n"
+    "  --set NAME=EXPR    批处理开始前计算一次, 每行运行前设为变量 (可重复)\n"
+    "  --jobs N           用 N 个线程计算各行 (默认 1); 结果与 N 无关\n"
+    "  --dry-run          只计算, 不写入数据库\n"
+    "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
+    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -107,13 +119,9 @@ struct Parser {
     if (name == "--set") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
-      const auto eq = v->find('=');
-      const std::string_view name =
-          eq == std::string_view::npos ? "" : trimBlanks(v->substr(0, eq));
-      if (name.empty()) {
-        return fail("--set 需要 NAME=EXPR 的形式, 而不是 '" + std::string(*v) + "'");
-      }
-      run.presets.push_back({std::string(name), std::string(v->substr(eq + 1))});
+      auto preset = parsePreset(*v);
+      if (!preset) return fail("--set 需要 NAME=EXPR 的形式, 而不是 '" + std::string(*v) + "'");
+      run.presets.push_back(std::move(*preset));
       return true;
     }
     if (name == "--locale") {
@@ -178,6 +186,10 @@ struct Parser {
       result.action = CommandLine::Action::Help;
       return;
     }
+    if (command == "batch") {
+      result = parseBatchArguments(args.subspan(next));
+      return;
+    }
     if (command != "run") {
       fail("未知的命令 '" + std::string(command) + "'");
       return;
@@ -208,6 +220,14 @@ struct Parser {
 };
 
 }  // namespace
+
+std::optional<Preset> parsePreset(std::string_view text) {
+  const auto eq = text.find('=');
+  if (eq == std::string_view::npos) return std::nullopt;
+  const std::string_view name = trimBlanks(text.substr(0, eq));
+  if (name.empty()) return std::nullopt;
+  return Preset{std::string(name), std::string(text.substr(eq + 1))};
+}
 
 CommandLine parseCommandLine(std::span<const std::string_view> args) {
   Parser p{args, 0, {}};

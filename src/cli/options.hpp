@@ -34,15 +34,33 @@ struct RunOptions {
   std::string save;      // --save: where the workbook is written instead
 };
 
+/// `korvex batch`: the script once for every row of a query.
+struct BatchOptions {
+  std::string script;           // a path, or "-" for standard input
+  std::string database;         // --db: an existing SQLite file
+  std::string record;           // --record: the query giving the rows
+  std::vector<Preset> presets;  // --set, in command-line order
+  unsigned jobs = 1;            // --jobs: threads computing rows
+  bool dryRun = false;          // --dry-run: compute, write nothing
+  bool json = false;            // --json: the summary as one JSON line
+};
+
 struct CommandLine {
-  enum class Action { Help, Run, Error };
+  enum class Action { Help, Run, Batch, Error };
   Action action = Action::Error;
   RunOptions run;
+  BatchOptions batch;
   std::string error;  // for Action::Error: what was wrong, one line
 };
 
+/// NAME=EXPR of --set; nullopt when NAME is missing.
+std::optional<Preset> parsePreset(std::string_view text);
+
 /// Parses the arguments after the program name.
 CommandLine parseCommandLine(std::span<const std::string_view> args);
+
+/// Parses the arguments after "batch": action Batch, Help or Error.
+CommandLine parseBatchArguments(std::span<const std::string_view> args);
 
 /// The text of `korvex --help`.
 std::string_view usageText() noexcept;

@@ -223,6 +223,11 @@ bool attachWorkbook(const RunOptions& options, BasicEngine& engine, std::shared_
 
 }  // namespace
 
+std::optional<std::string> readScriptBytes(const std::string& path, std::istream& in,
+                                           std::string& error) {
+  return readAll(path, in, error);
+}
+
 std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
   if (encoding == Encoding::Gbk) return vb::decodeGbk(bytes);
   if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());

@@ -19,6 +19,11 @@ inline constexpr int kExitUsage = 2;
 /// mark, or GBK. Line breaks are kept exactly as written.
 std::u16string decodeScript(std::string_view bytes, Encoding encoding);
 
+/// The bytes of a script file, or of `in` for "-"; nullopt with `error` set
+/// (a Chinese one-line reason) when it cannot be read.
+std::optional<std::string> readScriptBytes(const std::string& path, std::istream& in,
+                                           std::string& error);
+
 /// Runs the script the options name. `in` is standard input (the script for
 /// "-", and console replies); `out` and `err` receive the report. Returns the
 /// exit status.

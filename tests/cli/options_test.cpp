@@ -40,6 +40,20 @@ TEST(Options, RunWithEveryOption) {
   EXPECT_TRUE(c.run.traceSql);
 }
 
+TEST(Options, Batch) {
+  const CommandLine c = parse({"batch", "pay.bas", "--db=p.db", "--record", "SELECT * FROM t",
+                               "--set", "M=3", "--jobs", "4", "--dry-run", "--json"});
+  ASSERT_EQ(c.action, CommandLine::Action::Batch) << c.error;
+  EXPECT_EQ(c.batch.script, "pay.bas");
+  EXPECT_EQ(c.batch.database, "p.db");
+  EXPECT_EQ(c.batch.record, "SELECT * FROM t");
+  EXPECT_EQ(c.batch.presets, (std::vector<Preset>{{"M", "3"}}));
+  EXPECT_EQ(c.batch.jobs, 4u);
+  EXPECT_TRUE(c.batch.dryRun);
+  EXPECT_TRUE(c.batch.json);
+  EXPECT_EQ(parse({"batch", "--help"}).action, CommandLine::Action::Help);
+}
+
 TEST(Options, Defaults) {
   const CommandLine c = parse({"run", "s.bas"});
   ASSERT_EQ(c.action, CommandLine::Action::Run);
@@ -89,6 +103,13 @@ TEST(Options, UsageErrors) {
       {{"run", "s.bas", "--answer"}, "--answer 需要一个值"},
       {{"run", "--record", "select 1", "s.bas"}, "--record 需要 --db"},
       {{"run", "--db=", "s.bas"}, "--db 需要一个数据库文件"},
+      {{"batch", "s.bas", "--record", "q"}, "需要 --db PATH"},
+      {{"batch", "s.bas", "--db", "p.db"}, "需要 --record SQL"},
+      {{"batch", "--db", "p.db", "--record", "q"}, "缺少脚本文件"},
+      {{"batch", "s.bas", "--db", "p", "--record", "q", "--jobs", "0"}, "--jobs 需要 1 到 64"},
+      {{"batch", "s.bas", "--db", "p", "--record", "q", "--jobs", "2x"}, "--jobs 需要 1 到 64"},
+      {{"batch", "s.bas", "--db", "p", "--record", "q", "--locale", "en-US"}, "未知的选项"},
+      {{"batch", "s.bas", "--db", "p", "--record", "q", "--dry-run=1"}, "--dry-run 不带值"},
   };
   for (const auto& c : cases) {
     const CommandLine r = parseCommandLine(c.args);

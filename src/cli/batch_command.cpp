@@ -1,0 +1,101 @@
+#include "cli/batch_command.hpp"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "cli/batch_database.hpp"
+#include "cli/batch_report.hpp"
+#include "cli/run_command.hpp"
+#include "korvex/engine.hpp"
+
+namespace korvex::cli {
+
+namespace {
+
+// Ctrl-C or a kill stops the batch: no new rows start and nothing is
+// committed. A second signal ends the process at once, which leaves the
+// database as it was too, since the writes were never committed.
+std::atomic<bool> gStop{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+extern "C" void onStopSignal(int signal) {
+  if (gStop.load()) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+    return;
+  }
+  gStop.store(true);
+}
+
+class StopSignals {
+ public:
+  StopSignals() {
+    gStop.store(false);
+    interrupt_ = std::signal(SIGINT, onStopSignal);
+    terminate_ = std::signal(SIGTERM, onStopSignal);
+  }
+  ~StopSignals() {
+    std::signal(SIGINT, interrupt_ == SIG_ERR ? SIG_DFL : interrupt_);
+    std::signal(SIGTERM, terminate_ == SIG_ERR ? SIG_DFL : terminate_);
+  }
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+
+ private:
+  void (*interrupt_)(int) = SIG_DFL;
+  void (*terminate_)(int) = SIG_DFL;
+};
+
+int usageError(std::ostream& err, const std::string& message) {
+  err << "korvex: " << message << '\n';
+  return kExitUsage;
+}
+
+}  // namespace
+
+int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream& out,
+                    std::ostream& err) {
+  std::string error;
+  const std::optional<std::string> bytes = readScriptBytes(options.script, in, error);
+  if (!bytes) return usageError(err, error);
+  std::optional<BatchDatabase> db = openBatchDatabase(options.database, options.record, error);
+  if (!db) return usageError(err, error);
+
+  BatchJob job;
+  job.script = decodeScript(*bytes, Encoding::Utf8);
+  job.jobs = options.jobs;
+  job.openWorker = db->openWorker;
+  {
+    // Evaluated once, with the database at hand but no current row.
+    BasicEngine engine;
+    if (const BatchJob::EngineSetup setup = db->openWorker()) setup(engine);
+    for (const Preset& preset : options.presets) {
+      const Value value = engine.Evaluate(fromUtf8(preset.expression));
+      if (engine.ErrNum() != 0) {
+        return usageError(err, "--set " + preset.name + '=' + preset.expression + ": " +
+                                   toUtf8(engine.ErrMsg()) + " (" +
+                                   std::to_string(engine.ErrNum()) + ")");
+      }
+      job.presets.emplace_back(fromUtf8(preset.name), value);
+    }
+  }
+
+  ProgressBar progress(err, &err == &std::cerr && ::isatty(STDERR_FILENO) == 1);
+  job.progress = [&progress](std::size_t done, std::size_t total) { progress.update(done, total); };
+  BatchSummary summary;
+  {
+    StopSignals signals;
+    job.stop = &gStop;
+    summary = runBatch(db->table, job, options.dryRun ? nullptr : db->writer.get());
+  }
+  progress.finish();
+
+  out << (options.json ? summaryJson(summary) + '\n' : summaryText(summary)) << std::flush;
+  if (summary.interrupted) return kExitInterrupted;
+  const bool written = summary.dryRun || summary.committed;
+  return summary.failed == 0 && written ? kExitSuccess : kExitScriptFailed;
+}
+
+}  // namespace korvex::cli

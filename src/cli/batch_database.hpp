@@ -1,0 +1,28 @@
+// The database side of `korvex batch`: the rows of the record query, a
+// connection of its own for every worker thread, and the writer that puts
+// the rows' assignments back in one transaction.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "cli/batch_runner.hpp"
+
+namespace korvex::cli {
+
+struct BatchDatabase {
+  BatchTable table;
+  /// For BatchJob::openWorker: opens a read-only connection on the calling
+  /// thread and hands it to the engines as Parent.Connect.
+  std::function<BatchJob::EngineSetup()> openWorker;
+  /// Writes on a connection of its own, through a record set of the query.
+  std::unique_ptr<BatchWriter> writer;
+};
+
+/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`;
+/// nullopt with `error` set (one line, for a usage error) when either fails.
+std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
+                                               const std::string& recordQuery, std::string& error);
+
+}  // namespace korvex::cli
