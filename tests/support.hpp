@@ -91,6 +91,23 @@ struct Harness {
   }
 };
 
+/// A script (lines joined by "\n") and Harness::outcome() after running it;
+/// write the outcome as "..."sv where it holds a NUL.
+struct ScriptCase {
+  std::string_view script;
+  std::string_view outcome;
+};
+
+/// Runs every case on a fresh engine and compares its outcome.
+template <std::size_t N>
+void expectOutcomes(const ScriptCase (&cases)[N]) {
+  for (const ScriptCase& c : cases) {
+    Harness h;
+    h.run(c.script);
+    EXPECT_EQ(h.outcome(), c.outcome) << c.script;
+  }
+}
+
 struct Outcome {
   std::int32_t errNum = 0;
   std::string errMsg;

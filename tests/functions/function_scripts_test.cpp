@@ -11,12 +11,6 @@ namespace {
 
 using namespace std::literals;
 
-// A script (lines joined by "\n") and Harness::outcome() after running it.
-struct ScriptCase {
-  std::string_view script;
-  std::string_view outcome;  // "..."sv where it holds a NUL
-};
-
 const ScriptCase kFunctionScripts[] = {
     // ansi
     {"DIM a, b, c\na = ASC(\"中\")\nb = CHR(-10544)\nc = LEN(\"中文\")",
@@ -187,13 +181,7 @@ const ScriptCase kFunctionScripts[] = {
     {"DIM x, y\nx = CHR(0) & \"and\" & CHR(0)\ny = x", "X=String:\000and\000 | Y=String:and"sv},
 };
 
-TEST(FunctionScripts, ResultsErrorsAndBoxes) {
-  for (const ScriptCase& c : kFunctionScripts) {
-    Harness h;
-    h.run(c.script);
-    EXPECT_EQ(h.outcome(), c.outcome) << c.script;
-  }
-}
+TEST(FunctionScripts, ResultsErrorsAndBoxes) { expectOutcomes(kFunctionScripts); }
 
 }  // namespace
 }  // namespace korvex::testing

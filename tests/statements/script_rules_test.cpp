@@ -12,12 +12,6 @@ namespace {
 
 using namespace std::literals;
 
-// A script (lines joined by "\n") and Harness::outcome() after running it.
-struct ScriptCase {
-  std::string_view script;
-  std::string_view outcome;  // "..."sv where it holds a NUL
-};
-
 // clang-format off
 const ScriptCase kStatements[] = {
     // the run loop driving statements: line suffixes, END, loops sharing state
@@ -303,13 +297,7 @@ const ScriptCase kStatements[] = {
 };
 // clang-format on
 
-TEST(ScriptRules, Statements) {
-  for (const ScriptCase& c : kStatements) {
-    Harness h;
-    h.run(c.script);
-    EXPECT_EQ(h.outcome(), c.outcome) << c.script;
-  }
-}
+TEST(ScriptRules, Statements) { expectOutcomes(kStatements); }
 
 const ScriptCase kExpressions[] = {
     // and
@@ -404,13 +392,7 @@ const ScriptCase kExpressions[] = {
      "ORDER=Double:1 | ANDY=Double:2 | NOTX=Double:3 | XORY=Double:4 | X=Double:3"},
 };
 
-TEST(ScriptRules, Expressions) {
-  for (const ScriptCase& c : kExpressions) {
-    Harness h;
-    h.run(c.script);
-    EXPECT_EQ(h.outcome(), c.outcome) << c.script;
-  }
-}
+TEST(ScriptRules, Expressions) { expectOutcomes(kExpressions); }
 
 }  // namespace
 }  // namespace korvex::testing
