@@ -5,7 +5,7 @@ set -eu
 
 cd "$(dirname "$0")/.."
 
-packages="g++ cmake make libgtest-dev libbenchmark-dev clang-format"
+packages="g++ cmake make pkg-config libgtest-dev libbenchmark-dev clang-format libsqlite3-dev libzip-dev libexpat1-dev"
 missing=""
 for p in $packages; do
   if ! dpkg -s "$p" >/dev/null 2>&1; then

@@ -7,6 +7,18 @@ set -eu
 cd "$(dirname "$0")/.."
 jobs="${KORVEX_JOBS:-2}"
 
+# The workbook interop test opens what KORVEX wrote in LibreOffice; install
+# it when missing (the test is skipped if that is not possible).
+if ! command -v soffice >/dev/null 2>&1; then
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  echo "test: installing libreoffice-calc-nogui"
+  if ! { $sudo apt-get update && $sudo env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y libreoffice-calc-nogui; }; then
+    echo "test: could not install LibreOffice; the interop test will be skipped" >&2
+  fi
+fi
+
 if [ "${KORVEX_SANITIZE:-0}" = "1" ]; then
   dir=build-asan
   cmake -S . -B "$dir" -DKORVEX_SANITIZE=ON -DKORVEX_BENCHMARKS=OFF

@@ -93,6 +93,11 @@ class BasicEngine {
   const ObjectRef& RecordSet() const noexcept;
   /// Stores the record set and rebuilds the cached field names.
   void SetRecordSet(ObjectRef rs);
+  /// Where the SQL functions create the objects they use on their own (a
+  /// private Connection, a Recordset): "Connection", "Recordset",
+  /// "Command". Null (the default) means the SQLite data-access objects.
+  const std::shared_ptr<korvex::ObjectFactory>& Objects() const noexcept;
+  void SetObjectFactory(std::shared_ptr<korvex::ObjectFactory> factory);
   const ObjectRef& ExcelBook() const noexcept;
   void SetExcelBook(ObjectRef obj);
   const ObjectRef& ActiveExcelSheet() const noexcept;

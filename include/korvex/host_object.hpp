@@ -52,4 +52,12 @@ class HostObject {
   }
 };
 
+/// Creates host objects by class name, the way a script host creates
+/// automation objects; nullptr for a class it does not know.
+class ObjectFactory {
+ public:
+  virtual ~ObjectFactory() = default;
+  virtual ObjectRef create(std::u16string_view className) = 0;
+};
+
 }  // namespace korvex

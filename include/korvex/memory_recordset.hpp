@@ -53,6 +53,9 @@ class MemoryRecordset : public HostObject {
   /// How many times Update was called (a host can tell whether a field
   /// assignment was committed).
   std::size_t updateCount() const noexcept;
+  /// Whether the field (row, column) was assigned since its row was added,
+  /// so that a host writes back only what a script set; false outside.
+  bool assigned(std::size_t row, std::size_t column) const noexcept;
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override;
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,

@@ -284,14 +284,21 @@ std::string outcomeJson(const RunOutcome& r) {
     out += ": ";
     appendValue(out, value);
   }
-  out += "}, \"messages\": [";
-  first = true;
-  for (const auto& text : r.messages) {
-    if (!first) out += ", ";
-    first = false;
-    out += jsonString(text);
+  const auto list = [&out](const std::vector<std::u16string>& texts) {
+    out += '[';
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      if (i > 0) out += ", ";
+      out += jsonString(texts[i]);
+    }
+    out += ']';
+  };
+  out += "}, \"messages\": ";
+  list(r.messages);
+  if (r.sql) {
+    out += ", \"sql\": ";
+    list(*r.sql);
   }
-  out += "]}";
+  out += '}';
   return out;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,6 +47,7 @@ struct RunOutcome {
   std::int32_t flagCount = 0;
   std::vector<std::pair<std::u16string, Value>> variables;  // table order
   std::vector<std::u16string> messages;                     // order shown
+  std::optional<std::vector<std::u16string>> sql;           // with --trace-sql
 };
 
 /// The outcome as one JSON object on one line (no trailing newline).

@@ -1,15 +1,22 @@
 // korvex: runs payroll scripts from the command line.
+#include <csignal>
 #include <iostream>
 #include <string_view>
 #include <vector>
 
+#include "cli/demo_command.hpp"
 #include "cli/options.hpp"
 #include "cli/run_command.hpp"
 
 int main(int argc, char** argv) {
   using korvex::cli::CommandLine;
+  // A reader that went away is a failed write to report, not a silent end.
+  std::signal(SIGPIPE, SIG_IGN);
   std::vector<std::string_view> args;
   for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
+  if (!args.empty() && args.front() == "demo") {
+    return korvex::cli::runDemo(std::span(args).subspan(1), std::cout, std::cerr);
+  }
 
   const CommandLine cmd = korvex::cli::parseCommandLine(args);
   switch (cmd.action) {

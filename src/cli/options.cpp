@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
+    "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
@@ -25,9 +26,22 @@ constexpr std::string_view kUsage =
     "  --json             把运行结果作为一个 JSON 对象输出到标准输出\n"
     "                     (消息框只记录, 不显示)\n"
     "  --encoding ENC     脚本编码: utf-8 (默认) 或 gbk\n"
+    "  --db PATH          打开 SQLite 数据库文件 PATH (必须已存在), 作为宿主对象\n"
+    "                     Parent 的成员 \"Connect\" 交给脚本\n"
+    "  --record SQL       当前记录 RecordSet 为 SQL 在该数据库上的结果 (第一行为\n"
+    "                     当前行; 给字段赋值写回数据库); 需要 --db\n"
+    "  --trace-sql        JSON 结果在 \"messages\" 之后加 \"sql\": 运行中发给数据库的\n"
+    "                     每一条 SQL 文本, 按顺序, 原样\n"
+    "  --workbook PATH    把 .xlsx 工作簿 PATH 作为 ExcelBook (GETCELL, SETCELL,\n"
+    "                     SetCellFormula 使用); 文件不存在时新建, 含一张空表 Sheet1\n"
+    "  --sheet N|NAME     活动工作表 (ActiveExcelSheet): 序号 (从 1 起) 或名称\n"
+    "  --save PATH        写过单元格后把工作簿保存到 PATH, 而不是写回原文件\n"
     "  -h, --help         显示本说明\n"
     "\n"
-    "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误或脚本无法读取。\n";
+    "运行后若写过单元格 (运行出错时也一样), 工作簿即被保存。\n"
+    "\n"
+    "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误, 脚本或工作簿无法读取,\n"
+    "或工作簿无法保存。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -74,6 +88,22 @@ struct Parser {
       run.json = true;
       return true;
     }
+    if (name == "--trace-sql") {
+      if (inlineValue) return fail("选项 --trace-sql 不带值");
+      run.traceSql = true;
+      return true;
+    }
+    if (name == "--db" || name == "--record") {
+      const auto v = value(name, inlineValue);
+      if (!v) return false;
+      if (name == "--db") {
+        if (v->empty()) return fail("选项 --db 需要一个数据库文件");
+        run.db = std::string(*v);
+      } else {
+        run.record = std::string(*v);
+      }
+      return true;
+    }
     if (name == "--set") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
@@ -117,6 +147,16 @@ struct Parser {
       }
       return true;
     }
+    for (auto [option, target] :
+         {std::pair{"--workbook", &run.workbook}, std::pair{"--sheet", &run.sheet},
+          std::pair{"--save", &run.save}}) {
+      if (name != option) continue;
+      const auto v = value(name, inlineValue);
+      if (!v) return false;
+      if (v->empty()) return fail("选项 " + std::string(name) + " 的值不能为空");
+      *target = std::string(*v);
+      return true;
+    }
     return fail("未知的选项 '" + std::string(name) + "'");
   }
 
@@ -155,7 +195,15 @@ struct Parser {
       if (!ok) return;
       if (result.action == CommandLine::Action::Help) return;
     }
-    if (result.run.script.empty()) fail("缺少脚本文件");
+    if (result.run.script.empty()) {
+      fail("缺少脚本文件");
+    } else if (result.run.record && result.run.db.empty()) {
+      fail("选项 --record 需要 --db");
+    } else if (result.run.workbook.empty() && !result.run.sheet.empty()) {
+      fail("--sheet 需要同时给出 --workbook");
+    } else if (result.run.workbook.empty() && !result.run.save.empty()) {
+      fail("--save 需要同时给出 --workbook");
+    }
   }
 };
 

@@ -1,6 +1,7 @@
 // The command line of the korvex command.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,7 +25,13 @@ struct RunOptions {
   bool answersGiven = false;         // at least one --answer appeared
   bool json = false;
   Encoding encoding = Encoding::Utf8;
-  std::string script;  // a path, or "-" for standard input
+  std::string db;                     // --db: the database file, empty for none
+  std::optional<std::string> record;  // --record: the SQL of the current record
+  bool traceSql = false;
+  std::string script;    // a path, or "-" for standard input
+  std::string workbook;  // --workbook: the .xlsx file offered as ExcelBook
+  std::string sheet;     // --sheet: number or name of the active sheet
+  std::string save;      // --save: where the workbook is written instead
 };
 
 struct CommandLine {

@@ -3,17 +3,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <iostream>
-#include <iterator>
 #include <memory>
 
+#include "cli/database.hpp"
 #include "cli/json.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/user_interface.hpp"
+#include "korvex/workbook.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::cli {
@@ -41,9 +43,12 @@ class AnsweringConsole : public ConsoleUserInterface {
 };
 
 // Ctrl-C asks the running script to stop (the engine's stop prompt then
-// decides); a second Ctrl-C before the next line starts ends the process.
+// decides); a second Ctrl-C before that is settled ends the process, the
+// stop prompt included.
 BasicEngine* volatile gRunning = nullptr;
 volatile std::sig_atomic_t gInterrupts = 0;
+// The count the previous line started with.
+volatile std::sig_atomic_t gInterruptsAtLastLine = 0;
 
 extern "C" void onInterrupt(int) {
   gInterrupts = gInterrupts + 1;
@@ -55,10 +60,21 @@ extern "C" void onInterrupt(int) {
   gRunning->RequestStop();
 }
 
+// Runs at the top of every line, just before the engine would show the stop
+// prompt. A Ctrl-C that came since the previous line is about to be asked
+// about, so it still counts; one the prompt has been shown for (and answered
+// No) is settled, and counting starts afresh.
+bool countInterruptsAfresh(std::int16_t) {
+  if (gInterrupts == gInterruptsAtLastLine) gInterrupts = 0;
+  gInterruptsAtLastLine = gInterrupts;
+  return true;
+}
+
 class InterruptGuard {
  public:
   explicit InterruptGuard(BasicEngine& engine) {
     gInterrupts = 0;
+    gInterruptsAtLastLine = 0;
     gRunning = &engine;
     previous_ = std::signal(SIGINT, onInterrupt);
   }
@@ -86,17 +102,29 @@ std::string describeErrno(int code) {
       return "是一个目录";
     case ENOTDIR:
       return "路径中有一段不是目录";
+    case ENOSPC:
+      return "设备上没有空间";
+    case EPIPE:
+      return "管道的读取端已关闭";
     default:
       return std::strerror(code);
   }
 }
 
-// Reads a descriptor to its end; false on a read error (a directory, an
-// I/O failure), which stream buffers would pass off as the end of the file.
+// No script is longer than 32767 characters, and no bytes decode to fewer
+// than one character per four bytes (byte-order mark aside): a text longer
+// than this is too long whatever it holds, so reading stops one byte past it
+// and the engine reports the over-long script as it reports any other.
+constexpr std::size_t kLongestScriptBytes = 4 * 32767 + kUtf8Bom.size();
+
+// Reads a descriptor to its end or one byte past the longest script; false
+// on a read error (a directory, an I/O failure), which stream buffers would
+// pass off as the end of the file.
 bool readDescriptor(int fd, std::string& bytes) {
   char buffer[1 << 16];
-  for (;;) {
-    const ssize_t n = ::read(fd, buffer, sizeof buffer);
+  while (bytes.size() <= kLongestScriptBytes) {
+    const std::size_t wanted = std::min(sizeof buffer, kLongestScriptBytes + 1 - bytes.size());
+    const ssize_t n = ::read(fd, buffer, wanted);
     if (n == 0) return true;
     if (n < 0) {
       if (errno == EINTR) continue;
@@ -104,6 +132,17 @@ bool readDescriptor(int fd, std::string& bytes) {
     }
     bytes.append(buffer, static_cast<std::size_t>(n));
   }
+  return true;
+}
+
+bool readStream(std::istream& in, std::string& bytes) {
+  char buffer[1 << 16];
+  while (bytes.size() <= kLongestScriptBytes && in) {
+    const std::size_t wanted = std::min(sizeof buffer, kLongestScriptBytes + 1 - bytes.size());
+    in.read(buffer, static_cast<std::streamsize>(wanted));
+    bytes.append(buffer, static_cast<std::size_t>(in.gcount()));
+  }
+  return !in.bad();
 }
 
 std::optional<std::string> readAll(const std::string& path, std::istream& in, std::string& error) {
@@ -111,9 +150,7 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
   if (path == "-") {
     // The process's own standard input is read directly, so that a failed
     // read is told from an empty script; other streams come from tests.
-    const bool ok = &in == &std::cin
-                        ? readDescriptor(STDIN_FILENO, bytes)
-                        : (bytes.assign(std::istreambuf_iterator<char>(in), {}), !in.bad());
+    const bool ok = &in == &std::cin ? readDescriptor(STDIN_FILENO, bytes) : readStream(in, bytes);
     if (!ok) {
       error = std::string("无法从标准输入读取脚本: ") + describeErrno(errno);
       return std::nullopt;
@@ -156,6 +193,34 @@ RunOutcome outcomeOf(const BasicEngine& engine, const RecordingUserInterface& ui
   return r;
 }
 
+// The sheet --sheet names: a number is its position, anything else a name.
+Value sheetSelector(const std::string& text) {
+  const bool number =
+      !text.empty() && text.find_first_not_of("0123456789") == std::string::npos && text.size() < 9;
+  return number ? Value::lng(std::stoi(text)) : Value::string(fromUtf8(text));
+}
+
+// Opens --workbook and --sheet on the engine; false after reporting why.
+bool attachWorkbook(const RunOptions& options, BasicEngine& engine, std::shared_ptr<Workbook>& book,
+                    std::ostream& err) {
+  if (options.workbook.empty()) return true;
+  std::u16string error;
+  book = Workbook::open(options.workbook, error);
+  if (!book) {
+    err << "korvex: " << toUtf8(error) << '\n';
+    return false;
+  }
+  engine.SetExcelBook(book);
+  if (options.sheet.empty()) return true;
+  const DispatchResult sheet = book->sheet(sheetSelector(options.sheet));
+  if (!sheet.ok()) {
+    err << "korvex: --sheet " << options.sheet << ": " << toUtf8(sheet.description) << '\n';
+    return false;
+  }
+  engine.SetActiveExcelSheet(sheet.value.objectValue());
+  return true;
+}
+
 }  // namespace
 
 std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
@@ -173,6 +238,13 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   }
 
   BasicEngine engine;
+  DatabaseSession database;
+  if (std::string dbError; !database.attach(options, engine, dbError)) {
+    err << "korvex: " << dbError << '\n';
+    return kExitUsage;
+  }
+  std::shared_ptr<Workbook> book;
+  if (!attachWorkbook(options, engine, book, err)) return kExitUsage;
   if (const Locale* loc = Locale::byName(options.locale)) engine.SetLocale(*loc);
 
   std::shared_ptr<RecordingUserInterface> recorder;
@@ -198,20 +270,38 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
   {
     InterruptGuard guard(engine);
-    engine.SetLineHook([](std::int16_t) {
-      gInterrupts = 0;
-      return true;
-    });
+    engine.SetLineHook(countInterruptsAfresh);
     engine.Execute();
   }
 
+  // Cells written before an error are kept, as in an open spreadsheet.
+  bool saved = true;
+  if (book && book->modified()) {
+    std::u16string error;
+    saved = book->save(options.save.empty() ? options.workbook : options.save, error);
+    if (!saved) err << "korvex: " << toUtf8(error) << '\n';
+  }
+
+  errno = 0;
   if (options.json) {
-    out << outcomeJson(outcomeOf(engine, *recorder)) << '\n' << std::flush;
-  } else if (engine.ErrNum() != 0) {
-    out << std::flush;
+    RunOutcome outcome = outcomeOf(engine, *recorder);
+    outcome.sql = database.traced();
+    out << outcomeJson(outcome) << '\n';
+  }
+  out << std::flush;
+  if (!out) {
+    // An outcome nobody can read is no success.
+    const int code = errno;
+    err << "korvex: 无法写出运行结果";
+    if (code != 0) err << ": " << describeErrno(code);
+    err << '\n';
+    return kExitUsage;
+  }
+  if (!options.json && engine.ErrNum() != 0) {
     err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误
         << toUtf8(engine.ErrMsg()) << '\n';
   }
+  if (!saved) return kExitUsage;
   return engine.ErrNum() == 0 ? kExitSuccess : kExitScriptFailed;
 }
 

@@ -39,6 +39,12 @@ void BasicEngine::SetLanguage(std::int32_t lang) noexcept { s_->language = lang;
 const ObjectRef& BasicEngine::Parent() const noexcept { return s_->parent; }
 void BasicEngine::SetParent(ObjectRef obj) { s_->parent = std::move(obj); }
 const ObjectRef& BasicEngine::RecordSet() const noexcept { return s_->record; }
+const std::shared_ptr<ObjectFactory>& BasicEngine::Objects() const noexcept {
+  return s_->objectFactory;
+}
+void BasicEngine::SetObjectFactory(std::shared_ptr<korvex::ObjectFactory> factory) {
+  s_->objectFactory = std::move(factory);
+}
 const ObjectRef& BasicEngine::ExcelBook() const noexcept { return s_->excelBook; }
 void BasicEngine::SetExcelBook(ObjectRef obj) { s_->excelBook = std::move(obj); }
 const ObjectRef& BasicEngine::ActiveExcelSheet() const noexcept { return s_->activeSheet; }
@@ -98,6 +104,7 @@ void BasicEngine::ShareStateOf(BasicEngine& parent) {
   // variable table and the record. The user interface and the regional
   // settings are the process's own, so they go along too.
   s_->parent = parent.s_->parent;
+  s_->objectFactory = parent.s_->objectFactory;
   s_->symbols = parent.s_->symbols;
   s_->record = parent.s_->record;
   s_->fieldNames = parent.s_->fieldNames;

@@ -48,6 +48,7 @@ struct BasicEngine::State {
   std::u16string errMsg;
 
   ObjectRef parent;
+  std::shared_ptr<korvex::ObjectFactory> objectFactory;
   ObjectRef excelBook;
   ObjectRef activeSheet;
   std::int32_t language = 0;

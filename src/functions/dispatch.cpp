@@ -1,4 +1,6 @@
 // CallFunction: from a class identity to its descriptor.
+#include "datasource/cell_functions.hpp"
+#include "datasource/sql_descriptors.hpp"
 #include "functions/function_call.hpp"
 #include "functions/function_descriptors.hpp"
 
@@ -7,8 +9,8 @@ namespace {
 
 using namespace fn;
 
-// The general functions; the data-source classes (cells, SQL, wage domain)
-// are not here and answer as unavailable.
+// The general, SQL and cell functions; the other data-source classes
+// (wage domain) are not here yet and answer as unavailable.
 const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   switch (cls) {
     // clang-format off
@@ -48,6 +50,12 @@ const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
     case FunctionClass::WeekDayName: return &kWeekDayName;
     case FunctionClass::Time: return &kTime;
     case FunctionClass::Num2Chinese: return &kNum2Chinese;
+    case FunctionClass::ExecuteSQL: return &kExecuteSQL;
+    case FunctionClass::DoSqlEx: return &kDoSqlEx;
+    case FunctionClass::WA_GetFieldValue: return &kWaGetFieldValue;
+    case FunctionClass::GetCell: return &kGetCell;
+    case FunctionClass::SetCell: return &kSetCell;
+    case FunctionClass::SetCellFormula: return &kSetCellFormula;
     // clang-format on
     default:
       return nullptr;

@@ -2,41 +2,19 @@
 
 #include <stdexcept>
 
+#include "host/recordset_errors.hpp"
 #include "values/ops.hpp"
 
 namespace korvex {
 
-namespace {
-
-constexpr std::int32_t kNoCurrentRecord = 3021;
-constexpr std::int32_t kItemNotFound = 3265;
-constexpr std::u16string_view kNoCurrentRecordText =
-    u"BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。";
-constexpr std::u16string_view kItemNotFoundText = u"在对应所需名称或序数的集合中未找到项目。";
-
-bool sameName(std::u16string_view a, std::u16string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char16_t x = a[i], y = b[i];
-    if (x >= u'a' && x <= u'z') x = static_cast<char16_t>(x - 32);
-    if (y >= u'a' && y <= u'z') y = static_cast<char16_t>(y - 32);
-    if (x != y) return false;
-  }
-  return true;
-}
-
-DispatchResult noCurrentRecord() {
-  return DispatchResult::failure(kNoCurrentRecord, std::u16string(kNoCurrentRecordText));
-}
-DispatchResult itemNotFound() {
-  return DispatchResult::failure(kItemNotFound, std::u16string(kItemNotFoundText));
-}
-
-}  // namespace
+using host::itemNotFound;
+using host::noCurrentRecord;
+using host::sameName;
 
 struct MemoryRecordset::Data {
   std::vector<std::u16string> names;
   std::vector<std::vector<Value>> rows;
+  std::vector<std::vector<bool>> assigned;  // per row, per field
   std::ptrdiff_t position = 0;
   std::size_t updates = 0;
   std::vector<ObjectRef> fieldObjects;
@@ -73,7 +51,9 @@ class FieldObject : public HostObject {
                              const Value& value) override {
     if (!sameName(name, u"Value")) return memberNotFound(name);
     if (!data_->hasCurrent()) return noCurrentRecord();
-    data_->rows[static_cast<std::size_t>(data_->position)][column_] = value;
+    const auto row = static_cast<std::size_t>(data_->position);
+    data_->rows[row][column_] = value;
+    data_->assigned[row][column_] = true;
     return DispatchResult::success();
   }
   DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
@@ -160,6 +140,7 @@ void MemoryRecordset::addRow(std::vector<Value> row) {
   row.resize(data_->names.size());
   const bool wasEmpty = data_->rows.empty();
   data_->rows.push_back(std::move(row));
+  data_->assigned.emplace_back(data_->names.size(), false);
   if (wasEmpty) data_->position = 0;
 }
 
@@ -169,6 +150,11 @@ std::ptrdiff_t MemoryRecordset::position() const noexcept { return data_->positi
 bool MemoryRecordset::bof() const noexcept { return data_->bof(); }
 bool MemoryRecordset::eof() const noexcept { return data_->eof(); }
 std::size_t MemoryRecordset::updateCount() const noexcept { return data_->updates; }
+
+bool MemoryRecordset::assigned(std::size_t row, std::size_t column) const noexcept {
+  return row < data_->assigned.size() && column < data_->assigned[row].size() &&
+         data_->assigned[row][column];
+}
 
 const Value& MemoryRecordset::cell(std::size_t row, std::size_t column) const {
   return data_->rows.at(row).at(column);

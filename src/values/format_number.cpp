@@ -1,5 +1,6 @@
 // User-defined number formats: 0 # . , % E+ E- e+ e-, literals, quoted text
 // and escapes, in up to four sections.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -20,6 +21,11 @@ struct NumberPattern {
   std::vector<Item> items;
   int intDigits = 0;
   int fracDigits = 0;
+  // A "0" makes every integer placeholder after it show a digit, and every
+  // fraction placeholder before it: "#0#" shows at least two digits,
+  // ".#0#" at least two decimals.
+  int firstIntZero = -1;
+  int lastFracZero = -1;
   bool grouping = false;
   int thousandsScale = 0;  // commas left of the point: divide by 1000 each
   int percents = 0;
@@ -49,12 +55,14 @@ NumberPattern parsePattern(std::u16string_view fmt) {
     const char16_t c = fmt[i];
     if (c == u'0' || c == u'#') {
       if (seenPoint) {
+        if (c == u'0') p.lastFracZero = p.fracDigits;
         ++p.fracDigits;
         p.items.push_back({Kind::FracDigit, c, {}});
       } else {
         // A comma between two digit placeholders asks for grouping.
         if (pendingCommas > 0 && p.intDigits > 0) p.grouping = true;
         pendingCommas = 0;
+        if (c == u'0' && p.firstIntZero < 0) p.firstIntZero = p.intDigits;
         ++p.intDigits;
         p.items.push_back({Kind::IntDigit, c, {}});
       }
@@ -115,19 +123,20 @@ std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, 
   for (int k = 0; k < d.pointPos; ++k) intText.push_back(static_cast<char16_t>(d.digitAt(k)));
   const int intLen = static_cast<int>(intText.size());
   const int extra = intLen > p.intDigits ? intLen - p.intDigits : 0;
-  int lastFrac = -1;  // last non-zero fraction digit shown
+  // Last fraction place shown: the last non-zero digit or the last "0".
+  int lastFrac = p.lastFracZero;
   for (int j = 0; j < p.fracDigits; ++j) {
-    if (d.digitAt(d.pointPos + j) != '0') lastFrac = j;
+    if (d.digitAt(d.pointPos + j) != '0') lastFrac = std::max(lastFrac, j);
   }
+  // Integer placeholders from this one on show a digit, "0" where the number
+  // has none.
+  const int zerosFrom = p.firstIntZero < 0 ? p.intDigits : p.firstIntZero;
 
   // How many integer digits will show, so that group separators land right.
   int shownInt = extra;
   {
-    int k = 0;
-    for (const auto& item : p.items) {
-      if (item.kind != Kind::IntDigit) continue;
-      if (intLen - p.intDigits + k >= 0 || item.ch == u'0') ++shownInt;
-      ++k;
+    for (int k = 0; k < p.intDigits; ++k) {
+      if (intLen - p.intDigits + k >= 0 || k >= zerosFrom) ++shownInt;
     }
   }
 
@@ -158,10 +167,11 @@ std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, 
         break;
       case Kind::IntDigit: {
         emitExtra();
-        const int at = intLen - p.intDigits + intIndex++;
+        const int k = intIndex++;
+        const int at = intLen - p.intDigits + k;
         if (at >= 0) {
           emitInt(intText[static_cast<std::size_t>(at)]);
-        } else if (item.ch == u'0') {
+        } else if (k >= zerosFrom) {
           emitInt(u'0');
         }
         break;
@@ -173,7 +183,7 @@ std::u16string render(const NumberPattern& p, DecimalDigits d, bool fromDouble, 
       case Kind::FracDigit: {
         emitExtra();
         const int j = fracIndex++;
-        if (item.ch == u'0' || j <= lastFrac) {
+        if (j <= lastFrac) {
           out.push_back(static_cast<char16_t>(d.digitAt(d.pointPos + j)));
         }
         break;

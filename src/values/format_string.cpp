@@ -10,7 +10,9 @@ std::u16string formatString(std::u16string_view s, bool isNull, std::u16string_v
   const std::u16string_view section =
       (isNull || s.empty()) && sections.size() >= 2 ? sections[1] : sections[0];
 
-  bool toUpper = false, toLower = false, fromLeft = false;
+  // Of < and >, the first in the format sets the case; later ones are ignored.
+  char16_t caseMark = 0;
+  bool fromLeft = false;
   int placeholders = 0;
   std::u16string ignored;
   for (std::size_t i = 0; i < section.size();) {
@@ -21,12 +23,8 @@ std::u16string formatString(std::u16string_view s, bool isNull, std::u16string_v
         ++placeholders;
         break;
       case u'>':
-        toUpper = true;
-        toLower = false;
-        break;
       case u'<':
-        toLower = true;
-        toUpper = false;
+        if (caseMark == 0) caseMark = section[i];
         break;
       case u'!':
         fromLeft = true;
@@ -37,11 +35,14 @@ std::u16string formatString(std::u16string_view s, bool isNull, std::u16string_v
     ++i;
   }
 
-  const std::u16string text = toUpper ? upperCase(s) : toLower ? lowerCase(s) : std::u16string(s);
+  const std::u16string text = caseMark == u'>'   ? upperCase(s)
+                              : caseMark == u'<' ? lowerCase(s)
+                                                 : std::u16string(s);
   const int len = static_cast<int>(text.size());
-  // Characters that find no placeholder: before the first one when filling
-  // from the right, after the last one when filling from the left.
-  const int extra = len > placeholders ? len - placeholders : 0;
+  // A shorter text leaves its missing characters at the first placeholders
+  // (at the last ones with "!"). A longer text fills every placeholder from
+  // its first character on, and the characters left over end the result.
+  const int skipped = len < placeholders && !fromLeft ? placeholders - len : 0;
 
   std::u16string out;
   out.reserve(section.size() + text.size());
@@ -54,24 +55,14 @@ std::u16string formatString(std::u16string_view s, bool isNull, std::u16string_v
       out.push_back(c);
       continue;
     }
-    int at;
-    if (fromLeft) {
-      at = k < len ? k : -1;
-    } else {
-      if (k == 0) out.append(text, 0, static_cast<std::size_t>(extra));
-      at = len - placeholders + k;
-    }
-    if (at >= 0) {
+    const int at = k++ - skipped;
+    if (at >= 0 && at < len) {
       out.push_back(text[static_cast<std::size_t>(at)]);
     } else if (c == u'@') {
       out.push_back(u' ');
     }
-    ++k;
-    if (fromLeft && k == placeholders && extra > 0) {
-      out.append(text, static_cast<std::size_t>(placeholders), std::u16string::npos);
-    }
   }
-  if (placeholders == 0) out += text;
+  if (len > placeholders) out.append(text, static_cast<std::size_t>(placeholders));
   return out;
 }
 

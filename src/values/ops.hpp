@@ -22,7 +22,8 @@ namespace korvex::vb {
 /// or Array raises 13.
 std::u16string toString(const Value& v, const Locale& loc);
 /// The string form of a Double: at most 15 significant digits, shortest form,
-/// exponent form ("1E+16", "1.5E-05") outside the platform's range.
+/// plain while it needs no more than 15 places on either side of the point
+/// ("0.000056789"), else the exponent form ("1E+15", "5.6789E-12").
 std::u16string doubleToString(double d, const Locale& loc);
 std::u16string currencyToString(Currency c, const Locale& loc);
 /// A date serial in the locale's short-date form, plus " " and the long
@@ -36,8 +37,10 @@ Currency toCurrency(const Value& v, const Locale& loc);     // CCur
 double toDate(const Value& v, const Locale& loc);           // CDate, serial
 bool toBoolean(const Value& v, const Locale& loc);          // CBool
 
-/// Parses a numeric string (blanks, sign, thousands separators, one decimal
-/// point, exponent, &H / &O prefixes). nullopt when it is not a number.
+/// Parses a numeric string (blanks, thousands separators, one decimal point,
+/// exponent, &H / &O prefixes; a sign, the locale's currency symbol and
+/// parentheses for a minus on either side of the digits). nullopt when it is
+/// not a number.
 std::optional<double> parseNumber(std::u16string_view s, const Locale& loc);
 /// Parses a date string (locale forms, yyyy-mm-dd, m/d/yyyy, yyyy/m/d, each
 /// with an optional time). nullopt when it is not a date.

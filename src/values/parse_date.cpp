@@ -1,5 +1,6 @@
 // Text -> date serial: the locale's short and long date forms, yyyy-mm-dd,
-// m/d/yyyy and yyyy/m/d, each optionally followed by a time, or a time alone.
+// m/d/yyyy and yyyy/m/d (also with blanks for separators), each optionally
+// followed by a time, or a time alone.
 #include <utility>
 
 #include "values/calendar.hpp"
@@ -17,7 +18,8 @@ struct Num {
 
 bool readNum(Cursor& c, Num& n) { return c.readUnsigned(n.value, n.digits, 9); }
 
-// Two-digit years fall in 1930..2029, like the platform's default window.
+// One- and two-digit years fall in 1930..2029 (0-29 in the 2000s, 30-99 in
+// the 1900s), like the platform's default window.
 int expandYear(const Num& y) {
   if (y.digits <= 2) return static_cast<int>(y.value < 30 ? 2000 + y.value : 1900 + y.value);
   return static_cast<int>(y.value);
@@ -56,14 +58,33 @@ bool isDateSeparator(char16_t ch, const Locale& loc) {
   return ch == u'/' || ch == u'-' || ch == u'.' || ch == loc.dateSeparator;
 }
 
+// A separator between the numbers of a date: one of the separator
+// characters with blanks around it, or blanks alone ("1 2 2005"). Returns
+// the character, u' ' for blanks alone, or 0 when there is none.
+char16_t readDateSeparator(Cursor& c, const Locale& loc) {
+  Cursor t = c;
+  t.skipBlanks();
+  char16_t sep = u' ';
+  if (isDateSeparator(t.peek(), loc)) {
+    sep = t.peek();
+    ++t.pos;
+    t.skipBlanks();
+  } else if (t.pos == c.pos) {
+    return 0;
+  }
+  c = t;
+  return sep;
+}
+
 // N sep N sep N, with one separator used twice.
 bool numericDate(Cursor& c, const Locale& loc, DateResult& out) {
   Cursor t = c;
   Num a, b, y;
   if (!readNum(t, a)) return false;
-  const char16_t sep = t.peek();
-  if (!isDateSeparator(sep, loc) || !t.accept(sep)) return false;
-  if (!readNum(t, b) || !t.accept(sep) || !readNum(t, y)) return false;
+  const char16_t sep = readDateSeparator(t, loc);
+  if (sep == 0 || !readNum(t, b) || readDateSeparator(t, loc) != sep || !readNum(t, y)) {
+    return false;
+  }
   bool ok = false;
   if (a.digits >= 3) {
     // yyyy/m/d, yyyy-mm-dd: year first, month before day.
@@ -195,11 +216,11 @@ bool timeOfDay(Cursor& c, const Locale& loc, double& out) {
     if (ampm != 0) t = u;
   }
   if (!hasMinutes && ampm == 0) return false;  // a bare number is no time
+  // AM and PM only move the hours of a 12-hour clock; an hour that can
+  // only be on a 24-hour clock ("13:00 AM") stays as it is.
   std::int64_t hour = h.value;
-  if (ampm != 0) {
-    if (hour < 1 || hour > 12) return false;
-    hour = hour % 12 + (ampm == 2 ? 12 : 0);
-  }
+  if (ampm == 1 && hour == 12) hour = 0;
+  if (ampm == 2 && hour < 12) hour += 12;
   if (hour > 23 || m.value > 59 || s.value > 59) return false;
   out = timeFraction(static_cast<int>(hour), static_cast<int>(m.value), static_cast<int>(s.value));
   c = t;

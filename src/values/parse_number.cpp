@@ -41,12 +41,64 @@ std::optional<double> parseRadix(std::u16string_view s) {
   return static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));
 }
 
+// The locale's currency symbol: the text beside "n" in its positive amount
+// pattern ("$n", "¥n", "n €").
+std::u16string_view currencySymbol(const Locale& loc) {
+  const std::u16string_view pattern = loc.currencyPositive;
+  const std::size_t n = pattern.find(u'n');
+  if (n == std::u16string_view::npos) return {};
+  const std::u16string_view before = trimBlanks(pattern.substr(0, n));
+  return before.empty() ? trimBlanks(pattern.substr(n + 1)) : before;
+}
+
+// What may stand around the digits: on each side, in any order and with
+// blanks between, at most one sign, one currency symbol and one parenthesis
+// ("-$5", "$ -5", "(5)", "5-", "5 $"). Parentheses and "-" both make the
+// number negative.
+struct Affixes {
+  bool sign = false;
+  bool minus = false;
+  bool currency = false;
+  bool open = false;
+  bool closed = false;
+
+  // Reads the affixes from `i` on; `leading` selects "(" or ")".
+  void read(std::u16string_view s, std::size_t& i, bool leading, std::u16string_view symbol) {
+    while (i < s.size()) {
+      const char16_t c = s[i];
+      if (isBlank(c)) {
+        ++i;
+      } else if ((c == u'+' || c == u'-') && !sign) {
+        sign = true;
+        minus = c == u'-';
+        ++i;
+      } else if (!currency && !symbol.empty() && s.substr(i, symbol.size()) == symbol) {
+        currency = true;
+        i += symbol.size();
+      } else if (leading && c == u'(' && !open) {
+        open = true;
+        ++i;
+      } else if (!leading && c == u')' && open && !closed) {
+        closed = true;
+        ++i;
+      } else {
+        return;
+      }
+    }
+  }
+};
+
 }  // namespace
 
 std::optional<double> parseNumber(std::u16string_view text, const Locale& loc) {
   const std::u16string_view s = trimBlanks(text);
   if (s.empty()) return std::nullopt;
   if (s[0] == u'&') return parseRadix(s);
+
+  const std::u16string_view symbol = currencySymbol(loc);
+  Affixes affixes;
+  std::size_t i = 0;
+  affixes.read(s, i, true, symbol);
 
   // Copy the accepted characters into a plain ASCII buffer for from_chars;
   // anything longer than the buffer has far more digits than a Double holds,
@@ -56,11 +108,6 @@ std::optional<double> parseNumber(std::u16string_view text, const Locale& loc) {
   auto put = [&](char c) {
     if (n < sizeof buf) buf[n++] = c;
   };
-  std::size_t i = 0;
-  if (s[i] == u'+' || s[i] == u'-') {
-    if (s[i] == u'-') put('-');
-    ++i;
-  }
   int mantissaDigits = 0;
   int droppedIntDigits = 0;
   // Decimal magnitude of the mantissa: significant integer digits, or minus
@@ -97,16 +144,18 @@ std::optional<double> parseNumber(std::u16string_view text, const Locale& loc) {
   std::int64_t exponent = droppedIntDigits;
   if (i < s.size() && (s[i] == u'E' || s[i] == u'e' || s[i] == u'D' || s[i] == u'd')) {
     ++i;
-    bool negative = false;
-    if (i < s.size() && (s[i] == u'+' || s[i] == u'-')) negative = s[i++] == u'-';
+    bool negativeExponent = false;
+    if (i < s.size() && (s[i] == u'+' || s[i] == u'-')) negativeExponent = s[i++] == u'-';
     if (i >= s.size() || !isDigit(s[i])) return std::nullopt;
     std::int64_t e = 0;
     for (; i < s.size() && isDigit(s[i]); ++i) {
       if (e < 100000) e = e * 10 + (s[i] - u'0');
     }
-    exponent += negative ? -e : e;
+    exponent += negativeExponent ? -e : e;
   }
-  if (i != s.size()) return std::nullopt;
+  affixes.read(s, i, false, symbol);
+  if (i != s.size() || affixes.open != affixes.closed) return std::nullopt;
+  const bool negative = affixes.minus || affixes.open;
   if (exponent != 0) {
     put('e');
     char eb[24];
@@ -118,13 +167,12 @@ std::optional<double> parseNumber(std::u16string_view text, const Locale& loc) {
   if (ec == std::errc::result_out_of_range) {
     // Too large: an overflow for whoever converts it; too small: zero.
     const bool tiny = magnitude + exponent - droppedIntDigits < 0;
-    const bool negative = buf[0] == '-';
     if (tiny) return negative ? -0.0 : 0.0;
     return negative ? -std::numeric_limits<double>::infinity()
                     : std::numeric_limits<double>::infinity();
   }
   if (ec != std::errc{} || ptr != buf + n) return std::nullopt;
-  return value;
+  return negative ? -value : value;
 }
 
 }  // namespace korvex::vb

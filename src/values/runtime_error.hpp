@@ -34,14 +34,22 @@ class RuntimeError : public std::exception {
   explicit RuntimeError(std::int32_t number);
   /// An error with its own description (host object failures).
   RuntimeError(std::int32_t number, std::u16string description);
+  /// An error raised by a named component ("GetCell()函数"), which the
+  /// platform keeps as the error's source.
+  RuntimeError(std::int32_t number, std::u16string description, std::u16string source)
+      : RuntimeError(number, std::move(description)) {
+    source_ = std::move(source);
+  }
 
   std::int32_t number() const noexcept { return number_; }
   const std::u16string& description() const noexcept { return description_; }
+  const std::u16string& source() const noexcept { return source_; }
   const char* what() const noexcept override { return "korvex run-time error"; }
 
  private:
   std::int32_t number_;
   std::u16string description_;
+  std::u16string source_;
 };
 
 [[noreturn]] void raise(std::int32_t number);

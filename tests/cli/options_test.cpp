@@ -24,7 +24,8 @@ TEST(Options, HelpForms) {
 TEST(Options, RunWithEveryOption) {
   const CommandLine c =
       parse({"run", "--set", "A=5", "--set=S=\"a=b\"", "--set", " B = 1", "--locale", "en-US",
-             "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "script.bas"});
+             "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "--db", "pay.db",
+             "--record=select 1", "--trace-sql", "script.bas"});
   ASSERT_EQ(c.action, CommandLine::Action::Run) << c.error;
   const std::vector<Preset> presets{{"A", "5"}, {"S", "\"a=b\""}, {"B", " 1"}};
   EXPECT_EQ(c.run.presets, presets);
@@ -34,6 +35,9 @@ TEST(Options, RunWithEveryOption) {
   EXPECT_TRUE(c.run.json);
   EXPECT_EQ(c.run.encoding, Encoding::Gbk);
   EXPECT_EQ(c.run.script, "script.bas");
+  EXPECT_EQ(c.run.db, "pay.db");
+  EXPECT_EQ(c.run.record, "select 1");
+  EXPECT_TRUE(c.run.traceSql);
 }
 
 TEST(Options, Defaults) {
@@ -80,6 +84,8 @@ TEST(Options, UsageErrors) {
       {{"run", "--encoding", "latin1", "s.bas"}, "未知的编码 'latin1'"},
       {{"run", "--json=yes", "s.bas"}, "--json 不带值"},
       {{"run", "s.bas", "--answer"}, "--answer 需要一个值"},
+      {{"run", "--record", "select 1", "s.bas"}, "--record 需要 --db"},
+      {{"run", "--db=", "s.bas"}, "--db 需要一个数据库文件"},
   };
   // clang-format on
   for (const auto& c : cases) {

@@ -1,7 +1,14 @@
 #include "cli/run_command.hpp"
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <iostream>
 #include <sstream>
 
 namespace korvex::cli {
@@ -39,6 +46,12 @@ RunOptions fromStdin(bool json = true) {
   o.script = "-";
   o.json = json;
   return o;
+}
+
+std::string writeTemp(const std::string& name, const std::string& bytes) {
+  const std::string path = testing::TempDir() + "/" + name;
+  std::ofstream(path, std::ios::binary) << bytes;
+  return path;
 }
 
 TEST(RunScript, PresetsAreEvaluatedInOrder) {
@@ -93,6 +106,79 @@ TEST(RunScript, AScriptThatOpensButCannotBeReadRunsNothing) {
   EXPECT_EQ(r.out, "");
   EXPECT_NE(r.err.find("无法读取"), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("是一个目录"), std::string::npos) << r.err;
+}
+
+TEST(RunScript, AnOutcomeThatCannotBeWrittenIsNoSuccess) {
+  struct Full : std::streambuf {
+    int overflow(int) override { return traits_type::eof(); }
+  } full;
+  std::istringstream in("MSGBOX 1\r\n");
+  std::ostream out(&full);
+  std::ostringstream err;
+  EXPECT_EQ(runScript(fromStdin(), in, out, err), kExitUsage);
+  EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
+}
+
+TEST(RunScript, EndlessInputIsAnOverLongScript) {
+  RunOptions o;
+  o.json = true;
+  o.script = "/dev/zero";
+  const RunResult r = run(o);
+  EXPECT_EQ(r.status, kExitScriptFailed);
+  EXPECT_EQ(r.out.rfind(R"({"errNum": 6, "errMsg": "溢出",)", 0), 0u) << r.out;
+}
+
+// Reads what the child writes until `text` shows up (or a few seconds pass).
+bool awaitOutput(int fd, const std::string& text) {
+  std::string seen;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (seen.find(text) == std::string::npos && std::chrono::steady_clock::now() < end) {
+    pollfd p{fd, POLLIN, 0};
+    if (::poll(&p, 1, 100) <= 0) continue;
+    char buf[256];
+    const ssize_t n = ::read(fd, buf, sizeof buf);
+    if (n <= 0) return false;
+    seen.append(buf, static_cast<std::size_t>(n));
+  }
+  return seen.find(text) != std::string::npos;
+}
+
+TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
+  RunOptions o;
+  o.script = writeTemp("endless.bas", "MSGBOX \"go\"\r\nDO WHILE 1\r\nLOOP\r\n");
+  int input[2], output[2];
+  ASSERT_EQ(::pipe(input), 0);
+  ASSERT_EQ(::pipe(output), 0);
+  std::cout.flush();
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::dup2(input[0], STDIN_FILENO);
+    ::dup2(output[1], STDOUT_FILENO);
+    // The stop prompt waits on an input nobody writes to.
+    std::ostringstream err;
+    ::_exit(runScript(o, std::cin, std::cout, err));
+  }
+  ::close(output[1]);
+  const bool running = awaitOutput(output[0], "go");
+  ::kill(child, SIGINT);
+  const bool prompted = running && awaitOutput(output[0], "确信终止程序吗?");
+  ::kill(child, SIGINT);
+  int status = 0;
+  pid_t done = 0;
+  for (int i = 0; i < 100 && done == 0; ++i) {
+    done = ::waitpid(child, &status, WNOHANG);
+    if (done == 0) ::usleep(50000);
+  }
+  if (done == 0) {
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+  }
+  ::close(input[0]);
+  ::close(input[1]);
+  ::close(output[0]);
+  EXPECT_TRUE(prompted);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
 }
 
 }  // namespace

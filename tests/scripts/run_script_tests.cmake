@@ -3,12 +3,16 @@
 # and compares standard output with NAME.json. NAME.args, if present, holds
 # one command-line argument per line (empty lines are skipped; an argument
 # cannot contain ";"). The exit status must be 0 when the expected "errNum"
-# is 0 and 1 otherwise.
+# is 0, 1 for another errNum, and 2 (a usage error) when NAME.json is empty.
 # Trailing line breaks of NAME.json and of the output are ignored; everything
 # else must match byte for byte.
 #
+# An argument "@DB@" stands for a fresh database file made for the case in
+# WORK (default: the current directory) and filled by payroll.setup, a
+# script that builds the test payroll tables with DoSQL.
+#
 # Usage: cmake -DKORVEX=<korvex command> -DSCRIPTS=<dir> [-DFILTER=<regex>]
-#              -P run_script_tests.cmake
+#              [-DWORK=<dir>] -P run_script_tests.cmake
 
 if(NOT KORVEX OR NOT SCRIPTS)
   message(FATAL_ERROR "run_script_tests.cmake needs -DKORVEX=... and -DSCRIPTS=...")
@@ -55,6 +59,24 @@ foreach(case_file IN LISTS cases)
     endforeach()
   endif()
 
+  if("${args}" MATCHES "@DB@")
+    if(NOT WORK)
+      set(WORK "${CMAKE_CURRENT_BINARY_DIR}")
+    endif()
+    set(db "${WORK}/${name}.db")
+    file(WRITE "${db}" "")
+    execute_process(
+      COMMAND "${KORVEX}" run --db "${db}" payroll.setup
+      WORKING_DIRECTORY "${SCRIPTS}"
+      OUTPUT_VARIABLE setup_out ERROR_VARIABLE setup_out RESULT_VARIABLE setup_status)
+    if(NOT setup_status EQUAL 0)
+      message("FAIL ${name}: payroll.setup failed: ${setup_out}")
+      list(APPEND failed "${name}")
+      continue()
+    endif()
+    string(REPLACE "@DB@" "${db}" args "${args}")
+  endif()
+
   execute_process(
     COMMAND "${KORVEX}" run --json ${args} "${case_file}"
     WORKING_DIRECTORY "${SCRIPTS}"
@@ -85,7 +107,9 @@ foreach(case_file IN LISTS cases)
       "  + ${actual}\n")
   endif()
   set(expected_status 1)
-  if(expected MATCHES "^{\"errNum\": 0,")
+  if(expected STREQUAL "")
+    set(expected_status 2)
+  elseif(expected MATCHES "^{\"errNum\": 0,")
     set(expected_status 0)
   endif()
   if(NOT status STREQUAL expected_status)

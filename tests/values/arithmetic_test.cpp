@@ -62,7 +62,7 @@ TEST(Arithmetic, PromotionTable) {
        u"922337203685477.5807"},
       {"cur*cur", vb::multiply, C(15000), C(15000), VarType::Currency, u"2.25"},
       {"cur*long", vb::multiply, C(-5), L(3), VarType::Currency, u"-0.0015"},
-      {"cur*double is double", vb::multiply, C(15000), D(0.00001), VarType::Double, u"1.5E-05"},
+      {"cur*double is double", vb::multiply, C(15000), D(0.00001), VarType::Double, u"0.000015"},
       {"double*cur is double", vb::multiply, D(1.5), C(25000), VarType::Double, u"3.75"},
       {"cur*date is double", vb::multiply, C(10000), Dt(1900, 1, 1), VarType::Double, u"2"},
       {"divide ints", vb::divide, I(1), I(4), VarType::Double, u"0.25"},

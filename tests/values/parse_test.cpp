@@ -32,10 +32,32 @@ TEST(ParseNumber, AcceptedForms) {
 
 TEST(ParseNumber, RejectedForms) {
   const std::u16string_view cases[] = {
-      u"",     u"   ", u"abc",         u"1a", u"-",   u".",   u"1.2.3", u"1e",   u"1e+", u"&H",
-      u"&HG1", u"&X1", u"&H100000000", u",5", u"1 2", u"--1", u"$5",    u"TRUE", u"1-",  u"0x10",
+      u"",    u"   ",  u"abc",  u"1a",  u"-",           u".",     u"1.2.3", u"1e",
+      u"1e+", u"&H",   u"&HG1", u"&X1", u"&H100000000", u",5",    u"1 2",   u"--1",
+      u"$5",  u"TRUE", u"0x10", u"(5",  u"5)",          u"((5))", u"¥5¥",   u"()",
   };
   for (const auto text : cases) EXPECT_FALSE(vb::parseNumber(text, zh).has_value()) << u8(text);
+}
+
+// Signs, parentheses and the locale's currency symbol on either side of the
+// digits, blanks between them; IsNumeric agrees.
+TEST(ParseNumber, SignsParenthesesAndCurrencyAround) {
+  const struct {
+    std::u16string_view text;
+    const Locale* loc;
+    double value;
+  } cases[] = {
+      {u"$11", &en, 11},       {u"-$11", &en, -11},  {u"$-11", &en, -11},
+      {u"$ 11", &en, 11},      {u"11$", &en, 11},    {u"(5)", &zh, -5},
+      {u"5-", &zh, -5},        {u" + 5", &zh, 5},    {u"(¥ 1,234.5)", &zh, -1234.5},
+      {u"2.5E+1 -", &zh, -25}, {u"1.5 ¥", &zh, 1.5},
+  };
+  for (const auto& c : cases) {
+    const auto d = vb::parseNumber(c.text, *c.loc);
+    ASSERT_TRUE(d.has_value()) << u8(c.text);
+    EXPECT_DOUBLE_EQ(*d, c.value) << u8(c.text);
+    EXPECT_TRUE(vb::isNumeric(Value::string(std::u16string(c.text)), *c.loc)) << u8(c.text);
+  }
 }
 
 TEST(ParseNumber, HugeExponentsOverflowToInfinityTinyToZero) {
@@ -73,7 +95,16 @@ TEST(ParseDate, AcceptedForms) {
       {u"3/1/2005 10:30 PM", &en, day(2005, 3, 1) + vb::timeFraction(22, 30, 0)},
       {u"2005/3/1 下午3:00:00", &zh, day(2005, 3, 1) + vb::timeFraction(15, 0, 0)},
       {u"10:30", &zh, t1030}, {u"12:00 AM", &en, 0}, {u"3 PM", &en, vb::timeFraction(15, 0, 0)},
-      {u"1899/12/29 06:00", &zh, -1.25}, {u"100/1/1", &zh, static_cast<double>(vb::kMinDateDays)},
+      {u"1899/12/29 06:00", &zh, -1.25},
+      // blanks for separators; one- and two-digit years in 1930..2029
+      {u"1 2 2005", &en, day(2005, 1, 2)}, {u"1 1 0", &en, day(2000, 1, 1)},
+      {u"1 1 50", &zh, day(1950, 1, 1)}, {u"12 31 99", &zh, day(1999, 12, 31)},
+      {u"3 / 1 / 29 10:30", &en, day(2029, 3, 1) + t1030},
+      // AM and PM leave hours of a 24-hour clock alone
+      {u"13:00 AM", &en, vb::timeFraction(13, 0, 0)},
+      {u"13:30 PM", &zh, vb::timeFraction(13, 30, 0)},
+      {u"12:15 AM", &en, vb::timeFraction(0, 15, 0)},
+      {u"100/1/1", &zh, static_cast<double>(vb::kMinDateDays)},
       {u"9999-12-31", &zh, static_cast<double>(vb::kMaxDateDays)},
   };
   // clang-format on
@@ -87,8 +118,8 @@ TEST(ParseDate, AcceptedForms) {
 TEST(ParseDate, RejectedForms) {
   const std::u16string_view cases[] = {
       u"",           u"abc",       u"2005",   u"42",           u"2005/2/30", u"2005-13-01",
-      u"13/13/2005", u"2005/3/1x", u"25:00",  u"10:60",        u"13:00 PM",  u"99/1/10000",
-      u"2005-3",     u"2005/3-1",  u"10:30:", u"2005/3/1 abc",
+      u"13/13/2005", u"2005/3/1x", u"25:00",  u"10:60",        u"24:00 AM",  u"99/1/10000",
+      u"2005-3",     u"2005/3-1",  u"10:30:", u"2005/3/1 abc", u"1 2/2005",
   };
   for (const auto text : cases) EXPECT_FALSE(vb::parseDate(text, zh).has_value()) << u8(text);
 }

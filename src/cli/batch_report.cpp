@@ -1,0 +1,111 @@
+#include "cli/batch_report.hpp"
+
+#include <cmath>
+#include <cstdio>
+#include <ostream>
+
+#include "cli/json.hpp"
+
+namespace korvex::cli {
+
+namespace {
+
+constexpr std::size_t kBarWidth = 30;
+
+double rowsPerSecond(std::size_t rows, double seconds) {
+  return seconds > 0 ? std::round(static_cast<double>(rows) / seconds) : 0;
+}
+
+std::string fixed(double x, int decimals) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.*f", decimals, x);
+  return buffer;
+}
+
+std::string duration(double seconds) {
+  const auto s = static_cast<long long>(std::ceil(seconds));
+  char buffer[64];
+  if (s >= 3600) {
+    std::snprintf(buffer, sizeof buffer, "%lld:%02lld:%02lld", s / 3600, s / 60 % 60, s % 60);
+  } else {
+    std::snprintf(buffer, sizeof buffer, "%lld:%02lld", s / 60, s % 60);
+  }
+  return buffer;
+}
+
+}  // namespace
+
+std::string summaryJson(const BatchSummary& s) {
+  auto count = [](std::size_t n) { return std::to_string(n); };
+  auto flag = [](bool b) { return std::string(b ? "true" : "false"); };
+  std::string out =
+      "{\"rows\": " + count(s.rows) + ", \"done\": " + count(s.done) +
+      ", \"succeeded\": " + count(s.done - s.failed) + ", \"failed\": " + count(s.failed) +
+      ", \"changedRows\": " + count(s.changedRows) +
+      ", \"changedFields\": " + count(s.changedFields) + ", \"dryRun\": " + flag(s.dryRun) +
+      ", \"committed\": " + flag(s.committed) + ", \"interrupted\": " + flag(s.interrupted) +
+      ", \"error\": " + jsonString(s.error) +
+      ", \"seconds\": " + jsonNumber(std::round(s.seconds * 1000) / 1000) +
+      ", \"rowsPerSecond\": " + jsonNumber(rowsPerSecond(s.done, s.seconds)) + ", \"failures\": [";
+  for (std::size_t i = 0; i < s.failures.size(); ++i) {
+    const RowFailure& f = s.failures[i];
+    if (i > 0) out += ", ";
+    out += "{\"row\": " + count(f.row) + ", \"key\": " + jsonString(f.key) +
+           ", \"errNum\": " + std::to_string(f.errNum) + ", \"line\": " + std::to_string(f.line) +
+           ", \"message\": " + jsonString(f.message) + "}";
+  }
+  return out + "]}";
+}
+
+std::string summaryText(const BatchSummary& s) {
+  std::string out;
+  if (s.interrupted) {
+    out += "批处理已中断: 已运行 " + std::to_string(s.done) + "/" + std::to_string(s.rows) +
+           " 行, 数据库未改动\n";
+  } else {
+    out += std::string(s.dryRun ? "试运行完成: " : "批处理完成: ") + std::to_string(s.rows) +
+           " 行, 成功 " + std::to_string(s.done - s.failed) + " 行, 失败 " +
+           std::to_string(s.failed) + " 行; " + (s.dryRun ? "应写回 " : "写回 ") +
+           std::to_string(s.changedRows) + " 行共 " + std::to_string(s.changedFields) +
+           " 个字段 (" + fixed(s.seconds, 2) + " 秒, " +
+           fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
+    if (s.dryRun) out += "试运行: 没有写入数据库\n";
+    if (!s.dryRun && !s.committed) {
+      out += "提交失败, 数据库未改动: " + toUtf8(s.error) + "\n";
+    }
+  }
+  if (!s.failures.empty()) out += "失败的行:\n";
+  for (const RowFailure& f : s.failures) {
+    out += "  第 " + std::to_string(f.row) + " 行 [" + toUtf8(f.key) + "] ";
+    out += f.line > 0 ? "行号 " + std::to_string(f.line) : std::string("写回");
+    out += ", 错误 " + std::to_string(f.errNum) + ": " + toUtf8(f.message) + "\n";
+  }
+  return out;
+}
+
+ProgressBar::ProgressBar(std::ostream& out, bool enabled)
+    : out_(out), enabled_(enabled), started_(std::chrono::steady_clock::now()) {}
+
+void ProgressBar::update(std::size_t done, std::size_t total) {
+  if (!enabled_ || total == 0) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (shown_ && done < total && now - lastDrawn_ < std::chrono::milliseconds(100)) return;
+  lastDrawn_ = now;
+  shown_ = true;
+  const double elapsed = std::chrono::duration<double>(now - started_).count();
+  const double rate = elapsed > 0 ? static_cast<double>(done) / elapsed : 0;
+  const std::size_t filled = done * kBarWidth / total;
+  std::string line = "\r[" + std::string(filled, '#') + std::string(kBarWidth - filled, '-') +
+                     "] " + std::to_string(done) + "/" + std::to_string(total) + " 行  " +
+                     fixed(rate, 0) + " 行/秒  剩余 ";
+  line += rate > 0 ? duration(static_cast<double>(total - done) / rate) : std::string("?");
+  out_ << line << "   " << std::flush;
+}
+
+void ProgressBar::finish() {
+  if (!shown_) return;
+  out_ << "\r\x1b[K" << std::flush;
+  shown_ = false;
+}
+
+}  // namespace korvex::cli

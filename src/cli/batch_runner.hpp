@@ -1,0 +1,90 @@
+// The batch runner: one script run for every row of a table, each row with
+// an engine of its own, computed on worker threads, the rows' field
+// assignments handed to a single writer in row order.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "korvex/host_object.hpp"
+#include "korvex/value.hpp"
+
+namespace korvex {
+class BasicEngine;
+}
+
+namespace korvex::cli {
+
+/// The rows of a batch, read once before the first row runs.
+struct BatchTable {
+  std::vector<std::u16string> fieldNames;
+  std::vector<std::vector<Value>> rows;
+};
+
+/// One field a row's script assigned, with its final value.
+struct FieldWrite {
+  std::size_t column = 0;
+  Value value;
+};
+
+/// Where the rows' assignments go. `write` is called from one thread, in
+/// row order, only for rows whose script succeeded and assigned something;
+/// it writes all of the row or, on failure, none of it. Nothing becomes
+/// visible before `commit`; `rollback` drops everything written.
+class BatchWriter {
+ public:
+  virtual ~BatchWriter() = default;
+  virtual DispatchResult write(std::size_t row, std::span<const FieldWrite> writes) = 0;
+  virtual DispatchResult commit() = 0;
+  virtual void rollback() noexcept = 0;
+};
+
+struct RowFailure {
+  std::size_t row = 0;      // from 1, in the table's order
+  std::u16string key;       // the row's first field as text
+  std::int32_t errNum = 0;  // the script's error, or the database's
+  std::int32_t line = 0;    // the script line; 0 when writing back failed
+  std::u16string message;
+};
+
+struct BatchSummary {
+  std::size_t rows = 0;           // rows of the table
+  std::size_t done = 0;           // rows run (all of them unless interrupted)
+  std::size_t failed = 0;         // rows whose script or write-back failed
+  std::size_t changedRows = 0;    // successful rows that assigned a field
+  std::size_t changedFields = 0;  // their assigned fields
+  bool dryRun = false;            // computed only, no writer
+  bool committed = false;         // the writer committed every write
+  bool interrupted = false;       // stopped early: nothing was written
+  std::u16string error;           // why the commit failed
+  double seconds = 0;
+  std::vector<RowFailure> failures;  // in row order
+};
+
+struct BatchJob {
+  std::u16string script;
+  /// Variables every row's engine starts with.
+  std::vector<std::pair<std::u16string, Value>> presets;
+  unsigned jobs = 1;
+  /// Called once on each worker thread, on that thread; what it returns
+  /// prepares each engine of that thread before its row runs (hands over
+  /// a Parent with a connection of the thread's own). May be empty.
+  using EngineSetup = std::function<void(BasicEngine&)>;
+  std::function<EngineSetup()> openWorker;
+  /// Called on the writing thread after each row with (rows done, rows).
+  std::function<void(std::size_t, std::size_t)> progress;
+  /// Raised from elsewhere (a signal handler) to stop the batch.
+  const std::atomic<bool>* stop = nullptr;
+};
+
+/// Runs the batch. Without a writer (a dry run) nothing is written; with
+/// one, the writes are committed at the end unless the batch was stopped.
+BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter* writer);
+
+}  // namespace korvex::cli

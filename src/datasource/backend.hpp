@@ -1,0 +1,96 @@
+// The database behind the data-access objects.
+//
+// One interface serves every kind of database: open a file or server, run a
+// statement (with positional parameters) and get its rows with the column
+// types, transactions, and the dialect hooks that make the payroll SQL
+// texts run unchanged. The objects the scripts see (Connection, Recordset,
+// Command) talk only to this interface; SQLite is the embedded default.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "korvex/value.hpp"
+
+namespace korvex::ds {
+
+/// Field type codes of the data-access objects.
+enum FieldType : std::int32_t {
+  kTypeLong = 3,
+  kTypeDouble = 5,
+  kTypeCurrency = 6,
+  kTypeDate = 7,
+  kTypeBoolean = 11,
+  kTypeBigInt = 20,
+  kTypeText = 202,
+  kTypeBinary = 205,
+};
+
+/// A failure reported by the database, with its own message.
+class DbError : public std::runtime_error {
+ public:
+  explicit DbError(std::u16string message)
+      : std::runtime_error("database error"), message_(std::move(message)) {}
+  const std::u16string& message() const noexcept { return message_; }
+
+ private:
+  std::u16string message_;
+};
+
+struct Column {
+  std::u16string name;
+  std::int32_t type = kTypeText;  // a FieldType
+  // Where the column comes from; both empty for an expression column.
+  std::u16string table;
+  std::u16string origin;
+};
+
+/// The outcome of one statement text.
+struct ResultSet {
+  bool hasRows = false;  // false: the statement returns no rows (closed result)
+  std::vector<Column> columns;
+  std::vector<std::vector<Value>> rows;
+  std::int64_t changed = 0;  // rows the last statement inserted, updated or deleted
+};
+
+class Backend {
+ public:
+  virtual ~Backend() = default;
+
+  /// Runs a statement text (adapted to the dialect first); the parameters
+  /// bind to its placeholders in order. Throws DbError.
+  virtual ResultSet run(std::u16string_view sql, std::span<const Value> params = {}) = 0;
+
+  /// Transactions; each throws DbError when the database refuses.
+  virtual void begin() = 0;
+  virtual void commit() = 0;
+  virtual void rollback() = 0;
+
+  /// Dialect hook: the text the database actually runs for a text written
+  /// for the payroll database.
+  virtual std::u16string adapt(std::u16string_view sql) const = 0;
+  /// Dialect hook: a placeholder for parameter i (0-based) in a text.
+  virtual std::u16string placeholder(std::size_t i) const = 0;
+
+  /// The names of a table's primary-key columns (empty: none, use the row
+  /// identity). Throws DbError.
+  virtual std::vector<std::u16string> primaryKey(std::u16string_view table) = 0;
+  /// Whether rows of tables have a hidden row identity ("rowid").
+  virtual std::u16string rowIdentity() const = 0;
+
+  /// The catalog (database name) and the location of another catalog
+  /// beside this one, for "use NAME".
+  virtual std::u16string catalog() const = 0;
+};
+
+/// Opens a SQLite file; it must exist. Throws DbError.
+std::shared_ptr<Backend> openSqlite(const std::string& path);
+/// The file a catalog name stands for beside an open SQLite file.
+std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog);
+
+}  // namespace korvex::ds

@@ -1,0 +1,267 @@
+#include <string>
+
+#include "datasource/objects.hpp"
+#include "host/recordset_errors.hpp"
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex::ds {
+
+using host::sameName;
+
+DispatchResult objectClosed() {
+  return DispatchResult::failure(kObjectClosed, u"对象关闭时，不允许操作。");
+}
+
+DispatchResult providerError(std::u16string message) {
+  return DispatchResult::failure(kProviderError, std::move(message));
+}
+
+namespace {
+
+constexpr std::u16string_view kInitialCatalog = u"Initial Catalog";
+constexpr std::u16string_view kDataSource = u"Data Source";
+
+std::u16string_view trim(std::u16string_view s) {
+  while (!s.empty() && (s.front() == u' ' || s.front() == u'\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == u' ' || s.back() == u'\t')) s.remove_suffix(1);
+  return s;
+}
+
+// One "key=value" setting of a connection string; a string without "=" is
+// the bare path of the file.
+std::u16string setting(std::u16string_view connectionString, std::u16string_view key) {
+  if (connectionString.find(u'=') == std::u16string_view::npos) {
+    return sameName(key, kDataSource) ? std::u16string(trim(connectionString)) : u"";
+  }
+  std::size_t start = 0;
+  while (start <= connectionString.size()) {
+    std::size_t end = connectionString.find(u';', start);
+    if (end == std::u16string_view::npos) end = connectionString.size();
+    const std::u16string_view part = connectionString.substr(start, end - start);
+    if (const auto eq = part.find(u'='); eq != std::u16string_view::npos) {
+      if (sameName(trim(part.substr(0, eq)), key)) {
+        return std::u16string(trim(part.substr(eq + 1)));
+      }
+    }
+    start = end + 1;
+  }
+  return {};
+}
+
+std::optional<std::u16string> textArg(std::span<const Value> args, std::size_t i) {
+  if (i >= args.size()) return std::nullopt;
+  try {
+    return vb::toString(args[i], Locale::zhCN());
+  } catch (const vb::RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
+// The file name without folder and extension: the catalog a file is.
+std::u16string stem(std::u16string path) {
+  path = path.substr(path.find_last_of(u'/') + 1);
+  return path.substr(0, path.find_last_of(u'.'));
+}
+
+DispatchResult alreadyOpen() { return DispatchResult::failure(3705, u"对象打开时，不允许操作。"); }
+
+DispatchResult argumentsWrong() {
+  return DispatchResult::failure(3001,
+                                 u"参数类型不正确，或不在可以接受的范围之内，或与其他参数冲突。");
+}
+
+// A connection property read and written by name: Properties("...").Value.
+class Property final : public HostObject {
+ public:
+  Property(std::shared_ptr<Connection> owner, std::u16string name)
+      : owner_(std::move(owner)), name_(std::move(name)) {}
+
+  DispatchResult getProperty(std::u16string_view member, std::span<const Value>) override {
+    if (sameName(member, u"Name")) return DispatchResult::success(Value::string(name_));
+    if (sameName(member, u"Value")) return owner_->getProperty(name_, {});
+    return memberNotFound(member);
+  }
+  DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
+                             const Value& value) override {
+    if (sameName(member, u"Value")) return owner_->setProperty(name_, {}, value);
+    return memberNotFound(member);
+  }
+  DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
+    return getProperty(member, args);
+  }
+
+ private:
+  std::shared_ptr<Connection> owner_;
+  std::u16string name_;
+};
+
+class Properties final : public HostObject {
+ public:
+  explicit Properties(std::shared_ptr<Connection> owner) : owner_(std::move(owner)) {}
+
+  DispatchResult getProperty(std::u16string_view member, std::span<const Value> args) override {
+    if (sameName(member, u"Item")) return getDefault(args);
+    if (sameName(member, u"Count")) return DispatchResult::success(Value::lng(2));
+    return memberNotFound(member);
+  }
+  DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
+                             const Value&) override {
+    return memberNotFound(member);
+  }
+  DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
+    return getProperty(member, args);
+  }
+  DispatchResult getDefault(std::span<const Value> args) override {
+    const auto name = textArg(args, 0);
+    for (std::u16string_view known : {kInitialCatalog, kDataSource}) {
+      if (name && sameName(*name, known)) {
+        return DispatchResult::success(
+            Value::object(std::make_shared<Property>(owner_, std::u16string(known))));
+      }
+    }
+    return host::itemNotFound();
+  }
+
+ private:
+  std::shared_ptr<Connection> owner_;
+};
+
+}  // namespace
+
+std::u16string Connection::catalog() const {
+  if (catalog_) return *catalog_;
+  if (backend_) return backend_->catalog();
+  return stem(setting(connectionString_, kDataSource));
+}
+
+DispatchResult Connection::open() {
+  if (backend_) return alreadyOpen();
+  std::string path = toUtf8(setting(connectionString_, kDataSource));
+  const std::u16string wanted = catalog_ ? *catalog_ : setting(connectionString_, kInitialCatalog);
+  // Another catalog than the file itself is the file of that name beside it.
+  if (!wanted.empty() && wanted != stem(fromUtf8(path))) path = sqliteCatalogPath(path, wanted);
+  try {
+    backend_ = openSqlite(path);
+    path_ = path;
+    return DispatchResult::success();
+  } catch (const DbError& e) {
+    return providerError(e.message());
+  }
+}
+
+DispatchResult Connection::setCatalog(const Value& value) {
+  std::u16string name;
+  try {
+    name = vb::toString(value, Locale::zhCN());
+  } catch (const vb::RuntimeError&) {
+    return argumentsWrong();
+  }
+  if (!backend_) {
+    catalog_ = std::move(name);
+    return DispatchResult::success();
+  }
+  // Changing the catalog of an open connection moves it to that database.
+  try {
+    backend_ = openSqlite(sqliteCatalogPath(path_, name));
+    path_ = sqliteCatalogPath(path_, name);
+    catalog_ = std::move(name);
+    return DispatchResult::success();
+  } catch (const DbError& e) {
+    return providerError(e.message());
+  }
+}
+
+DispatchResult Connection::execute(std::u16string_view sql, std::span<const Value> params) {
+  if (log_) log_->add(sql);
+  if (!backend_) {
+    return DispatchResult::failure(kConnectionUnusable,
+                                   u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+  }
+  try {
+    ResultSet result = backend_->run(sql, params);
+    return DispatchResult::success(
+        Value::object(std::make_shared<Recordset>(std::move(result), backend_)));
+  } catch (const DbError& e) {
+    return providerError(e.message());
+  }
+}
+
+DispatchResult Connection::getProperty(std::u16string_view name, std::span<const Value> args) {
+  if (sameName(name, u"ConnectionString")) {
+    return DispatchResult::success(Value::string(connectionString_));
+  }
+  if (sameName(name, u"State")) return DispatchResult::success(Value::lng(backend_ ? 1 : 0));
+  if (sameName(name, u"DefaultDatabase") || sameName(name, kInitialCatalog)) {
+    return DispatchResult::success(Value::string(catalog()));
+  }
+  if (sameName(name, kDataSource)) {
+    return DispatchResult::success(
+        Value::string(backend_ ? fromUtf8(path_) : setting(connectionString_, kDataSource)));
+  }
+  if (sameName(name, u"Properties")) {
+    // The property objects refer back to this connection, which the
+    // factory always holds through a shared pointer.
+    auto props = std::make_shared<Properties>(shared_from_this());
+    if (args.empty()) return DispatchResult::success(Value::object(props));
+    return props->getDefault(args);
+  }
+  return memberNotFound(name);
+}
+
+DispatchResult Connection::setProperty(std::u16string_view name, std::span<const Value>,
+                                       const Value& value) {
+  if (sameName(name, u"ConnectionString")) {
+    if (backend_) return alreadyOpen();
+    const auto text = textArg(std::span<const Value>(&value, 1), 0);
+    if (!text) return argumentsWrong();
+    connectionString_ = *text;
+    catalog_.reset();
+    return DispatchResult::success();
+  }
+  if (sameName(name, u"DefaultDatabase") || sameName(name, kInitialCatalog)) {
+    return setCatalog(value);
+  }
+  return memberNotFound(name);
+}
+
+DispatchResult Connection::callMethod(std::u16string_view name, std::span<const Value> args) {
+  if (sameName(name, u"Open")) {
+    if (!args.empty() && !args[0].isEmpty()) {
+      if (backend_) return alreadyOpen();
+      const auto text = textArg(args, 0);
+      if (!text) return argumentsWrong();
+      connectionString_ = *text;
+    }
+    return open();
+  }
+  if (sameName(name, u"Close")) {
+    if (!backend_) return objectClosed();
+    backend_.reset();
+    return DispatchResult::success();
+  }
+  if (sameName(name, u"Execute")) {
+    const auto sql = textArg(args, 0);
+    if (!sql) return argumentsWrong();
+    return execute(*sql);
+  }
+  const bool begin = sameName(name, u"BeginTrans");
+  if (begin || sameName(name, u"CommitTrans") || sameName(name, u"RollbackTrans")) {
+    if (!backend_) return objectClosed();
+    try {
+      if (begin) {
+        backend_->begin();
+      } else if (sameName(name, u"CommitTrans")) {
+        backend_->commit();
+      } else {
+        backend_->rollback();
+      }
+      return DispatchResult::success();
+    } catch (const DbError& e) {
+      return providerError(e.message());
+    }
+  }
+  return getProperty(name, args);
+}
+
+}  // namespace korvex::ds

@@ -1,0 +1,66 @@
+#include <array>
+
+#include "datasource/objects.hpp"
+#include "host/recordset_errors.hpp"
+#include "korvex/datasource.hpp"
+
+namespace korvex {
+
+namespace {
+
+class SqliteFactory final : public ObjectFactory {
+ public:
+  explicit SqliteFactory(std::shared_ptr<SqlLog> log) : log_(std::move(log)) {}
+
+  ObjectRef create(std::u16string_view className) override {
+    if (host::sameName(className, u"Connection")) return std::make_shared<ds::Connection>(log_);
+    if (host::sameName(className, u"Recordset")) return std::make_shared<ds::Recordset>();
+    if (host::sameName(className, u"Command")) return std::make_shared<ds::Command>();
+    return nullptr;
+  }
+
+ private:
+  std::shared_ptr<SqlLog> log_;
+};
+
+class ConnectParent final : public HostObject {
+ public:
+  explicit ConnectParent(ObjectRef connection) : connection_(std::move(connection)) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
+    if (host::sameName(name, u"Connect"))
+      return DispatchResult::success(Value::object(connection_));
+    return memberNotFound(name);
+  }
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value&) override {
+    return memberNotFound(name);
+  }
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    return getProperty(name, args);
+  }
+
+ private:
+  ObjectRef connection_;
+};
+
+}  // namespace
+
+std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log) {
+  return std::make_shared<SqliteFactory>(std::move(log));
+}
+
+DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connectionString) {
+  ObjectRef connection = factory.create(u"Connection");
+  if (!connection) return memberNotFound(u"Connection");
+  const std::array<Value, 1> args{Value::string(connectionString)};
+  DispatchResult opened = connection->callMethod(u"Open", args);
+  if (!opened.ok()) return opened;
+  return DispatchResult::success(Value::object(std::move(connection)));
+}
+
+ObjectRef connectParent(ObjectRef connection) {
+  return std::make_shared<ConnectParent>(std::move(connection));
+}
+
+}  // namespace korvex

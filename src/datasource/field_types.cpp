@@ -1,0 +1,214 @@
+#include "datasource/field_types.hpp"
+
+#include <cmath>
+
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex::ds {
+
+namespace {
+
+bool contains(const std::string& upper, std::string_view word) {
+  return upper.find(word) != std::string::npos;
+}
+
+// Reads 1 to `maxDigits` digits at pos; -1 when there is none.
+int digits(std::u16string_view s, std::size_t& pos, std::size_t maxDigits) {
+  int n = 0;
+  std::size_t count = 0;
+  while (pos < s.size() && count < maxDigits && s[pos] >= u'0' && s[pos] <= u'9') {
+    n = n * 10 + (s[pos] - u'0');
+    ++pos;
+    ++count;
+  }
+  return count == 0 ? -1 : n;
+}
+
+bool validParts(const vb::DateTimeParts& p) {
+  return p.year >= 100 && p.year <= 9999 && p.month >= 1 && p.month <= 12 && p.day >= 1 &&
+         p.day <= vb::daysInMonth(p.year, p.month) && p.hour >= 0 && p.hour < 24 && p.minute >= 0 &&
+         p.minute < 60 && p.second >= 0 && p.second < 60;
+}
+
+void appendNumber(std::u16string& out, int n, int width) {
+  std::string s = std::to_string(n);
+  while (static_cast<int>(s.size()) < width) s.insert(s.begin(), '0');
+  out.append(s.begin(), s.end());
+}
+
+}  // namespace
+
+std::int32_t typeOfDeclared(std::string_view declared) {
+  if (declared.empty()) return 0;
+  std::string upper;
+  for (char c : declared) upper += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  if (contains(upper, "DATE") || contains(upper, "TIME")) return kTypeDate;
+  if (contains(upper, "BIT") || contains(upper, "BOOL")) return kTypeBoolean;
+  if (contains(upper, "BIGINT")) return kTypeBigInt;
+  if (contains(upper, "INT")) return kTypeLong;
+  if (contains(upper, "REAL") || contains(upper, "FLOA") || contains(upper, "DOUB")) {
+    return kTypeDouble;
+  }
+  if (contains(upper, "MONEY") || contains(upper, "DEC") || contains(upper, "NUMERIC")) {
+    return kTypeCurrency;
+  }
+  if (contains(upper, "BLOB") || contains(upper, "BINARY") || contains(upper, "IMAGE")) {
+    return kTypeBinary;
+  }
+  return kTypeText;
+}
+
+std::int32_t typeOfStored(const Value& stored) {
+  switch (stored.type()) {
+    case VarType::Long:
+      return kTypeLong;
+    case VarType::Double:
+      return kTypeDouble;
+    case VarType::String:
+      return kTypeText;
+    default:
+      return 0;
+  }
+}
+
+Value fieldValue(std::int32_t type, Value stored) {
+  if (stored.isNull()) return stored;
+  const bool number = stored.type() == VarType::Long || stored.type() == VarType::Double;
+  const double d = stored.type() == VarType::Long ? stored.longValue() : stored.doubleValue();
+  switch (type) {
+    case kTypeDate:
+      if (stored.isString()) {
+        if (const auto parts = parseDateText(stored.stringValue())) {
+          return Value::date(vb::serialFromParts(*parts));
+        }
+      }
+      return stored;
+    case kTypeBoolean:
+      if (number) return Value::boolean(d != 0);
+      return stored;
+    case kTypeDouble:
+      if (number) return Value::dbl(d);
+      return stored;
+    case kTypeCurrency:
+      if (number && std::fabs(d) < 9e14) {
+        return Value::currency(Currency{static_cast<std::int64_t>(std::llround(d * 10000))});
+      }
+      return stored;
+    default:
+      return stored;
+  }
+}
+
+Value storedValue(std::int32_t type, const Value& v, const Locale& loc) {
+  if (v.isNull() || v.isEmpty()) return Value::null();
+  if (type == 0) {
+    // No declared type: the value decides.
+    switch (v.type()) {
+      case VarType::Integer:
+        return Value::lng(v.integerValue());
+      case VarType::Boolean:
+        type = kTypeBoolean;
+        break;
+      case VarType::Date:
+        type = kTypeDate;
+        break;
+      case VarType::Currency:
+        type = kTypeCurrency;
+        break;
+      case VarType::String:
+        return v;
+      default:
+        if (v.isArray() || v.isObject()) vb::raise(vb::kTypeMismatch);
+        return v;
+    }
+  }
+  switch (type) {
+    case kTypeDate:
+      return Value::string(isoDateText(vb::toDate(v, loc)));
+    case kTypeBoolean:
+      return Value::lng(vb::toBoolean(v, loc) ? 1 : 0);
+    case kTypeLong:
+      return Value::lng(vb::toLong(v, loc));
+    case kTypeBigInt: {
+      const double d = std::round(vb::toDouble(v, loc));
+      if (std::fabs(d) < 2147483648.0) return Value::lng(static_cast<std::int32_t>(d));
+      return Value::dbl(d);
+    }
+    case kTypeDouble:
+      return Value::dbl(vb::toDouble(v, loc));
+    case kTypeCurrency:
+      return Value::dbl(static_cast<double>(vb::toCurrency(v, loc).scaled) / 10000.0);
+    default:
+      return Value::string(vb::toString(v, loc));
+  }
+}
+
+std::optional<vb::DateTimeParts> parseDateText(std::u16string_view s) {
+  vb::DateTimeParts p;
+  std::size_t pos = 0;
+  const int first = digits(s, pos, 4);
+  if (first < 0 || pos >= s.size()) return std::nullopt;
+  const char16_t sep = s[pos];
+  if (sep != u'-' && sep != u'/') return std::nullopt;
+  const bool yearFirst = pos == 4;
+  ++pos;
+  const int second = digits(s, pos, 2);
+  if (second < 0 || pos >= s.size() || s[pos] != sep) return std::nullopt;
+  ++pos;
+  const std::size_t thirdStart = pos;
+  const int third = digits(s, pos, yearFirst ? 2 : 4);
+  if (third < 0) return std::nullopt;
+  if (yearFirst) {
+    p.year = first, p.month = second, p.day = third;
+  } else {
+    // Month first, as the payroll texts write dates: mm/dd/yyyy.
+    if (sep != u'/' || pos - thirdStart != 4) return std::nullopt;
+    p.month = first, p.day = second, p.year = third;
+  }
+  p.hour = p.minute = p.second = 0;
+  if (pos < s.size()) {
+    if (s[pos] != u' ' && s[pos] != u'T') return std::nullopt;
+    ++pos;
+    p.hour = digits(s, pos, 2);
+    if (p.hour < 0 || pos >= s.size() || s[pos] != u':') return std::nullopt;
+    ++pos;
+    p.minute = digits(s, pos, 2);
+    if (p.minute < 0) return std::nullopt;
+    if (pos < s.size() && s[pos] == u':') {
+      ++pos;
+      p.second = digits(s, pos, 2);
+      if (p.second < 0) return std::nullopt;
+      // Fractions of a second are stored by some writers; they are dropped.
+      if (pos < s.size() && s[pos] == u'.') {
+        ++pos;
+        while (pos < s.size() && s[pos] >= u'0' && s[pos] <= u'9') ++pos;
+      }
+    }
+    if (pos != s.size()) return std::nullopt;
+  }
+  if (!validParts(p)) return std::nullopt;
+  return p;
+}
+
+std::u16string isoDateText(const vb::DateTimeParts& p) {
+  std::u16string out;
+  appendNumber(out, p.year, 4);
+  out += u'-';
+  appendNumber(out, p.month, 2);
+  out += u'-';
+  appendNumber(out, p.day, 2);
+  if (p.hour != 0 || p.minute != 0 || p.second != 0) {
+    out += u' ';
+    appendNumber(out, p.hour, 2);
+    out += u':';
+    appendNumber(out, p.minute, 2);
+    out += u':';
+    appendNumber(out, p.second, 2);
+  }
+  return out;
+}
+
+std::u16string isoDateText(double serial) { return isoDateText(vb::splitSerial(serial)); }
+
+}  // namespace korvex::ds

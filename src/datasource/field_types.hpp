@@ -1,0 +1,44 @@
+// The data-access field types and the conversion of stored values to and
+// from script values.
+//
+// A column's type comes from its declared SQL type (DATE gives Dates, BIT
+// Booleans, INT Longs, MONEY Currency, ...); a column without one (an
+// expression such as sum or count) follows the stored value's own type.
+// Dates are stored as ISO text "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS".
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "datasource/backend.hpp"
+#include "korvex/locale.hpp"
+#include "korvex/value.hpp"
+#include "values/calendar.hpp"
+
+namespace korvex::ds {
+
+/// The field type of a declared SQL type; 0 when nothing is declared.
+std::int32_t typeOfDeclared(std::string_view declared);
+/// The field type a stored value has on its own (Long, Double, text, ...);
+/// 0 for Null.
+std::int32_t typeOfStored(const Value& stored);
+
+/// The script value of a stored value (Null, Long, Double, String) in a
+/// field of the given type.
+Value fieldValue(std::int32_t type, Value stored);
+/// The value to store for a script value written into a field of the given
+/// type (0: by the value's own type). Throws vb::RuntimeError when the
+/// value does not convert (text into a Date field, ...).
+Value storedValue(std::int32_t type, const Value& v, const Locale& loc);
+
+/// A date in one of the forms the payroll texts use: "03/01/2005",
+/// "2005-3-1", "2005/03/01", each optionally followed by a blank and
+/// "HH:MM" or "HH:MM:SS" (ISO text with a "T" too).
+std::optional<vb::DateTimeParts> parseDateText(std::u16string_view text);
+/// ISO text of a date serial: the time is left out when it is midnight.
+std::u16string isoDateText(double serial);
+std::u16string isoDateText(const vb::DateTimeParts& p);
+
+}  // namespace korvex::ds

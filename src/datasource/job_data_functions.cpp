@@ -1,0 +1,87 @@
+// Job-data wage aggregates: department wage totals and averages from a
+// monthly wage table, piece-rate wages and output values from WA_JobData.
+#include "datasource/wage_sql.hpp"
+
+namespace korvex::ds {
+namespace {
+
+std::u16string yearMonth(const Period& p) {
+  return u"(YEAR(日期) = " + decimal(p.year) + u") AND (MONTH(日期) = " + decimal(p.month) + u") ";
+}
+
+std::u16string between(const Period& p) {
+  return u"日期 BETWEEN '" + monthDayYear(p.start) + u"' and '" + monthDayYear(p.end) + u"'";
+}
+
+}  // namespace
+
+std::u16string departmentWageSql(bool average, std::u16string_view item, std::u16string_view table,
+                                 std::u16string_view dept) {
+  std::u16string sql = average ? u"select avg(" : u"select sum(";
+  sql += item;
+  sql += average ? u") as WA_AVG  from [" : u") as WA_Total  from [";
+  sql += table;
+  sql += u"] Where left(部门编号," + decimal(static_cast<long long>(dept.size())) + u")='";
+  sql += dept;
+  return sql + u"'";
+}
+
+std::u16string pieceWageSql(const Period& p, std::u16string_view code) {
+  std::u16string sql;
+  if (p.byMonth) {
+    sql = u"SELECT  SUM(工资合计) AS 合计  From WA_JobData WHERE " + yearMonth(p);
+    if (!code.empty()) sql += u" AND 工号='" + std::u16string(code) + u"'";
+  } else {
+    sql = u"select sum(工资合计) as 合计 from WA_JobData where  (" + between(p) + u")";
+    // No "and" before the code: the text has always been sent like this.
+    if (!code.empty()) sql += u" rtrim(工号)='" + std::u16string(code) + u"' ";
+  }
+  return sql;
+}
+
+std::u16string departmentPieceWageSql(const Period& p, std::u16string_view dept) {
+  std::u16string sql = u"select sum(工资合计) as 合计 from WA_JobData where ";
+  if (p.byMonth) {
+    // Month and year without a connective between them: kept as sent.
+    sql += u" month(日期)=" + decimal(p.month) + u" year(日期)=" + decimal(p.year);
+  } else {
+    sql += u" (" + between(p) + u")";
+  }
+  return sql + u" and 部门编号 like '" + std::u16string(dept) + u"%' ";
+}
+
+std::u16string processPieceWageSql(const Period& p, std::u16string_view product,
+                                   std::u16string_view process, std::u16string_view code) {
+  const std::u16string productTest = u"(产品名称 = '" + std::u16string(product) + u"') ";
+  std::u16string sql;
+  if (p.byMonth) {
+    // By month the process is an index; by range it is a process name and
+    // the price total is summed.
+    sql = u"SELECT  SUM(工资合计) AS 合计  From WA_JobData WHERE " + productTest;
+    if (!process.empty()) sql += u"AND (cWkIndex = '" + std::u16string(process) + u"') ";
+    sql += u"AND " + yearMonth(p);
+  } else {
+    sql =
+        process.empty() ? u"SELECT  SUM(工资合计) AS 合计 " : u"SELECT  SUM(nTotalPrice) AS 合计 ";
+    sql += u"FROM WA_JobData WHERE (" + between(p) + u") AND " + productTest;
+    if (!process.empty()) sql += u"AND (工序名称 = '" + std::u16string(process) + u"') ";
+  }
+  if (!code.empty()) sql += u" AND 工号='" + std::u16string(code) + u"'";
+  return sql;
+}
+
+std::u16string outputValueSql(const Period& p, std::u16string_view product) {
+  const std::u16string head =
+      product.empty() ? u"SELECT SUM(计件数量 * 单位产值) AS 产值 "
+                      : u"SELECT 产品名称 AS 产品名称, SUM(计件数量 * 单位产值) AS 产值 ";
+  const std::u16string productTest = u"(产品名称 = '" + std::u16string(product) + u"')";
+  if (p.byMonth) {
+    return head + u" From WA_JobData WHERE " + (product.empty() ? u"" : productTest + u" AND ") +
+           yearMonth(p);
+  }
+  // Without a product the range loses its opening parenthesis.
+  if (product.empty()) return head + u" From WA_JobData  WHERE " + between(p) + u") ";
+  return head + u" From WA_JobData  WHERE " + productTest + u" AND (" + between(p) + u") ";
+}
+
+}  // namespace korvex::ds

@@ -1,0 +1,402 @@
+// The database record set: the rows of one result held in memory (a
+// client-side, static cursor), with writes of the current row going back
+// to the row's table on Update.
+#include <algorithm>
+#include <string>
+
+#include "datasource/field_types.hpp"
+#include "datasource/objects.hpp"
+#include "host/recordset_errors.hpp"
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex::ds {
+
+using host::itemNotFound;
+using host::noCurrentRecord;
+using host::sameName;
+
+struct RecordsetData {
+  bool open = false;
+  std::vector<Column> columns;
+  std::vector<std::vector<Value>> rows;
+  std::ptrdiff_t position = 0;
+  std::shared_ptr<Backend> backend;
+  // The current row as it was before its first change; empty while the row
+  // has no pending change.
+  std::vector<Value> original;
+  std::vector<bool> changed;
+  std::int32_t cursorLocation = 2;
+  std::int32_t cursorType = 0;
+  std::int32_t lockType = 1;
+  std::vector<ObjectRef> fieldObjects;
+
+  bool hasCurrent() const noexcept {
+    return position >= 0 && static_cast<std::size_t>(position) < rows.size();
+  }
+  bool bof() const noexcept { return rows.empty() || position < 0; }
+  bool eof() const noexcept {
+    return rows.empty() || position >= static_cast<std::ptrdiff_t>(rows.size());
+  }
+  std::vector<Value>& current() { return rows[static_cast<std::size_t>(position)]; }
+
+  void revert() {
+    if (!original.empty() && hasCurrent()) current() = original;
+    original.clear();
+    changed.assign(columns.size(), false);
+  }
+  DispatchResult update();
+};
+
+namespace {
+
+DispatchResult faultResult(const vb::RuntimeError& e) {
+  std::u16string text = e.description();
+  if (text.empty()) text = std::u16string(vb::runtimeErrorText(e.number()));
+  return DispatchResult::failure(e.number(), std::move(text));
+}
+
+std::u16string quoted(std::u16string_view name) {
+  std::u16string out = u"\"";
+  for (char16_t c : name) {
+    if (c == u'"') out += u'"';
+    out += c;
+  }
+  return out + u"\"";
+}
+
+DispatchResult untraceable() {
+  return providerError(u"无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
+}
+
+}  // namespace
+
+// The changed fields of the current row go back to the one table the rows
+// come from, found by its primary key, or else by the row identity of the
+// first row that holds all the original values.
+DispatchResult RecordsetData::update() {
+  if (original.empty()) return DispatchResult::success();
+  const std::u16string table = columns.empty() ? u"" : columns[0].table;
+  const bool traced = backend && !table.empty() &&
+                      std::all_of(columns.begin(), columns.end(), [&](const Column& c) {
+                        return c.table == table && !c.origin.empty();
+                      });
+  if (!traced) {
+    revert();
+    return untraceable();
+  }
+  const Locale& loc = Locale::zhCN();
+  try {
+    std::vector<Value> params;
+    std::u16string sql = u"UPDATE " + quoted(table) + u" SET ";
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (!changed[i]) continue;
+      if (!params.empty()) sql += u", ";
+      sql += quoted(columns[i].origin) + u" = " + backend->placeholder(params.size());
+      params.push_back(storedValue(columns[i].type, current()[i], loc));
+    }
+    // A condition on the original values of the given columns.
+    const auto where = [&](const std::vector<std::size_t>& which, std::u16string_view op) {
+      std::u16string cond;
+      for (std::size_t i : which) {
+        if (!cond.empty()) cond += u" AND ";
+        cond +=
+            quoted(columns[i].origin) + std::u16string(op) + backend->placeholder(params.size());
+        params.push_back(storedValue(columns[i].type, original[i], loc));
+      }
+      return cond;
+    };
+    std::vector<std::size_t> keyColumns;
+    for (const std::u16string& key : backend->primaryKey(table)) {
+      const auto it = std::find_if(columns.begin(), columns.end(),
+                                   [&](const Column& c) { return sameName(c.origin, key); });
+      if (it == columns.end()) {
+        keyColumns.clear();
+        break;
+      }
+      keyColumns.push_back(static_cast<std::size_t>(it - columns.begin()));
+    }
+    if (!keyColumns.empty()) {
+      sql += u" WHERE " + where(keyColumns, u" = ");
+    } else {
+      std::vector<std::size_t> all(columns.size());
+      for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+      const std::u16string id = backend->rowIdentity();
+      sql += u" WHERE " + id + u" = (SELECT " + id + u" FROM " + quoted(table) + u" WHERE " +
+             where(all, u" IS ") + u" LIMIT 1)";
+    }
+    const ResultSet done = backend->run(sql, params);
+    if (done.changed == 0) {
+      revert();
+      return providerError(u"无法更新: 找不到要更新的行, 它可能已被删除或修改。");
+    }
+  } catch (const DbError& e) {
+    revert();
+    return providerError(e.message());
+  } catch (const vb::RuntimeError& e) {
+    revert();
+    return faultResult(e);
+  }
+  original.clear();
+  changed.assign(columns.size(), false);
+  return DispatchResult::success();
+}
+
+namespace {
+
+class FieldObject final : public HostObject {
+ public:
+  FieldObject(std::shared_ptr<RecordsetData> data, std::size_t column)
+      : data_(std::move(data)), column_(column) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
+    const Column& c = data_->columns[column_];
+    if (sameName(name, u"Name")) return DispatchResult::success(Value::string(c.name));
+    if (sameName(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
+    if (sameName(name, u"Value") || sameName(name, u"OriginalValue")) {
+      if (!data_->open) return objectClosed();
+      if (!data_->hasCurrent()) return noCurrentRecord();
+      if (sameName(name, u"OriginalValue") && !data_->original.empty()) {
+        return DispatchResult::success(data_->original[column_]);
+      }
+      return DispatchResult::success(data_->current()[column_]);
+    }
+    return memberNotFound(name);
+  }
+
+  // The value is converted as it would be stored, so a field holds what
+  // its column can keep (a Date field turns text into a Date or refuses).
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value& value) override {
+    if (!sameName(name, u"Value")) return memberNotFound(name);
+    RecordsetData& d = *data_;
+    if (!d.open) return objectClosed();
+    if (!d.hasCurrent()) return noCurrentRecord();
+    const Column& c = d.columns[column_];
+    Value typed;
+    try {
+      typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
+    } catch (const vb::RuntimeError& e) {
+      return faultResult(e);
+    }
+    if (d.original.empty()) {
+      d.original = d.current();
+      d.changed.assign(d.columns.size(), false);
+    }
+    d.current()[column_] = std::move(typed);
+    d.changed[column_] = true;
+    return DispatchResult::success();
+  }
+
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    return getProperty(name, args);
+  }
+
+ private:
+  std::shared_ptr<RecordsetData> data_;
+  std::size_t column_;
+};
+
+ObjectRef fieldObject(const std::shared_ptr<RecordsetData>& data, std::size_t i) {
+  if (i < data->fieldObjects.size()) return data->fieldObjects[i];
+  return std::make_shared<FieldObject>(data, i);
+}
+
+class FieldsObject final : public HostObject {
+ public:
+  explicit FieldsObject(std::shared_ptr<RecordsetData> data) : data_(std::move(data)) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
+    if (sameName(name, u"Count")) {
+      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->columns.size())));
+    }
+    if (sameName(name, u"Item")) return getDefault(args);
+    return memberNotFound(name);
+  }
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value&) override {
+    return memberNotFound(name);
+  }
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    return getProperty(name, args);
+  }
+  DispatchResult getDefault(std::span<const Value> args) override {
+    if (args.size() != 1) return itemNotFound();
+    const auto& columns = data_->columns;
+    if (args[0].isString()) {
+      for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (sameName(columns[i].name, args[0].stringValue())) {
+          return DispatchResult::success(Value::object(fieldObject(data_, i)));
+        }
+      }
+      return itemNotFound();
+    }
+    std::int32_t index = -1;
+    try {
+      index = vb::toLong(args[0], Locale::zhCN());
+    } catch (const vb::RuntimeError&) {
+      return itemNotFound();
+    }
+    if (index < 0 || static_cast<std::size_t>(index) >= columns.size()) return itemNotFound();
+    return DispatchResult::success(
+        Value::object(fieldObject(data_, static_cast<std::size_t>(index))));
+  }
+
+ private:
+  std::shared_ptr<RecordsetData> data_;
+};
+
+std::optional<std::int32_t> optionalLong(std::span<const Value> args, std::size_t i) {
+  if (i >= args.size() || args[i].isEmpty()) return std::nullopt;
+  try {
+    const std::int32_t n = vb::toLong(args[i], Locale::zhCN());
+    if (n == -1) return std::nullopt;  // "unspecified"
+    return n;
+  } catch (const vb::RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+Recordset::Recordset() : data_(std::make_shared<RecordsetData>()) {
+  fields_ = std::make_shared<FieldsObject>(data_);
+}
+
+Recordset::Recordset(ResultSet result, std::shared_ptr<Backend> backend) : Recordset() {
+  RecordsetData& d = *data_;
+  d.open = result.hasRows;
+  d.columns = std::move(result.columns);
+  d.rows = std::move(result.rows);
+  d.backend = std::move(backend);
+  d.changed.assign(d.columns.size(), false);
+  for (std::size_t i = 0; i < d.columns.size(); ++i) {
+    d.fieldObjects.push_back(std::make_shared<FieldObject>(data_, i));
+  }
+}
+
+Recordset::~Recordset() {
+  // The field objects point back at the shared data; break the cycle.
+  data_->fieldObjects.clear();
+}
+
+void Recordset::adopt(Recordset& other) {
+  const std::int32_t location = data_->cursorLocation;
+  const std::int32_t cursor = data_->cursorType;
+  const std::int32_t lock = data_->lockType;
+  data_->fieldObjects.clear();
+  data_ = other.data_;
+  fields_ = other.fields_;
+  data_->cursorLocation = location;
+  data_->cursorType = cursor;
+  data_->lockType = lock;
+}
+
+DispatchResult Recordset::open(std::span<const Value> args) {
+  if (data_->open) return DispatchResult::failure(3705, u"对象打开时，不允许操作。");
+  if (args.size() < 2 || !args[1].isObject() || !args[1].objectValue()) {
+    return DispatchResult::failure(3709,
+                                   u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+  }
+  // The statement runs on the given connection, as its Execute would run it.
+  DispatchResult r = args[1].objectValue()->callMethod(u"Execute", args.subspan(0, 1));
+  if (!r.ok()) return r;
+  auto* rs = r.value.isObject() ? dynamic_cast<Recordset*>(r.value.objectValue().get()) : nullptr;
+  if (rs == nullptr) return providerError(u"连接没有返回记录集。");
+  adopt(*rs);
+  if (const auto cursor = optionalLong(args, 2)) data_->cursorType = *cursor;
+  if (const auto lock = optionalLong(args, 3)) data_->lockType = *lock;
+  return DispatchResult::success();
+}
+
+DispatchResult Recordset::move(std::u16string_view name) {
+  RecordsetData& d = *data_;
+  if (!d.open) return objectClosed();
+  // Leaving a changed row writes it first.
+  if (DispatchResult written = d.update(); !written.ok()) return written;
+  const auto rows = static_cast<std::ptrdiff_t>(d.rows.size());
+  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveLast")) {
+    if (d.rows.empty()) return noCurrentRecord();
+    d.position = sameName(name, u"MoveFirst") ? 0 : rows - 1;
+  } else if (sameName(name, u"MoveNext")) {
+    if (d.eof()) return noCurrentRecord();
+    ++d.position;
+  } else {
+    if (d.bof()) return noCurrentRecord();
+    --d.position;
+  }
+  return DispatchResult::success();
+}
+
+DispatchResult Recordset::getProperty(std::u16string_view name, std::span<const Value> args) {
+  RecordsetData& d = *data_;
+  if (sameName(name, u"State")) return DispatchResult::success(Value::lng(d.open ? 1 : 0));
+  if (sameName(name, u"CursorLocation"))
+    return DispatchResult::success(Value::lng(d.cursorLocation));
+  if (sameName(name, u"CursorType")) return DispatchResult::success(Value::lng(d.cursorType));
+  if (sameName(name, u"LockType")) return DispatchResult::success(Value::lng(d.lockType));
+  if (sameName(name, u"Fields")) {
+    if (args.empty()) return DispatchResult::success(Value::object(fields_));
+    return fields_->getDefault(args);
+  }
+  const bool eof = sameName(name, u"EOF");
+  if (eof || sameName(name, u"BOF") || sameName(name, u"RecordCount") ||
+      sameName(name, u"AbsolutePosition")) {
+    if (!d.open) return objectClosed();
+    if (eof) return DispatchResult::success(Value::boolean(d.eof()));
+    if (sameName(name, u"BOF")) return DispatchResult::success(Value::boolean(d.bof()));
+    if (sameName(name, u"RecordCount")) {
+      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(d.rows.size())));
+    }
+    return DispatchResult::success(
+        Value::lng(d.hasCurrent() ? static_cast<std::int32_t>(d.position + 1) : -1));
+  }
+  return memberNotFound(name);
+}
+
+DispatchResult Recordset::setProperty(std::u16string_view name, std::span<const Value>,
+                                      const Value& value) {
+  std::int32_t* target = sameName(name, u"CursorLocation") ? &data_->cursorLocation
+                         : sameName(name, u"CursorType")   ? &data_->cursorType
+                         : sameName(name, u"LockType")     ? &data_->lockType
+                                                           : nullptr;
+  if (target == nullptr) return memberNotFound(name);
+  try {
+    *target = vb::toLong(value, Locale::zhCN());
+  } catch (const vb::RuntimeError& e) {
+    return faultResult(e);
+  }
+  return DispatchResult::success();
+}
+
+DispatchResult Recordset::callMethod(std::u16string_view name, std::span<const Value> args) {
+  RecordsetData& d = *data_;
+  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveNext") ||
+      sameName(name, u"MovePrevious") || sameName(name, u"MoveLast")) {
+    return move(name);
+  }
+  if (sameName(name, u"Open")) return open(args);
+  if (sameName(name, u"Close")) {
+    if (!d.open) return objectClosed();
+    d.revert();
+    d.open = false;
+    d.rows.clear();
+    return DispatchResult::success();
+  }
+  const bool edit = sameName(name, u"Edit");
+  if (edit || sameName(name, u"Update") || sameName(name, u"CancelUpdate")) {
+    if (!d.open) return objectClosed();
+    if (!d.hasCurrent()) return noCurrentRecord();
+    if (edit) return DispatchResult::success();  // fields are written straight into the row
+    if (sameName(name, u"Update")) return d.update();
+    d.revert();
+    return DispatchResult::success();
+  }
+  return getProperty(name, args);
+}
+
+DispatchResult Recordset::getDefault(std::span<const Value> args) {
+  return getProperty(u"Fields", args);
+}
+
+}  // namespace korvex::ds

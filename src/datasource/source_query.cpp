@@ -1,0 +1,85 @@
+#include "datasource/source_query.hpp"
+
+#include <array>
+
+#include "engine/faults.hpp"
+#include "korvex/datasource.hpp"
+#include "korvex/engine.hpp"
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
+
+namespace korvex::ds {
+
+namespace {
+
+Value unwrap(DispatchResult r) {
+  if (!r.ok()) throw vb::RuntimeError(r.number, std::move(r.description));
+  return std::move(r.value);
+}
+
+const ObjectRef& present(const ObjectRef& obj) {
+  if (!obj) vb::raise(vb::kObjectNotSet);
+  return obj;
+}
+
+}  // namespace
+
+Value getMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args) {
+  return unwrap(present(obj)->getProperty(name, args));
+}
+
+Value callMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args) {
+  return unwrap(present(obj)->callMethod(name, args));
+}
+
+void setMember(const ObjectRef& obj, std::u16string_view name, const Value& value) {
+  unwrap(present(obj)->setProperty(name, {}, value));
+}
+
+ObjectRef objectOf(const Value& v) {
+  if (!v.isObject()) vb::raise(vb::kObjectRequired);
+  return present(v.objectValue());
+}
+
+ObjectRef hostConnection(BasicEngine& engine) {
+  return objectOf(getMember(engine.Parent(), u"Connect"));
+}
+
+ObjectRef createObject(BasicEngine& engine, std::u16string_view className) {
+  static const std::shared_ptr<ObjectFactory> sqlite = sqliteObjectFactory();
+  const std::shared_ptr<ObjectFactory>& own = engine.Objects();
+  ObjectRef obj = (own ? *own : *sqlite).create(className);
+  if (!obj) vb::raise(429);  // the platform's "cannot create object"
+  return obj;
+}
+
+ObjectRef executeOnHost(BasicEngine& engine, std::u16string_view sql) {
+  const std::array<Value, 1> text{Value::string(sql)};
+  return objectOf(callMember(hostConnection(engine), u"Execute", text));
+}
+
+Value currentField(const ObjectRef& recordset, const Value& field, const Value& fallback) {
+  if (vb::toBoolean(getMember(recordset, u"EOF"), Locale::zhCN())) return fallback;
+  const std::array<Value, 1> key{field};
+  const ObjectRef f =
+      objectOf(getMember(getMember(recordset, u"Fields").objectValue(), u"Item", key));
+  Value v = unwrap(f->getDefault({}));
+  return v.isNull() ? fallback : v;
+}
+
+Value queryField(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+                 const Value& fallback) {
+  return currentField(executeOnHost(engine, sql), Value::string(field), fallback);
+}
+
+Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+                           const Value& fallback) {
+  try {
+    return queryField(engine, sql, field, fallback);
+  } catch (...) {
+    (void)currentFault();  // reported as the fallback
+    return fallback;
+  }
+}
+
+}  // namespace korvex::ds

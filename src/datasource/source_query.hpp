@@ -1,0 +1,67 @@
+// The shape every database-backed function shares: reach the host's
+// connection through the engine's Parent ("Connect", read late-bound on
+// every call), run one SQL text through Connect.Execute and read one field
+// of the first row, with the function's fallback at EOF or Null.
+//
+// A failing late-bound call (no Parent, no Connect, the database refusing
+// the text) throws vb::RuntimeError with the object's number and
+// description; out of a function's operation it ends the run as a
+// run-time failure, as the run loop reports any platform fault.
+//
+// A wage function only adds its arguments, SQL text and fallback:
+//
+//   std::int32_t deptTotal(fn::Call& call, Value& result) {
+//     ...
+//     const Value v = ds::queryField(call.engine(), sql, u"WA_Total", Value::dbl(0));
+//     result = Value::dbl(vb::toDouble(v, call.locale()));
+//     return 0;
+//   }
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "korvex/host_object.hpp"
+#include "korvex/value.hpp"
+
+namespace korvex {
+class BasicEngine;
+}
+
+namespace korvex::ds {
+
+// ---- late-bound calls that fail as run-time failures -----------------------
+
+Value getMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args = {});
+Value callMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args = {});
+void setMember(const ObjectRef& obj, std::u16string_view name, const Value& value);
+/// The object a value holds: 424 when it holds none, 91 for Nothing.
+ObjectRef objectOf(const Value& v);
+
+// ---- the engine's data source ----------------------------------------------
+
+/// Parent.Connect of the engine.
+ObjectRef hostConnection(BasicEngine& engine);
+/// A new object of a class ("Connection", "Recordset", "Command") from the
+/// engine's object factory (the SQLite objects when the host set none);
+/// a new Connection records its SQL texts where the factory's do.
+ObjectRef createObject(BasicEngine& engine, std::u16string_view className);
+
+/// Parent.Connect.Execute(sql): the record set it returns.
+ObjectRef executeOnHost(BasicEngine& engine, std::u16string_view sql);
+
+/// `field` (a name or an index) of the current row of an open record set;
+/// `fallback` at EOF or when the value is Null.
+Value currentField(const ObjectRef& recordset, const Value& field, const Value& fallback);
+
+/// The whole shape: executeOnHost(sql), then currentField(field, fallback).
+/// Database failures throw (a run-time failure of the run).
+Value queryField(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+                 const Value& fallback);
+/// The same, for functions that report no failure: any failure gives the
+/// fallback and leaves the engine's error as it was.
+Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+                           const Value& fallback);
+
+}  // namespace korvex::ds

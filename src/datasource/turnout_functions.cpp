@@ -1,0 +1,28 @@
+// Output of a product, or of one step of its process, counted where the
+// process ends: the piece counts of WA_JobData are grouped by product and
+// process index, and only a group whose index is marked as the product's
+// last step (wa_workindex.bEnd = 1) is kept. A product thus counts each
+// finished piece once, however many steps it went through.
+#include "datasource/wage_sql.hpp"
+
+namespace korvex::ds {
+
+std::u16string turnoutSql(const Period& p, std::u16string_view product,
+                          std::u16string_view process) {
+  std::u16string sql = u"SELECT SUM(计件数量) AS 产量 FROM WA_JobData WHERE (产品名称 = '" +
+                       std::u16string(product) + u"') ";
+  if (!process.empty()) sql += u"AND (cWkIndex = '" + std::u16string(process) + u"') ";
+  if (p.byMonth) {
+    sql += u"AND (YEAR(日期) = " + decimal(p.year) + u") AND (MONTH(日期) = " + decimal(p.month) +
+           u") ";
+  } else {
+    sql +=
+        u"AND (日期 BETWEEN '" + monthDayYear(p.start) + u"' and '" + monthDayYear(p.end) + u"') ";
+  }
+  return sql +
+         u"GROUP BY 产品名称, cWkIndex Having Exists (SELECT * FROM wa_workindex w "
+         u"WHERE w.产品名称 = WA_JobData.产品名称 AND w.cWkIndex = WA_JobData.cWkIndex "
+         u"AND w.bEnd = 1)";
+}
+
+}  // namespace korvex::ds

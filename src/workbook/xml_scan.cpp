@@ -1,0 +1,166 @@
+#include "workbook/xml_scan.hpp"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace korvex::xlsx {
+
+namespace {
+
+constexpr char kSeparator = '\x01';
+
+void splitName(const char* qualified, std::string_view& ns, std::string_view& local) {
+  const std::string_view q(qualified);
+  const auto cut = q.find(kSeparator);
+  if (cut == std::string_view::npos) {
+    ns = {};
+    local = q;
+  } else {
+    ns = q.substr(0, cut);
+    local = q.substr(cut + 1);
+  }
+}
+
+struct ScanState {
+  XML_Parser parser;
+  XmlHandler* handler;
+  std::size_t lastTagEnd = 0;
+  XmlStart start;  // reused between events
+};
+
+void XMLCALL onStartElement(void* data, const char* name, const char** atts) {
+  auto& st = *static_cast<ScanState*>(data);
+  XmlStart& e = st.start;
+  splitName(name, e.ns, e.name);
+  e.attributes.clear();
+  for (const char** a = atts; *a != nullptr; a += 2) {
+    XmlAttribute attr;
+    splitName(a[0], attr.ns, attr.name);
+    attr.value = a[1];
+    e.attributes.push_back(attr);
+  }
+  e.begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser));
+  e.tagEnd = e.begin + static_cast<std::size_t>(XML_GetCurrentByteCount(st.parser));
+  st.lastTagEnd = e.tagEnd;
+  st.handler->onStart(e);
+}
+
+void XMLCALL onEndElement(void* data, const char* name) {
+  auto& st = *static_cast<ScanState*>(data);
+  std::string_view ns, local;
+  splitName(name, ns, local);
+  const int count = XML_GetCurrentByteCount(st.parser);
+  // An empty element's end event has no bytes of its own.
+  const std::size_t end = count == 0
+                              ? st.lastTagEnd
+                              : static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser)) +
+                                    static_cast<std::size_t>(count);
+  st.handler->onEnd(ns, local, end);
+}
+
+void XMLCALL onCharacters(void* data, const char* s, int len) {
+  auto& st = *static_cast<ScanState*>(data);
+  st.handler->onText(std::string_view(s, static_cast<std::size_t>(len)));
+}
+
+}  // namespace
+
+const std::string_view* XmlStart::attribute(std::string_view wanted) const noexcept {
+  for (const auto& a : attributes) {
+    if (a.ns.empty() && a.name == wanted) return &a.value;
+  }
+  return nullptr;
+}
+
+bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error) {
+  std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(
+      XML_ParserCreateNS("UTF-8", kSeparator), XML_ParserFree);
+  if (!parser) {
+    error = "内存不足";
+    return false;
+  }
+  ScanState st{parser.get(), &handler, 0, {}};
+  XML_SetUserData(parser.get(), &st);
+  XML_SetElementHandler(parser.get(), onStartElement, onEndElement);
+  XML_SetCharacterDataHandler(parser.get(), onCharacters);
+  if (XML_Parse(parser.get(), xml.data(), static_cast<int>(xml.size()), XML_TRUE) !=
+      XML_STATUS_OK) {
+    error = std::string("XML 格式错误 (第 ") +
+            std::to_string(XML_GetCurrentLineNumber(parser.get())) +
+            " 行: " + XML_ErrorString(XML_GetErrorCode(parser.get())) + ")";
+    return false;
+  }
+  return true;
+}
+
+std::string escapeXml(std::string_view text, bool attribute) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += attribute ? "&quot;" : "\"";
+        break;
+      case '\r':
+        out += "&#13;";
+        break;
+      case '\n':
+        out += attribute ? "&#10;" : "\n";
+        break;
+      case '\t':
+        out += attribute ? "&#9;" : "\t";
+        break;
+      default:
+        // Other control characters cannot appear in XML 1.0 at all.
+        if (static_cast<unsigned char>(c) >= 0x20) out += c;
+    }
+  }
+  return out;
+}
+
+std::string elementPrefix(std::string_view xml, std::size_t begin) {
+  std::size_t i = begin + 1;
+  const std::size_t start = i;
+  while (i < xml.size() && xml[i] != ':' && xml[i] != ' ' && xml[i] != '>' && xml[i] != '/' &&
+         xml[i] != '\t' && xml[i] != '\r' && xml[i] != '\n') {
+    ++i;
+  }
+  if (i < xml.size() && xml[i] == ':') return std::string(xml.substr(start, i - start + 1));
+  return {};
+}
+
+void Splicer::replace(std::size_t begin, std::size_t end, std::string text) {
+  edits_.push_back({begin, end, edits_.size(), std::move(text)});
+}
+
+std::string Splicer::apply(std::string_view original) const {
+  std::vector<const Edit*> order;
+  for (const auto& e : edits_) order.push_back(&e);
+  // Insertions at one point keep the order in which they were asked for.
+  std::sort(order.begin(), order.end(), [](const Edit* a, const Edit* b) {
+    return a->begin != b->begin ? a->begin < b->begin : a->order < b->order;
+  });
+  std::string out;
+  out.reserve(original.size() + 256);
+  std::size_t pos = 0;
+  for (const Edit* e : order) {
+    out.append(original.substr(pos, e->begin - pos));
+    out += e->text;
+    pos = std::max(pos, e->end);
+  }
+  out.append(original.substr(pos));
+  return out;
+}
+
+}  // namespace korvex::xlsx

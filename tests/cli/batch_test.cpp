@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "cli/batch_report.hpp"
+#include "cli/batch_runner.hpp"
+
+namespace korvex::cli {
+namespace {
+
+using Write = std::tuple<std::size_t, std::size_t, double>;  // row, column, value
+
+class RecordingWriter : public BatchWriter {
+ public:
+  std::vector<Write> written;
+  std::size_t refuseRow = SIZE_MAX;
+  bool refuseCommit = false;
+  int commits = 0;
+  int rollbacks = 0;
+
+  DispatchResult write(std::size_t row, std::span<const FieldWrite> writes) override {
+    if (row == refuseRow) return DispatchResult::failure(19, u"约束失败");
+    for (const auto& w : writes) written.emplace_back(row, w.column, w.value.doubleValue());
+    return DispatchResult::success();
+  }
+  DispatchResult commit() override {
+    if (refuseCommit) return DispatchResult::failure(5, u"数据库被锁定");
+    ++commits;
+    return DispatchResult::success();
+  }
+  void rollback() noexcept override { ++rollbacks; }
+};
+
+// Employees: code, pieces, wage. A row with negative pieces fails on line 3;
+// DIM would fail on a second run in the same engine, so a variable leaking
+// from one row to the next fails every row after the first.
+BatchTable employees(int count) {
+  BatchTable t{{u"编号", u"件数", u"工资"}, {}};
+  for (int i = 1; i <= count; ++i) {
+    const double pieces = i % 4 == 0 ? -1 : i * 10;
+    t.rows.push_back(
+        {Value::string(u"E" + fromUtf8(std::to_string(i))), Value::dbl(pieces), Value::dbl(0)});
+  }
+  return t;
+}
+
+BatchJob payJob(unsigned jobs = 1) {
+  BatchJob job;
+  job.script =
+      u"DIM 单价\r\n单价 = 基价 + 0.5\r\nIf 件数 < 0 Then RaiseError \"件数为负\"\r\n"
+      u"工资 = 件数 * 单价\r\n";
+  job.presets = {{u"基价", Value::dbl(2)}};
+  job.jobs = jobs;
+  return job;
+}
+
+TEST(Batch, WritesSucceedingRowsInOrderAndReportsFailures) {
+  const BatchTable table = employees(5);
+  RecordingWriter writer;
+  const BatchSummary s = runBatch(table, payJob(), &writer);
+  const std::vector<Write> expected{{0, 2, 25}, {1, 2, 50}, {2, 2, 75}, {4, 2, 125}};
+  EXPECT_EQ(writer.written, expected);
+  EXPECT_EQ(writer.commits, 1);
+  EXPECT_TRUE(s.committed);
+  EXPECT_EQ(s.done, 5u);
+  EXPECT_EQ(s.failed, 1u);
+  EXPECT_EQ(s.changedRows, 4u);
+  ASSERT_EQ(s.failures.size(), 1u);
+  EXPECT_EQ(s.failures[0].row, 4u);
+  EXPECT_EQ(s.failures[0].key, u"E4");
+  EXPECT_EQ(s.failures[0].line, 3);
+  EXPECT_EQ(s.failures[0].errNum, 2000);
+  EXPECT_NE(s.failures[0].message.find(u"件数为负"), std::u16string::npos);
+}
+
+TEST(Batch, OutcomeDoesNotDependOnTheNumberOfThreads) {
+  const BatchTable table = employees(200);
+  RecordingWriter one, four;
+  const BatchSummary a = runBatch(table, payJob(1), &one);
+  const BatchSummary b = runBatch(table, payJob(4), &four);
+  EXPECT_EQ(one.written, four.written);
+  EXPECT_EQ(one.written.size(), 150u);
+  ASSERT_EQ(a.failures.size(), b.failures.size());
+  for (std::size_t i = 0; i < a.failures.size(); ++i)
+    EXPECT_EQ(a.failures[i].row, b.failures[i].row);
+}
+
+TEST(Batch, DryRunCountsButWritesNothing) {
+  const BatchSummary s = runBatch(employees(5), payJob(2), nullptr);
+  EXPECT_TRUE(s.dryRun);
+  EXPECT_FALSE(s.committed);
+  EXPECT_EQ(s.changedRows, 4u);
+  EXPECT_EQ(s.changedFields, 4u);
+}
+
+TEST(Batch, StoppedBatchRollsBack) {
+  std::atomic<bool> stop{false};
+  BatchJob job = payJob(2);
+  job.stop = &stop;
+  job.progress = [&](std::size_t done, std::size_t) {
+    if (done == 2) stop = true;
+  };
+  RecordingWriter writer;
+  const BatchSummary s = runBatch(employees(50), job, &writer);
+  EXPECT_TRUE(s.interrupted);
+  EXPECT_EQ(s.done, 2u);
+  EXPECT_EQ(writer.commits, 0);
+  EXPECT_EQ(writer.rollbacks, 1);
+}
+
+TEST(Batch, RefusedWritesFailTheRowOrTheBatch) {
+  RecordingWriter refusesRow;
+  refusesRow.refuseRow = 1;
+  const BatchSummary s = runBatch(employees(3), payJob(), &refusesRow);
+  ASSERT_EQ(s.failures.size(), 1u);
+  EXPECT_EQ(s.failures[0].row, 2u);
+  EXPECT_EQ(s.failures[0].line, 0);
+  EXPECT_EQ(s.failures[0].errNum, 19);
+  EXPECT_TRUE(s.committed);
+
+  RecordingWriter refusesCommit;
+  refusesCommit.refuseCommit = true;
+  const BatchSummary c = runBatch(employees(3), payJob(), &refusesCommit);
+  EXPECT_FALSE(c.committed);
+  EXPECT_EQ(c.error, u"数据库被锁定");
+  EXPECT_EQ(refusesCommit.rollbacks, 1);
+}
+
+TEST(BatchReport, JsonSummary) {
+  BatchSummary s;
+  s.rows = s.done = 3;
+  s.failed = 1;
+  s.changedRows = s.changedFields = 2;
+  s.committed = true;
+  s.seconds = 0.5;
+  s.failures.push_back({2, u"E\"2", 2000, 3, u"件数为负 : 行号 3"});
+  EXPECT_EQ(summaryJson(s),
+            R"({"rows": 3, "done": 3, "succeeded": 2, "failed": 1, "changedRows": 2, )"
+            R"("changedFields": 2, "dryRun": false, "committed": true, "interrupted": false, )"
+            R"("error": "", "seconds": 0.5, "rowsPerSecond": 6, "failures": [{"row": 2, )"
+            R"("key": "E\"2", "errNum": 2000, "line": 3, "message": "件数为负 : 行号 3"}]})");
+}
+
+}  // namespace
+}  // namespace korvex::cli

@@ -1,0 +1,86 @@
+// A payroll database made for one test: an SQLite file in a fresh folder,
+// opened through the data-access objects and handed to an engine as its
+// Parent's "Connect", with every SQL text the run sends kept.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "korvex/datasource.hpp"
+#include "korvex/engine.hpp"
+#include "support.hpp"
+
+namespace korvex::testing {
+
+class DatabaseTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/korvex-db-XXXXXX";
+    ASSERT_NE(::mkdtemp(pattern), nullptr);
+    dir_ = pattern;
+    path_ = createFile("pay");
+    DispatchResult c = openConnection(*objects_, fromUtf8(path_));
+    ASSERT_TRUE(c.ok()) << toUtf8(c.description);
+    connection_ = c.value.objectValue();
+    engine_.SetObjectFactory(objects_);
+    engine_.SetParent(connectParent(connection_));
+    exec(
+        "create table 工资表2005年03月 (工号 varchar(10) primary key, 姓名 nvarchar(20), "
+        "基本工资 money, 入职日期 date, 在职 bit, 工龄 int, 系数 float);"
+        "insert into 工资表2005年03月 values ('001', '张三', 3000.5, '2001-03-15', 1, 4, 1.5);"
+        "insert into 工资表2005年03月 values ('0012', '李四', NULL, '2005-03-31 08:30:00', 0, "
+        "5000000000, NULL);");
+  }
+  void TearDown() override { std::filesystem::remove_all(dir_); }
+
+  /// An empty database file NAME.db in the test's folder.
+  std::string createFile(const std::string& name) {
+    const std::string path = dir_ + "/" + name + ".db";
+    std::ofstream{path};
+    return path;
+  }
+
+  /// Runs SQL on the test's connection; the record set, or a failure.
+  DispatchResult exec(std::string_view sql) {
+    const std::array<Value, 1> text{Value::string(fromUtf8(sql))};
+    DispatchResult r = connection_->callMethod(u"Execute", text);
+    EXPECT_TRUE(r.ok()) << sql << ": " << toUtf8(r.description);
+    return r;
+  }
+  /// The first field of the first row of a query.
+  Value scalar(std::string_view sql) {
+    const DispatchResult r = exec(sql);
+    if (!r.ok()) return {};
+    const std::array<Value, 1> first{Value::lng(0)};
+    const DispatchResult f = r.value.objectValue()->getProperty(u"Fields", first);
+    return f.ok() ? f.value.objectValue()->getDefault({}).value : Value{};
+  }
+
+  /// Evaluates an expression on the engine; the SQL texts it sent.
+  Outcome evaluate(std::string_view expression) {
+    const std::size_t before = log_->texts().size();
+    Outcome o = EvaluateOn(engine_, expression);
+    sent_.assign(log_->texts().begin() + static_cast<std::ptrdiff_t>(before), log_->texts().end());
+    return o;
+  }
+  std::vector<std::string> sent() const {
+    std::vector<std::string> out;
+    for (const auto& s : sent_) out.push_back(toUtf8(s));
+    return out;
+  }
+
+  std::string dir_, path_;
+  std::shared_ptr<SqlLog> log_ = std::make_shared<SqlLog>();
+  std::shared_ptr<ObjectFactory> objects_ = sqliteObjectFactory(log_);
+  ObjectRef connection_;
+  BasicEngine engine_;
+  std::vector<std::u16string> sent_;
+};
+
+}  // namespace korvex::testing

@@ -1,0 +1,155 @@
+// The data-access objects on SQLite: the type mapping both ways, the
+// payroll dialect, writing the current row back, stored procedures.
+#include <vector>
+
+#include "datasource/database_fixture.hpp"
+
+namespace korvex::testing {
+namespace {
+
+using Objects = DatabaseTest;
+
+ObjectRef objectIn(DispatchResult r) {
+  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
+  return r.ok() && r.value.isObject() ? r.value.objectValue() : nullptr;
+}
+
+// "Type code describe()" of every field of the current row.
+std::vector<std::string> currentRow(const ObjectRef& rs) {
+  std::vector<std::string> out;
+  const ObjectRef fields = objectIn(rs->getProperty(u"Fields", {}));
+  const std::int32_t n = fields->getProperty(u"Count", {}).value.longValue();
+  for (std::int32_t i = 0; i < n; ++i) {
+    const std::array<Value, 1> index{Value::lng(i)};
+    const ObjectRef f = objectIn(fields->getProperty(u"Item", index));
+    out.push_back(std::to_string(f->getProperty(u"Type", {}).value.longValue()) + " " +
+                  describe(f->getDefault({}).value));
+  }
+  return out;
+}
+
+TEST_F(Objects, StoredValuesReadWithTheirFieldTypes) {
+  const ObjectRef rs = objectIn(exec("select * from 工资表2005年03月 order by 工号"));
+  EXPECT_EQ(currentRow(rs),
+            (std::vector<std::string>{"202 String:001", "202 String:张三", "6 Currency:3000.5",
+                                      "7 Date:2001/3/15", "11 Boolean:True", "3 Long:4",
+                                      "5 Double:1.5"}));
+  ASSERT_TRUE(rs->callMethod(u"MoveNext", {}).ok());
+  EXPECT_EQ(currentRow(rs),
+            (std::vector<std::string>{"202 String:0012", "202 String:李四",
+                                      "6 Null:", "7 Date:2005/3/31 8:30:00", "11 Boolean:False",
+                                      "3 Double:5000000000", "5 Null:"}));
+  // Expression columns follow the stored value.
+  EXPECT_EQ(currentRow(objectIn(
+                exec("select count(*), sum(系数), max(姓名), null from 工资表2005年03月"))),
+            (std::vector<std::string>{"3 Long:2", "5 Double:1.5", "202 String:李四", "202 Null:"}));
+}
+
+TEST_F(Objects, PayrollDialectRunsOnSqlite) {
+  const ObjectRef rs = objectIn(exec(
+      "select year(入职日期), month(入职日期), day(入职日期), left(姓名, 1), Right ('abc', 2), "
+      "len('ab  '), isnull(null, 'x'), [工号] from 工资表2005年03月 where 工号 = '001'"));
+  EXPECT_EQ(currentRow(rs), (std::vector<std::string>{"3 Long:2001", "3 Long:3", "3 Long:15",
+                                                      "202 String:张", "202 String:bc", "3 Long:2",
+                                                      "202 String:x", "202 String:001"}));
+  // Dates in the payroll forms compare as dates, both ends included; a
+  // quoted text that is no date, and LEFT JOIN, stay as they are.
+  for (const char* where :
+       {"入职日期 between '03/15/2001' and '2005/3/31 08:30'", "入职日期 >= '2001-3-15'",
+        "姓名 <> '03/15/2001' and 入职日期 < '2005-03-31 08:30:01'"}) {
+    EXPECT_EQ(describe(scalar(std::string("select count(*) from 工资表2005年03月 where ") + where)),
+              "Long:2")
+        << where;
+  }
+  EXPECT_EQ(describe(scalar("select count(*) from 工资表2005年03月 a left join 工资表2005年03月 b "
+                            "on a.工号 = b.工号 where '''03/15/2001''' <> '2001-03-15'")),
+            "Long:2");
+}
+
+TEST_F(Objects, FieldAssignmentsWriteTheRowBack) {
+  engine_.SetRecordSet(objectIn(exec("select * from 工资表2005年03月 order by 工号")));
+  engine_.SetCodeBlock(
+      u"基本工资 = \"12.25\"\r\n入职日期 = \"2005-5-6\"\r\n在职 = 0\r\n工龄 = 7.6\r\n"
+      u"MoveNext\r\n系数 = 2\r\nMoveNext\r\nMSGBOX EOF\r\nMoveNext\r\n");
+  engine_.Execute();
+  EXPECT_EQ(engine_.ErrNum(), 102);
+  EXPECT_EQ(toUtf8(engine_.ErrMsg()),
+            "BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。 "
+            ": 行号 9");
+  EXPECT_EQ(toUtf8(vb::toString(
+                scalar("select group_concat(typeof(基本工资) || ':' || ifnull(基本工资, '') || "
+                       "':' || 入职日期 || ':' || 在职 || ':' || 工龄 || ':' || ifnull(系数, ''), "
+                       "'|') from 工资表2005年03月"),
+                Locale::zhCN())),
+            "real:12.25:2005-05-06:0:8:1.5|null::2005-03-31 08:30:00:0:5000000000:2.0");
+  // Text that is no date cannot go into a Date field.
+  engine_.SetErrNum(0);
+  engine_.SetCodeBlock(u"MoveFirst\r\n入职日期 = \"abc\"\r\n");
+  engine_.Execute();
+  EXPECT_EQ(engine_.ErrNum(), 102);
+}
+
+TEST_F(Objects, RowsFoundByRowIdentityOrNotAtAll) {
+  exec("create table t (a text, b int); insert into t values ('x', 1), ('x', 1)");
+  const auto assign = [&](const char* select, const char* expected) {
+    const ObjectRef rs = objectIn(exec(select));
+    ASSERT_TRUE(rs);
+    const std::array<Value, 1> b{Value::string(u"b")};
+    const ObjectRef field = objectIn(rs->getProperty(u"Fields", b));
+    ASSERT_TRUE(field->setProperty(u"Value", {}, Value::lng(9)).ok());
+    const DispatchResult r = rs->callMethod(u"Update", {});
+    EXPECT_EQ(r.ok() ? "" : toUtf8(r.description), expected) << select;
+  };
+  assign("select b from t", "");  // one of two equal rows: by row identity
+  assign("select t.b, g.姓名 from t join 工资表2005年03月 g on 1 = 1",
+         "无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
+  assign("select sum(b) as b from t",
+         "无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
+  EXPECT_EQ(describe(scalar("select group_concat(b) from t")), "String:9,1");
+}
+
+TEST_F(Objects, StoredProceduresAndCatalog) {
+  exec(
+      "create table korvex_procedures (name text primary key, body text);"
+      "insert into korvex_procedures values ('CalcByWorkGroup', "
+      "'select sum(基本工资) * :p1, :p0 || ''!'' from 工资表2005年03月 where 工号 = :p0')");
+  const ObjectRef cmd = objects_->create(u"Command");
+  ASSERT_TRUE(cmd);
+  ASSERT_TRUE(cmd->setProperty(u"ActiveConnection", {}, Value::object(connection_)).ok());
+  ASSERT_TRUE(cmd->setProperty(u"CommandType", {}, Value::lng(4)).ok());
+  ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"CalcByWorkGroup")).ok());
+  const ObjectRef params = objectIn(cmd->getProperty(u"Parameters", {}));
+  const std::vector<std::array<Value, 5>> specs = {
+      {Value::string(u"code"), Value::lng(200), Value::lng(1), Value::lng(10),
+       Value::string(u"001")},
+      {Value::string(u"k"), Value::lng(5), Value::lng(1), Value{}, Value::dbl(2)},
+      {Value::string(u"out"), Value::lng(5), Value::lng(3), Value{}, Value{}},
+      {Value::string(u"tag"), Value::lng(200), Value::lng(2), Value::lng(10), Value{}}};
+  for (const auto& spec : specs) {
+    const ObjectRef p = objectIn(cmd->callMethod(u"CreateParameter", spec));
+    const std::array<Value, 1> one{Value::object(p)};
+    ASSERT_TRUE(params->callMethod(u"Append", one).ok());
+  }
+  // The in-out parameter is an input too (:p2), then an output.
+  ASSERT_TRUE(cmd->callMethod(u"Execute", {}).ok());
+  std::vector<std::string> values;
+  for (std::int32_t i : {2, 3}) {
+    const std::array<Value, 1> index{Value::lng(i)};
+    values.push_back(
+        describe(objectIn(params->getProperty(u"Item", index))->getProperty(u"Value", {}).value));
+  }
+  EXPECT_EQ(values, (std::vector<std::string>{"Double:6001", "String:001!"}));
+  EXPECT_EQ(log_->texts().back(), u"CalcByWorkGroup");
+
+  ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"Nope")).ok());
+  EXPECT_EQ(toUtf8(cmd->callMethod(u"Execute", {}).description), "找不到存储过程 'Nope'。");
+
+  const std::array<Value, 1> key{Value::string(u"initial catalog")};
+  EXPECT_EQ(
+      describe(
+          objectIn(connection_->getProperty(u"Properties", key))->getProperty(u"Value", {}).value),
+      "String:pay");
+}
+
+}  // namespace
+}  // namespace korvex::testing

@@ -1,0 +1,173 @@
+// GetCell, SetCell and SetCellFormula run by the engine against real
+// workbooks.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "functions/function_call.hpp"
+#include "korvex/engine.hpp"
+#include "korvex/workbook.hpp"
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
+#include "workbook_fixture.hpp"
+
+namespace korvex::testing {
+namespace {
+
+std::string describe(const Value& v) {
+  std::string out(typeName(v.type()));
+  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
+  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
+}
+
+class CellFunctions : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::u16string error;
+    book_ = Workbook::open(writeWorkbook(dir_, sampleParts()), error);
+    ASSERT_TRUE(book_) << toUtf8(error);
+    engine_.SetExcelBook(book_);
+  }
+
+  // "value" or "error N: message" of one expression.
+  std::string eval(std::string_view expression) {
+    engine_.SetErrNum(0);
+    engine_.SetErrMsg(u"");
+    const Value v = engine_.Evaluate(fromUtf8(expression));
+    if (engine_.ErrNum() != 0) {
+      return "error " + std::to_string(engine_.ErrNum()) + ": " + toUtf8(engine_.ErrMsg());
+    }
+    return describe(v);
+  }
+
+  std::string cellAt(std::int32_t row, std::int32_t column, std::int32_t sheet = 1) {
+    const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
+    const auto s = book_->sheet(Value::lng(sheet)).value.objectValue();
+    const auto cell = s->getProperty(u"Cells", at).value.objectValue();
+    return describe(cell->getProperty(u"Value", {}).value);
+  }
+
+  TempDir dir_;
+  std::shared_ptr<Workbook> book_;
+  BasicEngine engine_;
+};
+
+TEST_F(CellFunctions, AddressCellsByLettersRowAndSheet) {
+  const struct {
+    const char* expression;
+    const char* outcome;
+  } kCases[] = {
+      {"GETCELL(\"A\", 2)", "Double:3000.5"},  // sheet 1 when no sheet is active
+      {"getcell(\"b\", 2.4)", "Date:2024/3/1"},
+      {"GETCELL(\"A\", 1, \"Other\")", "Double:7"},
+      {"GETCELL(\"A\", 1, 2)", "Double:7"},
+      {"GETCELL(\"A\")", "error 6: 错误的参数表达式或参数个数{函数:GetCell(\"A\")}"},
+      {"GETCELL(\"A\", 1, 1, 1)",
+       "error 6: 错误的参数表达式或参数个数{函数:GetCell(\"A\", 1, 1, 1)}"},
+      {"SETCELL(\"A\", 1)", "error 6: 错误的参数表达式或参数个数{函数:SetCell(\"A\", 1)}"},
+      {"SetCellFormula(\"A\", 1)",
+       "error 6: 错误的参数表达式或参数个数{函数:SetCellFormula(\"A\", 1)}"},
+      {"GETCELL(1, 1)", "error 4: 类型不匹配{函数:GetCell(1, 1)}"},
+      {"SETCELL(\"A\", \"x\", 1)", "error 4: 类型不匹配{函数:SetCell(\"A\", \"x\", 1)}"},
+      {"GETCELL(\"AAA\", 1)", "error 5: 变量未定义 'AAA'"},
+      {"GETCELL(\"A1\", 1)", "error 5: 变量未定义 'A1'"},
+      {"GETCELL(\"A\", 40000)", "error 6: 溢出"},
+      {"GETCELL(\"A\", 1, \"无此表\")", "error 9: 下标越界: 工作簿中没有名为 '无此表' 的工作表"},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(eval(c.expression), c.outcome) << c.expression;
+  EXPECT_EQ(eval("GETCELL(\"A\", 0)").substr(0, 11), "error 1004:");
+
+  engine_.SetActiveExcelSheet(book_->sheet(Value::string(u"Other")).value.objectValue());
+  EXPECT_EQ(eval("GETCELL(\"A\", 1)"), "Double:7");
+  EXPECT_EQ(eval("GETCELL(\"A\", 2, 1)"), "Double:3000.5");
+}
+
+TEST_F(CellFunctions, WriteValuesFormulasAndTwoLetterColumns) {
+  EXPECT_FALSE(book_->modified());
+  EXPECT_EQ(eval("SETCELL(\"aa\", 1, 27)"), "Empty");
+  EXPECT_EQ(eval("SETCELL(\"ZZ\", 1, \"末列\", \"Other\")"), "Empty");
+  EXPECT_EQ(eval("SetCellFormula(\"C\", 5, 1 + 1)"), "Empty");
+  EXPECT_EQ(cellAt(1, 27), "Double:27");
+  EXPECT_EQ(cellAt(1, 702, 2), "String:末列");
+  EXPECT_EQ(cellAt(5, 3), "Double:2");  // a formula text without "=" is a constant
+  EXPECT_EQ(eval("SetCellFormula(\"D\", 5, \"=C5*3\")"), "Empty");
+  EXPECT_EQ(eval("GETCELL(\"D\", 5)"), "Empty");  // no result until recalculated
+  EXPECT_TRUE(book_->modified());
+}
+
+TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
+  const auto grid = [](std::int32_t lower, std::int32_t rows, std::int32_t columns) {
+    Array a({{lower, rows}, {lower, columns}});
+    for (std::size_t i = 0; i < a.elements().size(); ++i) {
+      a.elements()[i] = Value::dbl(static_cast<double>(i + 1));
+    }
+    return a;
+  };
+  // A query result of two records of three fields with its header row and
+  // the spare row and column: rows 0..3, columns 0..3.
+  Array query = grid(0, 4, 4);
+  for (int j = 0; j < 4; ++j) {
+    query.elements()[j] = j < 3 ? Value::string(u"F" + fromUtf8(std::to_string(j))) : Value();
+    query.elements()[12 + j] = Value();
+    query.elements()[4 * j + 3] = Value();
+  }
+  const struct {
+    const char* name;
+    Array array;
+    std::vector<std::string> block;  // rows of the 4 x 4 area at F10, "-" = untouched
+  } kCases[] = {
+      {"query", query, {"F0 F1 F2 -", "5 6 7 -", "9 10 11 -", "- - - -"}},
+      {"oneBased3x2", grid(1, 3, 2), {"1 2 - -", "3 4 - -", "5 6 - -", "- - - -"}},
+      {"zeroBased3x2", grid(0, 3, 2), {"1 - - -", "3 - - -", "- - - -", "- - - -"}},
+      {"oneRow", grid(0, 1, 3), {"1 - - -", "- - - -", "- - - -", "- - - -"}},
+      {"noRows", grid(0, 0, 3), {"- - - -", "- - - -", "- - - -", "- - - -"}},
+  };
+  for (const auto& c : kCases) {
+    SetUp();
+    engine_.SetSysVar(u"ARR", Value::array(c.array));
+    ASSERT_EQ(eval("SETCELL(\"F\", 10, ARR)"), "Empty") << c.name;
+    for (std::int32_t r = 0; r < 4; ++r) {
+      std::string row;
+      for (std::int32_t col = 0; col < 4; ++col) {
+        const std::string v = cellAt(10 + r, 6 + col);
+        row += (col ? " " : "") + (v == "Empty" ? "-" : v.substr(v.find(':') + 1));
+      }
+      EXPECT_EQ(row, c.block[static_cast<std::size_t>(r)]) << c.name << " row " << r;
+    }
+  }
+  // A one-dimensional array asks for a block without columns.
+  engine_.SetSysVar(u"ARR", Value::array(Array({{0, 3}})));
+  EXPECT_EQ(eval("SETCELL(\"F\", 10, ARR)").substr(0, 11), "error 1004:");
+}
+
+TEST(CellFunctionsWithoutWorkbook, FailWith1003FromTheirSource) {
+  const struct {
+    FunctionClass cls;
+    const char16_t* args;
+    const char16_t* source;
+  } kCases[] = {
+      {FunctionClass::GetCell, u"(\"A\", 1)", u"GetCell()函数"},
+      {FunctionClass::SetCell, u"(\"A\", 1, 2)", u"SetCell()函数"},
+      {FunctionClass::SetCellFormula, u"(\"A\", 1, \"=1\")", u"SetCellFormula()函数"},
+  };
+  for (const auto& c : kCases) {
+    BasicEngine engine;
+    Value result;
+    try {
+      CallFunction(c.cls, u"", c.args, result, engine);
+      ADD_FAILURE() << toUtf8(c.source) << " did not fail";
+    } catch (const vb::RuntimeError& e) {
+      EXPECT_EQ(e.number(), 1003);
+      EXPECT_EQ(e.description(), u"没有有效的Excel工作簿对象实例");
+      EXPECT_EQ(e.source(), c.source);
+    }
+  }
+  BasicEngine engine;
+  engine.SetCodeBlock(u"DIM x\r\nx = GETCELL(\"A\", 1)\r\n");
+  engine.Execute();
+  EXPECT_EQ(engine.ErrNum(), 1003);
+  EXPECT_EQ(engine.ErrMsg(), u"没有有效的Excel工作簿对象实例");
+}
+
+}  // namespace
+}  // namespace korvex::testing

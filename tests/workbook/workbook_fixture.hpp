@@ -1,0 +1,152 @@
+// Workbooks made in the tests: a package assembled part by part, written
+// to a private temporary directory.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "workbook/zip_package.hpp"
+
+namespace korvex::testing {
+
+inline const char* kNs = "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"";
+
+/// The parts of a two-sheet workbook with every kind of cell on "工资" and
+/// an untouched sheet "Other"; tests change parts before writing it.
+inline std::map<std::string, std::string> sampleParts() {
+  const std::string rel = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
+  const std::string ct = "application/vnd.openxmlformats-officedocument.spreadsheetml.";
+  std::map<std::string, std::string> p;
+  p["[Content_Types].xml"] =
+      "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
+      "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package."
+      "relationships+xml\"/><Default Extension=\"xml\" ContentType=\"application/xml\"/>"
+      "<Override PartName=\"/xl/workbook.xml\" ContentType=\"" +
+      ct +
+      "sheet.main+xml\"/>"
+      "<Override PartName=\"/xl/worksheets/sheet1.xml\" ContentType=\"" +
+      ct +
+      "worksheet+xml\"/>"
+      "<Override PartName=\"/xl/worksheets/sheet2.xml\" ContentType=\"" +
+      ct +
+      "worksheet+xml\"/>"
+      "<Override PartName=\"/xl/styles.xml\" ContentType=\"" +
+      ct +
+      "styles+xml\"/>"
+      "<Override PartName=\"/xl/sharedStrings.xml\" ContentType=\"" +
+      ct +
+      "sharedStrings+xml\"/>"
+      "<Override PartName=\"/xl/calcChain.xml\" ContentType=\"" +
+      ct + "calcChain+xml\"/></Types>";
+  p["_rels/.rels"] =
+      "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+      "<Relationship Id=\"rId1\" Type=\"" +
+      rel +
+      "officeDocument\" Target=\"xl/workbook.xml\"/>"
+      "</Relationships>";
+  p["xl/workbook.xml"] = std::string("<workbook ") + kNs + " xmlns:r=\"" +
+                         rel.substr(0, rel.size() - 1) +
+                         "\">"
+                         "<sheets><sheet name=\"工资\" sheetId=\"1\" r:id=\"rId1\"/>"
+                         "<sheet name=\"Other\" sheetId=\"2\" r:id=\"rId2\"/></sheets>"
+                         "<calcPr calcId=\"191029\"/></workbook>";
+  p["xl/_rels/workbook.xml.rels"] =
+      "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+      "<Relationship Id=\"rId1\" Type=\"" +
+      rel +
+      "worksheet\" Target=\"worksheets/sheet1.xml\"/>"
+      "<Relationship Id=\"rId2\" Type=\"" +
+      rel +
+      "worksheet\" Target=\"/xl/worksheets/sheet2.xml\"/>"
+      "<Relationship Id=\"rId3\" Type=\"" +
+      rel +
+      "styles\" Target=\"styles.xml\"/>"
+      "<Relationship Id=\"rId4\" Type=\"" +
+      rel +
+      "sharedStrings\" Target=\"sharedStrings.xml\"/>"
+      "<Relationship Id=\"rId5\" Type=\"" +
+      rel +
+      "calcChain\" Target=\"calcChain.xml\"/>"
+      "</Relationships>";
+  // Formats: 0 general, 1 a custom date format, 2 bold general.
+  p["xl/styles.xml"] = std::string("<styleSheet ") + kNs +
+                       "><numFmts count=\"1\"><numFmt numFmtId=\"164\" "
+                       "formatCode=\"yyyy&quot;年&quot;m&quot;月&quot;\"/></numFmts>"
+                       "<fonts count=\"2\"><font/><font><b/></font></fonts>"
+                       "<cellXfs count=\"3\"><xf numFmtId=\"0\" fontId=\"0\"/>"
+                       "<xf numFmtId=\"164\" fontId=\"0\" applyNumberFormat=\"1\"/>"
+                       "<xf numFmtId=\"0\" fontId=\"1\" applyFont=\"1\"><alignment "
+                       "horizontal=\"center\"/></xf></cellXfs></styleSheet>";
+  p["xl/sharedStrings.xml"] = std::string("<sst ") + kNs +
+                              "><si><t>姓名</t></si><si><r><t>基本</t></r><r><rPr><b/></rPr>"
+                              "<t>工资</t></r><rPh><t>ji</t></rPh></si></sst>";
+  p["xl/calcChain.xml"] = std::string("<calcChain ") + kNs + "><c r=\"D2\" i=\"1\"/></calcChain>";
+  p["xl/worksheets/sheet1.xml"] =
+      std::string("<worksheet ") + kNs +
+      "><dimension ref=\"A1:E3\"/><cols><col min=\"1\" max=\"1\" width=\"20\" customWidth=\"1\"/>"
+      "</cols><sheetData>"
+      "<row r=\"1\"><c r=\"A1\" t=\"s\"><v>0</v></c><c r=\"B1\" t=\"s\"><v>1</v></c>"
+      "<c r=\"C1\" t=\"inlineStr\"><is><t>行内</t></is></c><c r=\"D1\" t=\"b\"><v>1</v></c>"
+      "<c r=\"E1\" s=\"2\"/></row>"
+      "<row r=\"2\"><c r=\"A2\"><v>3000.5</v></c><c r=\"B2\" s=\"1\"><v>45352</v></c>"
+      "<c r=\"C2\" t=\"e\"><v>#DIV/0!</v></c><c r=\"D2\"><f>A2*2</f><v>6001</v></c>"
+      "<c r=\"E2\" t=\"str\"><f>A1&amp;\"!\"</f><v>姓名!</v></c></row>"
+      "<row r=\"3\"><c r=\"A3\"><f t=\"shared\" ref=\"A3:A4\" "
+      "si=\"0\">B2+1</f><v>45353</v></c></row>"
+      "<row r=\"4\"><c r=\"A4\"><f t=\"shared\" si=\"0\"/><v>1</v></c></row>"
+      "</sheetData><mergeCells count=\"1\"><mergeCell ref=\"C3:D3\"/></mergeCells></worksheet>";
+  p["xl/worksheets/sheet2.xml"] = std::string("<worksheet ") + kNs +
+                                  "><sheetData><row r=\"1\"><c r=\"A1\"><v>7</v></c></row>"
+                                  "</sheetData></worksheet>";
+  return p;
+}
+
+/// A private directory removed after the test.
+class TempDir {
+ public:
+  TempDir() {
+    char name[] = "/tmp/korvex-workbook-XXXXXX";
+    path_ = ::mkdtemp(name);
+  }
+  ~TempDir() { std::filesystem::remove_all(path_); }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// Writes the parts as an .xlsx file; returns its path.
+inline std::string writeWorkbook(const TempDir& dir,
+                                 const std::map<std::string, std::string>& parts,
+                                 const std::string& name = "book.xlsx") {
+  xlsx::ZipPackage pkg;
+  for (const auto& [part, text] : parts) pkg.put(part, text);
+  std::string bytes, error;
+  EXPECT_TRUE(pkg.write(bytes, error)) << error;
+  const std::string path = dir.file(name);
+  FILE* f = std::fopen(path.c_str(), "wb");
+  std::fwrite(bytes.data(), 1, bytes.size(), f);
+  std::fclose(f);
+  return path;
+}
+
+/// One part of an .xlsx file as stored now.
+inline std::string partOf(const std::string& path, const std::string& part) {
+  std::string bytes, error;
+  FILE* f = std::fopen(path.c_str(), "rb");
+  char buffer[4096];
+  for (std::size_t n; f != nullptr && (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;) {
+    bytes.append(buffer, n);
+  }
+  if (f != nullptr) std::fclose(f);
+  xlsx::ZipPackage pkg;
+  if (!pkg.load(bytes, error)) return "(not a zip: " + error + ")";
+  return pkg.read(part, error).value_or("(missing)");
+}
+
+}  // namespace korvex::testing

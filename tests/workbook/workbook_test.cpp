@@ -1,0 +1,237 @@
+// The workbook host objects over real .xlsx files: reading every kind of
+// cell, writing, and saving as a patch of the original package.
+#include "korvex/workbook.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <filesystem>
+
+#include "values/ops.hpp"
+#include "workbook_fixture.hpp"
+
+namespace korvex::testing {
+namespace {
+
+std::string describe(const Value& v) {
+  std::string out(typeName(v.type()));
+  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
+  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
+}
+
+ObjectRef object(const DispatchResult& r) {
+  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
+  return r.ok() ? r.value.objectValue() : nullptr;
+}
+
+ObjectRef cell(Workbook& book, const Value& sheet, std::int32_t row, std::int32_t column) {
+  const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
+  return object(object(book.sheet(sheet))->getProperty(u"Cells", at));
+}
+
+std::string read(Workbook& book, std::int32_t row, std::int32_t column,
+                 std::u16string_view member = u"Value") {
+  const DispatchResult r = cell(book, Value::lng(1), row, column)->getProperty(member, {});
+  return r.ok() ? describe(r.value) : "error " + std::to_string(r.number);
+}
+
+void write(Workbook& book, std::int32_t row, std::int32_t column, const Value& v,
+           std::u16string_view member = u"Value") {
+  const DispatchResult r = cell(book, Value::lng(1), row, column)->setProperty(member, {}, v);
+  ASSERT_TRUE(r.ok()) << toUtf8(r.description);
+}
+
+std::shared_ptr<Workbook> openSample(const TempDir& dir,
+                                     std::map<std::string, std::string> parts = sampleParts()) {
+  std::u16string error;
+  auto book = Workbook::open(writeWorkbook(dir, parts), error);
+  EXPECT_TRUE(book) << toUtf8(error);
+  return book;
+}
+
+TEST(Workbook, ReadsEveryKindOfCell) {
+  TempDir dir;
+  auto book = openSample(dir);
+  ASSERT_TRUE(book);
+  struct Case {
+    std::int32_t row, column;
+    const char* value;
+    const char* formula;
+  } const kCases[] = {
+      {1, 1, "String:姓名", "String:姓名"},          // shared string
+      {1, 2, "String:基本工资", "String:基本工资"},  // rich text, phonetic guide left out
+      {1, 3, "String:行内", "String:行内"},          // inline string
+      {1, 4, "Boolean:True", "String:TRUE"},
+      {1, 5, "Empty", "String:"},  // styled but empty
+      {2, 1, "Double:3000.5", "String:3000.5"},
+      {2, 2, "Date:2024/3/1", "String:45352"},  // a number under a date format
+      {2, 3, "String:#DIV/0!", "String:#DIV/0!"},
+      {2, 4, "Double:6001", "String:=A2*2"},  // cached result of a formula
+      {2, 5, "String:姓名!", "String:=A1&\"!\""},
+      {4, 1, "Double:1", "String:=B3+1"},  // shares the formula of A3, moved
+      {9, 9, "Empty", "String:"},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(read(*book, c.row, c.column), c.value) << c.row << "," << c.column;
+    EXPECT_EQ(read(*book, c.row, c.column, u"Formula"), c.formula) << c.row << "," << c.column;
+  }
+  const auto other = object(book->sheet(Value::string(u"other")));  // names ignore case
+  EXPECT_EQ(describe(other->getProperty(u"index", {}).value), "Long:2");
+  EXPECT_EQ(describe(other->getProperty(u"Name", {}).value), "String:Other");
+}
+
+TEST(Workbook, SavingPatchesOnlyWhatWasWritten) {
+  TempDir dir;
+  auto book = openSample(dir);
+  ASSERT_TRUE(book);
+  const std::string path = book->path();
+  const auto before = sampleParts();
+  EXPECT_FALSE(book->modified());
+
+  write(*book, 2, 1, Value::dbl(42));                       // replaces a number
+  write(*book, 2, 3, Value::string(u"'0012"));              // apostrophe marks text
+  write(*book, 1, 5, Value::date(45383.5));                 // date into a bold cell
+  write(*book, 3, 1, Value::boolean(false));                // overwrites a shared formula
+  write(*book, 6, 2, Value::string(u"=A2+1"), u"Formula");  // a new row
+  write(*book, 2, 7, Value::string(u"a<b & \"c\""));        // after the last cell
+  write(*book, 1, 1, Value());                              // cleared
+  EXPECT_TRUE(book->modified());
+  std::u16string error;
+  ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
+  EXPECT_FALSE(book->modified());
+
+  for (const char* part : {"xl/worksheets/sheet2.xml", "xl/sharedStrings.xml", "_rels/.rels"}) {
+    EXPECT_EQ(partOf(path, part), before.at(part)) << part;
+  }
+  const std::string sheet = partOf(path, "xl/worksheets/sheet1.xml");
+  for (const char* kept : {"<cols><col min=\"1\" max=\"1\" width=\"20\" customWidth=\"1\"/></cols>",
+                           "<mergeCells count=\"1\"><mergeCell ref=\"C3:D3\"/></mergeCells>",
+                           "<c r=\"B1\" t=\"s\"><v>1</v></c>", "<dimension ref=\"A1:G6\"/>"}) {
+    EXPECT_NE(sheet.find(kept), std::string::npos) << kept << " in " << sheet;
+  }
+  EXPECT_EQ(partOf(path, "xl/calcChain.xml"), "(missing)");
+  EXPECT_EQ(partOf(path, "[Content_Types].xml").find("calcChain"), std::string::npos);
+  EXPECT_EQ(partOf(path, "xl/_rels/workbook.xml.rels").find("calcChain"), std::string::npos);
+  EXPECT_NE(
+      partOf(path, "xl/workbook.xml").find("<calcPr calcId=\"191029\" fullCalcOnLoad=\"1\"/>"),
+      std::string::npos);
+  // The date got a date format derived from the bold one.
+  EXPECT_NE(partOf(path, "xl/styles.xml").find("<cellXfs count=\"4\">"), std::string::npos);
+  EXPECT_NE(partOf(path, "xl/styles.xml")
+                .find("<xf numFmtId=\"22\" fontId=\"1\" applyFont=\"1\" applyNumberFormat=\"1\">"
+                      "<alignment horizontal=\"center\"/></xf></cellXfs>"),
+            std::string::npos);
+
+  std::u16string reopenError;
+  auto again = Workbook::open(path, reopenError);
+  ASSERT_TRUE(again) << toUtf8(reopenError);
+  EXPECT_EQ(read(*again, 2, 1), "Double:42");
+  EXPECT_EQ(read(*again, 2, 3), "String:0012");
+  EXPECT_EQ(read(*again, 1, 5), "Date:2024/4/1 12:00:00");
+  EXPECT_EQ(read(*again, 3, 1), "Boolean:False");
+  EXPECT_EQ(read(*again, 4, 1, u"Formula"), "String:=B3+1");  // written out in full
+  EXPECT_EQ(read(*again, 6, 2, u"Formula"), "String:=A2+1");
+  EXPECT_EQ(read(*again, 6, 2), "Empty");  // no result until recalculated
+  EXPECT_EQ(read(*again, 2, 7), "String:a<b & \"c\"");
+  EXPECT_EQ(read(*again, 1, 1), "Empty");
+  EXPECT_EQ(read(*again, 2, 4), "Double:6001");
+  // No temporary file is left beside the target.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
+
+TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
+  TempDir dir;
+  auto book = Workbook::createNew();
+  Array grid({{0, 2}, {1, 2}});  // rows 0..1, columns 1..2
+  for (int i = 0; i < 4; ++i) grid.elements()[i] = Value::dbl(i + 1);
+  const auto origin = cell(*book, Value::lng(1), 2, 2);
+  const std::array<Value, 2> size{Value::lng(3), Value::lng(3)};
+  const auto block = object(origin->getProperty(u"Resize", size));
+  ASSERT_TRUE(block->setProperty(u"Value", {}, Value::array(grid)).ok());
+  EXPECT_EQ(read(*book, 2, 2), "Double:1");
+  EXPECT_EQ(read(*book, 3, 3), "Double:4");
+  EXPECT_EQ(read(*book, 4, 2), "String:#N/A");  // beyond the array
+  EXPECT_EQ(describe(block->getProperty(u"Value", {}).value), "Array");
+
+  Array row({{1, 2}});
+  row.elements() = {Value::string(u"x"), Value::string(u"y")};
+  ASSERT_TRUE(block->setProperty(u"Value", {}, Value::array(row)).ok());
+  EXPECT_EQ(read(*book, 4, 3), "String:y");  // one row, repeated down
+  EXPECT_EQ(read(*book, 4, 4), "String:#N/A");
+
+  Array bad({{0, 1}});
+  bad.elements()[0] = Value::object(book);
+  EXPECT_EQ(origin->setProperty(u"Value", {}, Value::array(bad)).number, 13);
+  EXPECT_EQ(read(*book, 2, 2), "String:x");  // unchanged by the refused write
+}
+
+TEST(Workbook, RefusesWhatASheetCannotHold) {
+  TempDir dir;
+  auto book = Workbook::createNew();
+  struct Case {
+    Value sheet;
+    std::int32_t row, column;
+    std::int32_t number;
+  } const kCases[] = {
+      {Value::string(u"Sheet2"), 1, 1, 9},
+      {Value::lng(2), 1, 1, 9},
+      {Value::lng(0), 1, 1, 9},
+      {Value::lng(1), 0, 1, 1004},
+      {Value::lng(1), 1048577, 1, 1004},
+      {Value::lng(1), 1, 16385, 1004},
+  };
+  for (const auto& c : kCases) {
+    const DispatchResult sheet = book->sheet(c.sheet);
+    DispatchResult r = sheet;
+    if (sheet.ok()) {
+      const std::array<Value, 2> at{Value::lng(c.row), Value::lng(c.column)};
+      r = sheet.value.objectValue()->getProperty(u"Cells", at);
+    }
+    EXPECT_EQ(r.number, c.number) << c.row << "," << c.column;
+    EXPECT_FALSE(r.description.empty());
+  }
+  const std::array<Value, 2> last{Value::lng(1048576), Value::lng(16384)};
+  const auto corner = object(object(book->sheet(Value::lng(1)))->getProperty(u"Cells", last));
+  const std::array<Value, 2> two{Value::lng(2), Value::lng(1)};
+  EXPECT_EQ(corner->getProperty(u"Resize", two).number, 1004);
+}
+
+TEST(Workbook, OpeningTellsWhatIsWrong) {
+  TempDir dir;
+  std::u16string error;
+  auto fresh = Workbook::open(dir.file("new.xlsx"), error);
+  ASSERT_TRUE(fresh);
+  EXPECT_EQ(fresh->sheetCount(), 1u);
+  EXPECT_EQ(describe(object(fresh->sheet(Value::lng(1)))->getProperty(u"Name", {}).value),
+            "String:Sheet1");
+  EXPECT_FALSE(std::filesystem::exists(dir.file("new.xlsx")));  // only written by save
+
+  auto badXml = sampleParts();
+  badXml["xl/worksheets/sheet2.xml"] = "<worksheet><sheetData>";
+  auto noSheets = sampleParts();
+  noSheets["xl/workbook.xml"] = std::string("<workbook ") + kNs + "/>";
+  std::filesystem::create_directory(dir.file("folder.xlsx"));
+  FILE* text = std::fopen(dir.file("text.xlsx").c_str(), "w");
+  std::fputs("not a workbook", text);
+  std::fclose(text);
+  for (const std::string& path :
+       {dir.file("text.xlsx"), dir.file("folder.xlsx"), writeWorkbook(dir, badXml, "bad.xlsx"),
+        writeWorkbook(dir, noSheets, "empty.xlsx")}) {
+    error.clear();
+    EXPECT_FALSE(Workbook::open(path, error)) << path;
+    EXPECT_NE(toUtf8(error).find(path), std::string::npos) << toUtf8(error);
+  }
+}
+
+TEST(Workbook, AFailedSaveLeavesTheTargetAlone) {
+  TempDir dir;
+  auto book = Workbook::createNew();
+  write(*book, 1, 1, Value::dbl(1));
+  std::u16string error;
+  EXPECT_FALSE(book->save(dir.file("missing/out.xlsx"), error));
+  EXPECT_NE(toUtf8(error).find("missing/out.xlsx"), std::string::npos);
+  EXPECT_TRUE(book->modified());
+}
+
+}  // namespace
+}  // namespace korvex::testing
