@@ -86,16 +86,13 @@ TEST(Options, UsageErrors) {
     std::vector<std::string_view> args;
     const char* errorPart;
   };
+  // clang-format off
   const Case cases[] = {
-      {{}, "缺少命令"},
-      {{"walk", "s.bas"}, "未知的命令 'walk'"},
-      {{"run"}, "缺少脚本文件"},
-      {{"run", "--json"}, "缺少脚本文件"},
-      {{"run", "a.bas", "b.bas"}, "给出了多个脚本"},
+      {{}, "缺少命令"}, {{"walk", "s.bas"}, "未知的命令 'walk'"}, {{"run"}, "缺少脚本文件"},
+      {{"run", "--json"}, "缺少脚本文件"}, {{"run", "a.bas", "b.bas"}, "给出了多个脚本"},
       {{"run", "--verbose", "s.bas"}, "未知的选项 '--verbose'"},
       {{"run", "s.bas", "--set"}, "--set 需要一个值"},
-      {{"run", "--set", "A", "s.bas"}, "NAME=EXPR"},
-      {{"run", "--set", "=5", "s.bas"}, "NAME=EXPR"},
+      {{"run", "--set", "A", "s.bas"}, "NAME=EXPR"}, {{"run", "--set", "=5", "s.bas"}, "NAME=EXPR"},
       {{"run", "--set", " =5", "s.bas"}, "NAME=EXPR"},
       {{"run", "--locale", "fr-FR", "s.bas"}, "未知的区域设置 'fr-FR'"},
       {{"run", "--encoding", "latin1", "s.bas"}, "未知的编码 'latin1'"},
@@ -111,6 +108,7 @@ TEST(Options, UsageErrors) {
       {{"batch", "s.bas", "--db", "p", "--record", "q", "--locale", "en-US"}, "未知的选项"},
       {{"batch", "s.bas", "--db", "p", "--record", "q", "--dry-run=1"}, "--dry-run 不带值"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const CommandLine r = parseCommandLine(c.args);
     EXPECT_EQ(r.action, CommandLine::Action::Error);

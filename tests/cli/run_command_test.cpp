@@ -54,17 +54,6 @@ std::string writeTemp(const std::string& name, const std::string& bytes) {
   return path;
 }
 
-TEST(RunScript, JsonReportOfASuccessfulRun) {
-  const RunResult r = run(fromStdin(), "DIM a\r\na = 1 + 2 * 3\r\nMSGBOX a\r\n");
-  EXPECT_EQ(r.status, kExitSuccess);
-  EXPECT_EQ(r.out,
-            R"({"errNum": 0, "errMsg": "", "currentLine": 4, "lineCount": 3, "ifCount": 0, )"
-            R"("doCount": 0, "flagCount": 0, "variables": {"A": {"type": "Double", "value": 7}}, )"
-            R"("messages": ["7"]})"
-            "\n");
-  EXPECT_EQ(r.err, "");
-}
-
 TEST(RunScript, PresetsAreEvaluatedInOrder) {
   RunOptions o = fromStdin();
   o.presets = {{"N", "NULL"}, {"s", "\"abc\""}, {"D", "#2005-03-01#"}, {"A", "1"}, {"a", "4 + 1"}};
@@ -95,43 +84,6 @@ TEST(RunScript, ConsoleModePrintsMessagesAndTheError) {
   EXPECT_EQ(r.status, kExitScriptFailed);
   EXPECT_EQ(r.out, "hi\n");
   EXPECT_EQ(r.err, "\xE9\x94\x99\xE8\xAF\xAF 2000: bad : \xE8\xA1\x8C\xE5\x8F\xB7 2\n");
-}
-
-TEST(RunScript, JsonReportOfAFailedRun) {
-  const RunResult r = run(fromStdin(), "RaiseError \"stop\"\r\n");
-  EXPECT_EQ(r.status, kExitScriptFailed);
-  EXPECT_EQ(r.out.rfind(R"({"errNum": 2000, "errMsg": "stop : )"
-                        "\xE8\xA1\x8C\xE5\x8F\xB7"
-                        R"( 1", "currentLine": 1, "lineCount": 1,)",
-                        0),
-            0u)
-      << r.out;
-}
-
-TEST(RunScript, LocaleReachesConversions) {
-  RunOptions o = fromStdin();
-  const std::string script = "MSGBOX #2005-03-01#\r\n";
-  EXPECT_NE(run(o, script).out.find(R"("messages": ["2005/3/1"])"), std::string::npos);
-  o.locale = "en-US";
-  EXPECT_NE(run(o, script).out.find(R"("messages": ["3/1/2005"])"), std::string::npos);
-}
-
-TEST(RunScript, ReadsFilesInEitherEncoding) {
-  RunOptions o;
-  o.json = true;
-  o.script = writeTemp("bom.bas", "\xEF\xBB\xBFMSGBOX \"\xE4\xB8\xAD\"\n");
-  RunResult r = run(o);
-  EXPECT_EQ(r.status, kExitSuccess);
-  // "\r\n" is appended to a text that does not end with it, so the final LF
-  // leaves an empty second line.
-  EXPECT_NE(r.out.find(R"("currentLine": 3, "lineCount": 2,)"), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("\"messages\": [\"\xE4\xB8\xAD\"]"), std::string::npos) << r.out;
-
-  o.script = writeTemp("gbk.bas", "MSGBOX \"\xD6\xD0\xCE\xC4\"\r\n");
-  o.encoding = Encoding::Gbk;
-  r = run(o);
-  EXPECT_EQ(r.status, kExitSuccess);
-  EXPECT_NE(r.out.find("\"messages\": [\"\xE4\xB8\xAD\xE6\x96\x87\"]"), std::string::npos) << r.out;
 }
 
 TEST(RunScript, UnreadableScriptIsAUsageError) {

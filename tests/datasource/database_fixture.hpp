@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "functions/function_test_support.hpp"
 #include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
+#include "support.hpp"
 
 namespace korvex::testing {
 

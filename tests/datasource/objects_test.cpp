@@ -14,7 +14,7 @@ ObjectRef objectIn(DispatchResult r) {
   return r.ok() && r.value.isObject() ? r.value.objectValue() : nullptr;
 }
 
-// "Type code Describe()" of every field of the current row.
+// "Type code describe()" of every field of the current row.
 std::vector<std::string> currentRow(const ObjectRef& rs) {
   std::vector<std::string> out;
   const ObjectRef fields = objectIn(rs->getProperty(u"Fields", {}));
@@ -23,7 +23,7 @@ std::vector<std::string> currentRow(const ObjectRef& rs) {
     const std::array<Value, 1> index{Value::lng(i)};
     const ObjectRef f = objectIn(fields->getProperty(u"Item", index));
     out.push_back(std::to_string(f->getProperty(u"Type", {}).value.longValue()) + " " +
-                  Describe(f->getDefault({}).value));
+                  describe(f->getDefault({}).value));
   }
   return out;
 }
@@ -57,11 +57,11 @@ TEST_F(Objects, PayrollDialectRunsOnSqlite) {
   for (const char* where :
        {"入职日期 between '03/15/2001' and '2005/3/31 08:30'", "入职日期 >= '2001-3-15'",
         "姓名 <> '03/15/2001' and 入职日期 < '2005-03-31 08:30:01'"}) {
-    EXPECT_EQ(Describe(scalar(std::string("select count(*) from 工资表2005年03月 where ") + where)),
+    EXPECT_EQ(describe(scalar(std::string("select count(*) from 工资表2005年03月 where ") + where)),
               "Long:2")
         << where;
   }
-  EXPECT_EQ(Describe(scalar("select count(*) from 工资表2005年03月 a left join 工资表2005年03月 b "
+  EXPECT_EQ(describe(scalar("select count(*) from 工资表2005年03月 a left join 工资表2005年03月 b "
                             "on a.工号 = b.工号 where '''03/15/2001''' <> '2001-03-15'")),
             "Long:2");
 }
@@ -105,7 +105,7 @@ TEST_F(Objects, RowsFoundByRowIdentityOrNotAtAll) {
          "无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
   assign("select sum(b) as b from t",
          "无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
-  EXPECT_EQ(Describe(scalar("select group_concat(b) from t")), "String:9,1");
+  EXPECT_EQ(describe(scalar("select group_concat(b) from t")), "String:9,1");
 }
 
 TEST_F(Objects, StoredProceduresAndCatalog) {
@@ -136,7 +136,7 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   for (std::int32_t i : {2, 3}) {
     const std::array<Value, 1> index{Value::lng(i)};
     values.push_back(
-        Describe(objectIn(params->getProperty(u"Item", index))->getProperty(u"Value", {}).value));
+        describe(objectIn(params->getProperty(u"Item", index))->getProperty(u"Value", {}).value));
   }
   EXPECT_EQ(values, (std::vector<std::string>{"Double:6001", "String:001!"}));
   EXPECT_EQ(log_->texts().back(), u"CalcByWorkGroup");
@@ -146,7 +146,7 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
 
   const std::array<Value, 1> key{Value::string(u"initial catalog")};
   EXPECT_EQ(
-      Describe(
+      describe(
           objectIn(connection_->getProperty(u"Properties", key))->getProperty(u"Value", {}).value),
       "String:pay");
 }

@@ -12,7 +12,7 @@ using SqlFunctions = DatabaseTest;
 struct Case {
   const char* expression;
   std::int32_t errNum;
-  const char* result;  // Describe() of the value, or the error message
+  const char* result;  // describe() of the value, or the error message
   std::vector<std::string> sent;
 };
 
@@ -112,7 +112,7 @@ TEST_F(SqlFunctions, DoSqlExArrayHasSpareRowAndColumn) {
     const Array& a = v.arrayValue();
     EXPECT_EQ(a.ubound(1), 3);
     cells.push_back(std::to_string(a.ubound(0)));
-    for (const Value& e : a.elements()) cells.push_back(Describe(e));
+    for (const Value& e : a.elements()) cells.push_back(describe(e));
     return cells;
   };
   const std::vector<std::string> withHeader = {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "engine/paras.hpp"
-#include "eval_test_support.hpp"
+#include "support.hpp"
 
 namespace korvex::testing {
 namespace {
@@ -54,14 +54,14 @@ TEST_P(Reads, PieceAndPosition) {
   }
 }
 
+// clang-format off
 const ReadCase kReads[] = {
     {Reader::Quote, u"\"a,b\"", 1, 0, u"\"a,b\"", 5},
     {Reader::Quote, u"x = \"a\"\"b\"", 5, 0, u"\"a\"", 7},  // no escapes
     {Reader::Quote, u"\"abc", 1, 2, nullptr, 0},
     {Reader::Group, u"  (1+(2*3)) rest", 1, 0, u"  (1+(2*3))", 11},
     {Reader::Group, u"(\")\" & x)", 1, 0, u"(\")\" & x)", 9},
-    {Reader::Group, u"abs(1)", 1, 26, nullptr, 0},
-    {Reader::Group, u"(1+(2", 1, 25, nullptr, 0},
+    {Reader::Group, u"abs(1)", 1, 26, nullptr, 0}, {Reader::Group, u"(1+(2", 1, 25, nullptr, 0},
     {Reader::Group, u"LEN", 4, 0, u"", 3},      // nothing after a name
     {Reader::Group, u" )", 1, 25, nullptr, 0},  // a ")" before any "("
     {Reader::ListItem, u"a b, c", 1, 0, u"ab", 4, true},
@@ -69,9 +69,9 @@ const ReadCase kReads[] = {
     {Reader::ListItem, u"f(1,2), \"x,y\"", 1, 0, u"f(1,2)", 7, true},
     {Reader::ListItem, u"f(1,2), \"x,y\"", 8, 0, u"\"x,y\"", 13},
     {Reader::ListItem, u"\" a \" ' c, d", 1, 0, u"\" a \"", 12},
-    {Reader::ListItem, u"a, ", 1, 2, nullptr, 0},
-    {Reader::ListItem, u"(a", 1, 25, nullptr, 0},
+    {Reader::ListItem, u"a, ", 1, 2, nullptr, 0}, {Reader::ListItem, u"(a", 1, 25, nullptr, 0},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(All, Reads, ::testing::ValuesIn(kReads));
 
 TEST(StringOp, UnterminatedQuoteNamesTheText) {
@@ -119,21 +119,17 @@ TEST_P(ParasParse, SplitsArguments) {
   }
 }
 
+// clang-format off
 const ParseCase kParses[] = {
-    {u"(a, b)", 0, {u"a", u"b"}},
-    {u"(a，b)", 0, {u"a", u"b"}},
-    {u"()", 0, {}},
-    {u"  ", 0, {}},
+    {u"(a, b)", 0, {u"a", u"b"}}, {u"(a，b)", 0, {u"a", u"b"}}, {u"()", 0, {}}, {u"  ", 0, {}},
     {u"(a,,b)", 0, {u"a", u"b"}},  // empty arguments are dropped
-    {u"(f(1,2), \"x, y\")", 0, {u"f(1,2)", u"\"x, y\""}},
-    {u" ( 1 + 2 ) ", 0, {u"1+2"}},
+    {u"(f(1,2), \"x, y\")", 0, {u"f(1,2)", u"\"x, y\""}}, {u" ( 1 + 2 ) ", 0, {u"1+2"}},
     {u"a, b", 0, {u"a", u"b"}},  // the outer pair is optional
-    {u"(a", 0, {u"a"}},
-    {u"((a), (b))", 0, {u"(a)", u"(b)"}},
-    {u"(1, 2 ' note, 3)", 0, {u"1", u"2"}},
-    {u"(a,)", 2, {}},
+    {u"(a", 0, {u"a"}}, {u"((a), (b))", 0, {u"(a)", u"(b)"}},
+    {u"(1, 2 ' note, 3)", 0, {u"1", u"2"}}, {u"(a,)", 2, {}},
     {u"(a)+(b)", 25, {}},  // only one "(" and one ")" are dropped
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(All, ParasParse, ::testing::ValuesIn(kParses));
 
 TEST(Paras, ParaTextIsTheListWithoutItsOuterPair) {
@@ -143,18 +139,18 @@ TEST(Paras, ParaTextIsTheListWithoutItsOuterPair) {
 }
 
 TEST(Paras, EvaluatesEveryArgumentInOrder) {
-  EvalFixture f;
+  Harness f;
   f.engine.SetSysVar(u"A", Value::dbl(2));
   Paras p;
   ASSERT_EQ(p.Parse(u"(a * 3, \"x\" & a, NULL)"), 0);
   ASSERT_EQ(p.EvaluateParas(f.engine), 0);
   EXPECT_EQ(describe(p.Item(1).value), "Double:6");
   EXPECT_EQ(describe(p.Item(2).value), "String:x2");
-  EXPECT_EQ(describe(p.Item(3).value), "Null");
+  EXPECT_EQ(describe(p.Item(3).value), "Null:");
 }
 
 TEST(Paras, StopsAtTheFirstFailingArgument) {
-  EvalFixture f;
+  Harness f;
   Paras p;
   ASSERT_EQ(p.Parse(u"(1, nosuch, 3)"), 0);
   EXPECT_EQ(p.EvaluateParas(f.engine), 56);

@@ -2,7 +2,7 @@
 // arguments of the wrong kind and range, with the exact messages.
 #include <gtest/gtest.h>
 
-#include "function_test_support.hpp"
+#include "support.hpp"
 
 namespace korvex::testing {
 namespace {

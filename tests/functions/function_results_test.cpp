@@ -2,14 +2,14 @@
 // script calls them: value and type for each case.
 #include <gtest/gtest.h>
 
-#include "function_test_support.hpp"
+#include "support.hpp"
 
 namespace korvex::testing {
 namespace {
 
 struct ResultCase {
   const char* expression;
-  const char* expected;  // Describe() of the value
+  const char* expected;  // describe() of the value
 };
 
 class FunctionResult : public ::testing::TestWithParam<ResultCase> {};
@@ -21,92 +21,64 @@ TEST_P(FunctionResult, GivesValueAndType) {
   EXPECT_EQ(got.value, c.expected) << c.expression;
 }
 
+// clang-format off
 const ResultCase kStrings[] = {
-    {R"(LEFT("abc", 2))", "String:ab"},
-    {R"(LEFT("abc", 5))", "String:abc"},
+    {R"(LEFT("abc", 2))", "String:ab"}, {R"(LEFT("abc", 5))", "String:abc"},
     {R"(Left("abc", 0))", "String:"},
     {R"(LEFT(12345, 2))", "String:12"},  // any first argument is taken as text
-    {R"(left("abc", "2"))", "String:ab"},
-    {R"(RIGHT("abcdef", 3))", "String:def"},
-    {R"(RIGHT("abc", 9))", "String:abc"},
-    {R"(Right(3.25, 2))", "String:25"},
-    {R"(ASC("A"))", "Integer:65"},
-    {R"(ASC("abc"))", "Integer:97"},
-    {R"(ASC(7))", "Integer:55"},
-    {R"(CHR(66))", "String:B"},
-    {R"(CHR("97"))", "String:a"},
-    {R"(CSTR(12.5))", "String:12.5"},
-    {R"(CSTR("x"))", "String:x"},
-    {R"(LCase("AbC"))", "String:abc"},
-    {R"(UCase("AbC"))", "String:ABC"},
-    {R"(UCase(1.5))", "String:1.5"},
-    {R"(HEX(255))", "String:FF"},
-    {R"(HEX(0))", "String:0"},
+    {R"(left("abc", "2"))", "String:ab"}, {R"(RIGHT("abcdef", 3))", "String:def"},
+    {R"(RIGHT("abc", 9))", "String:abc"}, {R"(Right(3.25, 2))", "String:25"},
+    {R"(ASC("A"))", "Integer:65"}, {R"(ASC("abc"))", "Integer:97"}, {R"(ASC(7))", "Integer:55"},
+    {R"(CHR(66))", "String:B"}, {R"(CHR("97"))", "String:a"}, {R"(CSTR(12.5))", "String:12.5"},
+    {R"(CSTR("x"))", "String:x"}, {R"(LCase("AbC"))", "String:abc"},
+    {R"(UCase("AbC"))", "String:ABC"}, {R"(UCase(1.5))", "String:1.5"},
+    {R"(HEX(255))", "String:FF"}, {R"(HEX(0))", "String:0"},
     {R"(HEX(-1))", "String:FFFFFFFF"},  // script numbers are Doubles: a Long
-    {R"(HEX("16"))", "String:10"},
-    {R"(Format(1234.5, "0.00"))", "String:1234.50"},
-    {R"(Format(0.5, "0%"))", "String:50%"},
-    {R"(Format(12.5))", "String:12.5"},
-    {R"(MID("abcdef", 2))", "String:bcdef"},
-    {R"(MID("abcdef", 2, 3))", "String:bcd"},
-    {R"(mid("abcdef", 9))", "String:"},
-    {R"(Mid("a,b", 2, 1))", "String:,"},
+    {R"(HEX("16"))", "String:10"}, {R"(Format(1234.5, "0.00"))", "String:1234.50"},
+    {R"(Format(0.5, "0%"))", "String:50%"}, {R"(Format(12.5))", "String:12.5"},
+    {R"(MID("abcdef", 2))", "String:bcdef"}, {R"(MID("abcdef", 2, 3))", "String:bcd"},
+    {R"(mid("abcdef", 9))", "String:"}, {R"(Mid("a,b", 2, 1))", "String:,"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(Strings, FunctionResult, ::testing::ValuesIn(kStrings));
 
+// clang-format off
 const ResultCase kNumbers[] = {
-    {"ROUND(2.5)", "Double:2"},
-    {"ROUND(3.5)", "Double:4"},
-    {"ROUND(1.2345, 2)", "Double:1.23"},
-    {"ROUND(-1.5)", "Double:-2"},
-    {"ROUND(NULL)", "Double:0"},
-    {R"(ROUND("7.6"))", "Double:8"},
-    {"ATN(0)", "Double:0"},
-    {"COS(0)", "Double:1"},
-    {"SIN(0)", "Double:0"},
-    {"TAN(0)", "Double:0"},
-    {"EXP(0)", "Double:1"},
-    {"EXP(1)", "Double:2.71828182845905"},
-    {"CLng(2.5)", "Long:2"},
-    {"CLng(3.5)", "Long:4"},
-    {R"(CLng("-7"))", "Long:-7"},
-    {R"(CDbl("1.25"))", "Double:1.25"},
-    {"CDbl(3)", "Double:3"},
-    {R"(IsNumeric("12.5"))", "Boolean:True"},
-    {R"(IsNumeric("abc"))", "Boolean:False"},
-    {R"(IsNumeric(""))", "Boolean:False"},
-    {R"(IsEmpty("   "))", "Double:-1"},
-    {R"(IsEmpty(""))", "Double:-1"},
+    {"ROUND(2.5)", "Double:2"}, {"ROUND(3.5)", "Double:4"}, {"ROUND(1.2345, 2)", "Double:1.23"},
+    {"ROUND(-1.5)", "Double:-2"}, {"ROUND(NULL)", "Double:0"}, {R"(ROUND("7.6"))", "Double:8"},
+    {"ATN(0)", "Double:0"}, {"COS(0)", "Double:1"}, {"SIN(0)", "Double:0"}, {"TAN(0)", "Double:0"},
+    {"EXP(0)", "Double:1"}, {"EXP(1)", "Double:2.71828182845905"}, {"CLng(2.5)", "Long:2"},
+    {"CLng(3.5)", "Long:4"}, {R"(CLng("-7"))", "Long:-7"}, {R"(CDbl("1.25"))", "Double:1.25"},
+    {"CDbl(3)", "Double:3"}, {R"(IsNumeric("12.5"))", "Boolean:True"},
+    {R"(IsNumeric("abc"))", "Boolean:False"}, {R"(IsNumeric(""))", "Boolean:False"},
+    {R"(IsEmpty("   "))", "Double:-1"}, {R"(IsEmpty(""))", "Double:-1"},
     {"IsEmpty(NULL)", "Double:-1"},
     {"IsEmpty(0)", "Empty:"},  // nothing stored: the caller's Empty stays
     {R"(IsEmpty("a"))", "Empty:"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(Numbers, FunctionResult, ::testing::ValuesIn(kNumbers));
 
+// clang-format off
 const ResultCase kDates[] = {
-    {R"(CDate("2005-03-01"))", "Date:2005/3/1"},
-    {"DAY(#2005-03-17#)", "Double:17"},
-    {R"(DAY("2005-03-17"))", "Double:17"},
-    {"MONTH(#2005-03-17#)", "Double:3"},
+    {R"(CDate("2005-03-01"))", "Date:2005/3/1"}, {"DAY(#2005-03-17#)", "Double:17"},
+    {R"(DAY("2005-03-17"))", "Double:17"}, {"MONTH(#2005-03-17#)", "Double:3"},
     {R"(HOUR("2005-03-17 13:45:10"))", "Double:13"},
     {R"(Minute("2005-03-17 13:45:10"))", "Double:45"},
-    {"WeekDayName(#2024-01-01#)", "String:星期一"},
-    {"WeekDayName(#2024-01-07#)", "String:星期日"},
-    {R"(MaxDay("2004-02-10"))", "Integer:29"},
-    {"MaxDay(#2005-02-01#)", "Integer:28"},
-    {"MaxDay(#2005-04-30#)", "Integer:30"},
-    {"MaxDay(3, 2005)", "Integer:31"},
-    {"MaxDay(2, 2000)", "Integer:29"},
-    {"MaxDay(2, 1900)", "Integer:28"},
+    {"WeekDayName(#2024-01-01#)", "String:星期一"}, {"WeekDayName(#2024-01-07#)", "String:星期日"},
+    {R"(MaxDay("2004-02-10"))", "Integer:29"}, {"MaxDay(#2005-02-01#)", "Integer:28"},
+    {"MaxDay(#2005-04-30#)", "Integer:30"}, {"MaxDay(3, 2005)", "Integer:31"},
+    {"MaxDay(2, 2000)", "Integer:29"}, {"MaxDay(2, 1900)", "Integer:28"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(Dates, FunctionResult, ::testing::ValuesIn(kDates));
 
+// clang-format off
 const ResultCase kChineseAmounts[] = {
-    {"大写(1234.5)", "String:壹仟贰佰叁拾肆元伍角整"},
-    {"Num2Chinese(10)", "String:壹拾元整"},
-    {R"(大写("12.5"))", "String:壹拾贰元伍角整"},
-    {"大写(0)", "String:零元整"},
+    {"大写(1234.5)", "String:壹仟贰佰叁拾肆元伍角整"}, {"Num2Chinese(10)", "String:壹拾元整"},
+    {R"(大写("12.5"))", "String:壹拾贰元伍角整"}, {"大写(0)", "String:零元整"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(ChineseAmounts, FunctionResult, ::testing::ValuesIn(kChineseAmounts));
 
 TEST(FunctionClock, DateAndTimeAreTodayAndNow) {

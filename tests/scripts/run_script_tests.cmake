@@ -2,7 +2,8 @@
 #   KORVEX run --json [arguments from NAME.args] NAME.bas
 # and compares standard output with NAME.json. NAME.args, if present, holds
 # one command-line argument per line (empty lines are skipped; an argument
-# cannot contain ";"). NAME.exit, if present, holds the expected exit status.
+# cannot contain ";"). The exit status must be 0 when the expected "errNum"
+# is 0, 1 for another errNum, and 2 (a usage error) when NAME.json is empty.
 # Trailing line breaks of NAME.json and of the output are ignored; everything
 # else must match byte for byte.
 #
@@ -105,12 +106,14 @@ foreach(case_file IN LISTS cases)
       "  - ${expected}\n"
       "  + ${actual}\n")
   endif()
-  if(EXISTS "${SCRIPTS}/${name}.exit")
-    file(READ "${SCRIPTS}/${name}.exit" expected_status)
-    string(STRIP "${expected_status}" expected_status)
-    if(NOT status STREQUAL expected_status)
-      string(APPEND problems "  exit status ${status}, expected ${expected_status}\n")
-    endif()
+  set(expected_status 1)
+  if(expected STREQUAL "")
+    set(expected_status 2)
+  elseif(expected MATCHES "^{\"errNum\": 0,")
+    set(expected_status 0)
+  endif()
+  if(NOT status STREQUAL expected_status)
+    string(APPEND problems "  exit status ${status}, expected ${expected_status}\n")
   endif()
   if(NOT stderr_text STREQUAL "" AND NOT problems STREQUAL "")
     string(APPEND problems "  standard error: ${stderr_text}\n")

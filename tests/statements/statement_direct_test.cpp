@@ -6,8 +6,8 @@
 #include <string>
 
 #include "korvex/memory_recordset.hpp"
-#include "statement_harness.hpp"
 #include "statements/statement.hpp"
+#include "support.hpp"
 #include "values/runtime_error.hpp"
 
 namespace korvex::testing {
@@ -81,18 +81,14 @@ struct BlockCase {
 };
 
 TEST(IsIfBlock, ClassifiesAndReportsTheIfErrors) {
+  // clang-format off
   const BlockCase cases[] = {
-      {u"If a Then", true, 0},
-      {u"  if a then ' note", true, 0},
-      {u"If a = \"Then \" Then", true, 0},
-      {u"If a Then b = 1", false, 0},
-      {u"If a Then b = \"x", false, 0},
-      {u"If a", false, 9},
-      {u"If a>1Then", false, 9},
-      {u"If aThen", false, 9},
-      {u"Iff a Then", false, 1},
-      {u"If \"a Then", false, 2},
+      {u"If a Then", true, 0}, {u"  if a then ' note", true, 0},
+      {u"If a = \"Then \" Then", true, 0}, {u"If a Then b = 1", false, 0},
+      {u"If a Then b = \"x", false, 0}, {u"If a", false, 9}, {u"If a>1Then", false, 9},
+      {u"If aThen", false, 9}, {u"Iff a Then", false, 1}, {u"If \"a Then", false, 2},
   };
+  // clang-format on
   for (const auto& c : cases) {
     Harness h;
     EXPECT_EQ(stmt::IsIfBlock(h.engine, c.line), c.block) << toUtf8(c.line);

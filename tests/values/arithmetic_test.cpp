@@ -1,4 +1,4 @@
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 
@@ -118,16 +118,14 @@ TEST(Negate, KeepsTypeAndPromotesAtTheEdge) {
     Value v;
     VarType type;
     std::u16string_view text;
+    // clang-format off
   } cases[] = {
-      {I(5), VarType::Integer, u"-5"},
-      {I(-32768), VarType::Long, u"32768"},
-      {L(-2147483647 - 1), VarType::Double, u"2147483648"},
-      {D(2.5), VarType::Double, u"-2.5"},
-      {C(15000), VarType::Currency, u"-1.5"},
-      {B(true), VarType::Integer, u"1"},
-      {Value(), VarType::Integer, u"0"},
-      {S(u"3"), VarType::Double, u"-3"},
+      {I(5), VarType::Integer, u"-5"}, {I(-32768), VarType::Long, u"32768"},
+      {L(-2147483647 - 1), VarType::Double, u"2147483648"}, {D(2.5), VarType::Double, u"-2.5"},
+      {C(15000), VarType::Currency, u"-1.5"}, {B(true), VarType::Integer, u"1"},
+      {Value(), VarType::Integer, u"0"}, {S(u"3"), VarType::Double, u"-3"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const Value v = vb::negate(c.v, zh);
     EXPECT_EQ(v.type(), c.type) << u8(c.text);

@@ -1,6 +1,6 @@
 #include "values/calendar.hpp"
 
-#include "test_support.hpp"
+#include "support.hpp"
 
 namespace korvex {
 namespace {

@@ -1,4 +1,4 @@
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/ops.hpp"
 
 namespace korvex {
@@ -48,19 +48,14 @@ TEST(DecodeGbk, BytesToText) {
 }
 
 TEST(LetterCase, UpperAndLower) {
+  // clang-format off
   const std::pair<std::u16string_view, std::u16string_view> cases[] = {
-      {u"abcxyz09", u"ABCXYZ09"},
-      {u"dim 工资", u"DIM 工资"},
-      {u"àéîõüÿ", u"ÀÉÎÕÜŸ"},
-      {u"ąčł", u"ĄČŁ"},
-      {u"αβγ", u"ΑΒΓ"},
-      {u"привет", u"ПРИВЕТ"},
-      {u"ａｂｃ", u"ＡＢＣ"},
+      {u"abcxyz09", u"ABCXYZ09"}, {u"dim 工资", u"DIM 工资"}, {u"àéîõüÿ", u"ÀÉÎÕÜŸ"},
+      {u"ąčł", u"ĄČŁ"}, {u"αβγ", u"ΑΒΓ"}, {u"привет", u"ПРИВЕТ"}, {u"ａｂｃ", u"ＡＢＣ"},
       // Letters of the Chinese code page that names may use.
-      {u"ǎǐǒǔǖǘǚǜ", u"ǍǏǑǓǕǗǙǛ"},
-      {u"ⅰⅹⅿ", u"ⅠⅩⅯ"},
-      {u"ⓐⓩ", u"ⒶⓏ"},
+      {u"ǎǐǒǔǖǘǚǜ", u"ǍǏǑǓǕǗǙǛ"}, {u"ⅰⅹⅿ", u"ⅠⅩⅯ"}, {u"ⓐⓩ", u"ⒶⓏ"},
   };
+  // clang-format on
   for (const auto& [lower, upper] : cases) {
     EXPECT_EQ(u8(vb::upperCase(lower)), u8(upper));
     EXPECT_EQ(u8(vb::lowerCase(upper)), u8(lower));

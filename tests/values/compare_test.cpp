@@ -1,4 +1,4 @@
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/ops.hpp"
 
 namespace korvex {

@@ -1,4 +1,4 @@
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 
@@ -13,24 +13,17 @@ TEST(ToLong, BankersRoundingAndRange) {
   const struct {
     Value v;
     std::int32_t expected;
+    // clang-format off
   } cases[] = {
-      {Value::dbl(2.5), 2},
-      {Value::dbl(3.5), 4},
-      {Value::dbl(-2.5), -2},
-      {Value::dbl(-3.5), -4},
-      {Value::dbl(2.5000001), 3},
-      {Value::dbl(-0.4), 0},
-      {Value::string(u" 2.5 "), 2},
-      {Value::string(u"1,000"), 1000},
-      {Value::currency(Currency{25000}), 2},
-      {Value::currency(Currency{35000}), 4},
-      {Value::currency(Currency{-25001}), -3},
-      {Value::boolean(true), -1},
-      {Value(), 0},
-      {Value::date(38412.75), 38413},
+      {Value::dbl(2.5), 2}, {Value::dbl(3.5), 4}, {Value::dbl(-2.5), -2}, {Value::dbl(-3.5), -4},
+      {Value::dbl(2.5000001), 3}, {Value::dbl(-0.4), 0}, {Value::string(u" 2.5 "), 2},
+      {Value::string(u"1,000"), 1000}, {Value::currency(Currency{25000}), 2},
+      {Value::currency(Currency{35000}), 4}, {Value::currency(Currency{-25001}), -3},
+      {Value::boolean(true), -1}, {Value(), 0}, {Value::date(38412.75), 38413},
       {Value::dbl(2147483647.4), 2147483647},
       {Value::dbl(-2147483648.5), -2147483648},  // rounds to even, in range
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(vb::toLong(c.v, zh), c.expected) << u8(vb::toString(c.v, zh));
   }
@@ -106,39 +99,30 @@ TEST(ToDate, NumbersStringsAndRange) {
 }
 
 TEST(IsNumeric, PerType) {
+  // clang-format off
   const std::pair<Value, bool> cases[] = {
-      {Value(), true},
-      {Value::boolean(false), true},
-      {Value::integer(1), true},
-      {Value::currency({}), true},
-      {Value::date(1), false},
-      {Value::null(), false},
-      {Value::string(u""), false},
-      {Value::string(u" 1,234.5 "), true},
-      {Value::string(u"&H1F"), true},
-      {Value::string(u"1e5"), true},
-      {Value::string(u"12abc"), false},
-      {Value::string(u"True"), false},
-      {Value::object(nullptr), false},
-      {Value::array(Array({{0, 1}})), false},
+      {Value(), true}, {Value::boolean(false), true}, {Value::integer(1), true},
+      {Value::currency({}), true}, {Value::date(1), false}, {Value::null(), false},
+      {Value::string(u""), false}, {Value::string(u" 1,234.5 "), true},
+      {Value::string(u"&H1F"), true}, {Value::string(u"1e5"), true},
+      {Value::string(u"12abc"), false}, {Value::string(u"True"), false},
+      {Value::object(nullptr), false}, {Value::array(Array({{0, 1}})), false},
   };
+  // clang-format on
   for (const auto& [v, numeric] : cases) {
     EXPECT_EQ(vb::isNumeric(v, zh), numeric) << typeName(v.type());
   }
 }
 
 TEST(IsDate, DatesAndDateStringsOnly) {
+  // clang-format off
   const std::pair<Value, bool> cases[] = {
-      {Value::date(0), true},
-      {Value::string(u"2004-02-10"), true},
-      {Value::string(u"3/1/2005"), true},
-      {Value::string(u"10:30"), true},
-      {Value::string(u"2004-02-30"), false},
-      {Value::string(u"abc"), false},
-      {Value::dbl(38412), false},
-      {Value(), false},
-      {Value::null(), false},
+      {Value::date(0), true}, {Value::string(u"2004-02-10"), true},
+      {Value::string(u"3/1/2005"), true}, {Value::string(u"10:30"), true},
+      {Value::string(u"2004-02-30"), false}, {Value::string(u"abc"), false},
+      {Value::dbl(38412), false}, {Value(), false}, {Value::null(), false},
   };
+  // clang-format on
   for (const auto& [v, date] : cases) EXPECT_EQ(vb::isDate(v, zh), date);
 }
 

@@ -149,19 +149,18 @@ TEST(Dates, TimeSerialAndSplit) {
     double serial;
     DateParts parts;
   };
+  // clang-format off
   const std::vector<Case> cases = {
       {timeSerial(12, 0, 0), {1899, 12, 30, 12, 0, 0}},
       {timeSerial(25, 0, 0), {1899, 12, 31, 1, 0, 0}},
       {timeSerial(0, 90, 30), {1899, 12, 30, 1, 30, 30}},
       {timeSerial(-1, 0, 0), {1899, 12, 29, 23, 0, 0}},
-      {timeSerial(12, -15, 0), {1899, 12, 30, 11, 45, 0}},
-      {38027.75, {2004, 2, 10, 18, 0, 0}},
-      {-1.25, {1899, 12, 29, 6, 0, 0}},
-      {-0.5, {1899, 12, 30, 12, 0, 0}},
-      {0.999999999, {1899, 12, 31, 0, 0, 0}},
-      {2958465.99998, {9999, 12, 31, 23, 59, 58}},
+      {timeSerial(12, -15, 0), {1899, 12, 30, 11, 45, 0}}, {38027.75, {2004, 2, 10, 18, 0, 0}},
+      {-1.25, {1899, 12, 29, 6, 0, 0}}, {-0.5, {1899, 12, 30, 12, 0, 0}},
+      {0.999999999, {1899, 12, 31, 0, 0, 0}}, {2958465.99998, {9999, 12, 31, 23, 59, 58}},
       {dateSerial(2000, 2, 29) + timeSerial(23, 59, 59), {2000, 2, 29, 23, 59, 59}},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const DateParts p = splitDate(c.serial);
     const DateParts& e = c.parts;
@@ -190,12 +189,12 @@ TEST(Dates, WeekdayAndNames) {
     const char* weekdayText;
     const char* monthText;
   };
+  // clang-format off
   const std::vector<NameCase> names = {
-      {1, false, Locale::zhCN(), "星期日", "一月"},
-      {7, true, Locale::zhCN(), "周六", "7月"},
-      {3, false, Locale::enUS(), "Tuesday", "March"},
-      {2, true, Locale::enUS(), "Mon", "Feb"},
+      {1, false, Locale::zhCN(), "星期日", "一月"}, {7, true, Locale::zhCN(), "周六", "7月"},
+      {3, false, Locale::enUS(), "Tuesday", "March"}, {2, true, Locale::enUS(), "Mon", "Feb"},
   };
+  // clang-format on
   for (const auto& c : names) {
     EXPECT_EQ(toUtf8(weekdayName(c.n, c.abbreviate, c.loc)), c.weekdayText);
     EXPECT_EQ(toUtf8(monthName(c.n, c.abbreviate, c.loc)), c.monthText);

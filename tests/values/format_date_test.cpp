@@ -124,6 +124,7 @@ TEST(FormatDate, NamedDateFormats) {
     const char* en;
   };
   const Value evening = at(1958, 12, 7, 20, 50, 35);
+  // clang-format off
   const std::vector<Case> cases = {
       {evening, "General Date", "1958/12/7 20:50:35", "12/7/1958 8:50:35 PM"},
       {Value::date(dateSerial(2004, 2, 10)), "General Date", "2004/2/10", "2/10/2004"},
@@ -132,12 +133,11 @@ TEST(FormatDate, NamedDateFormats) {
       {evening, "Medium Date", "58-12-07", "07-Dec-58"},
       {evening, "Short Date", "1958/12/7", "12/7/1958"},
       {evening, "long time", "20:50:35", "8:50:35 PM"},
-      {evening, "Medium Time", "08:50 下午", "08:50 PM"},
-      {evening, "Short Time", "20:50", "20:50"},
+      {evening, "Medium Time", "08:50 下午", "08:50 PM"}, {evening, "Short Time", "20:50", "20:50"},
       {Value::dbl(38027), "Short Date", "2004/2/10", "2/10/2004"},
-      {Value::null(), "Long Date", "", ""},
-      {Value::string(u"abc"), "Short Date", "abc", "abc"},
+      {Value::null(), "Long Date", "", ""}, {Value::string(u"abc"), "Short Date", "abc", "abc"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(fmt(c.value, c.format, Locale::zhCN()), c.zh) << c.format;
     EXPECT_EQ(fmt(c.value, c.format, Locale::enUS()), c.en) << c.format;

@@ -1,6 +1,6 @@
 #include <limits>
 
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 
@@ -12,30 +12,17 @@ const Locale& zh = Locale::zhCN();
 const Locale& en = Locale::enUS();
 
 TEST(ParseNumber, AcceptedForms) {
+  // clang-format off
   const std::pair<std::u16string_view, double> cases[] = {
-      {u"42", 42},
-      {u"  -3.5  ", -3.5},
-      {u"+7", 7},
-      {u"1,234,567.25", 1234567.25},
-      {u"1,2,3", 123},
-      {u".5", 0.5},
-      {u"5.", 5},
-      {u"1e3", 1000},
-      {u"1.5E-05", 1.5e-05},
-      {u"2E+2", 200},
-      {u"1D2", 100},
-      {u"&HFF", 255},
-      {u"&hff", 255},
+      {u"42", 42}, {u"  -3.5  ", -3.5}, {u"+7", 7}, {u"1,234,567.25", 1234567.25}, {u"1,2,3", 123},
+      {u".5", 0.5}, {u"5.", 5}, {u"1e3", 1000}, {u"1.5E-05", 1.5e-05}, {u"2E+2", 200},
+      {u"1D2", 100}, {u"&HFF", 255}, {u"&hff", 255},
       {u"&HFFFF", -1},  // sixteen bits: an Integer pattern
-      {u"&H8000", -32768},
-      {u"&H10000", 65536},
-      {u"&HFFFFFFFF", -1},
-      {u"&O17", 15},
-      {u"&O177777", -1},
-      {u"\t12\t", 12},
-      {u"0.000000000000000000000000000001", 1e-30},
+      {u"&H8000", -32768}, {u"&H10000", 65536}, {u"&HFFFFFFFF", -1}, {u"&O17", 15},
+      {u"&O177777", -1}, {u"\t12\t", 12}, {u"0.000000000000000000000000000001", 1e-30},
       {u"123456789012345678901234567890", 1.2345678901234568e29},
   };
+  // clang-format on
   for (const auto& [text, value] : cases) {
     const auto d = vb::parseNumber(text, zh);
     ASSERT_TRUE(d.has_value()) << u8(text);
@@ -88,9 +75,9 @@ TEST(ParseDate, AcceptedForms) {
     std::u16string_view text;
     const Locale* loc;
     double serial;
+    // clang-format off
   } cases[] = {
-      {u"2005/3/1", &zh, day(2005, 3, 1)},
-      {u"2005-03-01", &zh, day(2005, 3, 1)},
+      {u"2005/3/1", &zh, day(2005, 3, 1)}, {u"2005-03-01", &zh, day(2005, 3, 1)},
       {u"2005-03-01", &en, day(2005, 3, 1)},
       {u"3/1/2005", &zh, day(2005, 3, 1)},  // the MaxDay text, in any locale
       {u"3/1/2005", &en, day(2005, 3, 1)},
@@ -100,25 +87,18 @@ TEST(ParseDate, AcceptedForms) {
       {u"4/1/99", &zh, day(1999, 4, 1)},   // no zh date: month/day/year
       {u"4/1/29", &zh, day(2004, 1, 29)},  // the zh order wins where it reads
       {u"3/1/05", &en, day(2005, 3, 1)},   // en order with a short year
-      {u"3/1/45", &en, day(1945, 3, 1)},
-      {u"2005年3月1日", &zh, day(2005, 3, 1)},
-      {u"2005.3.1", &zh, day(2005, 3, 1)},
-      {u"March 1, 2005", &en, day(2005, 3, 1)},
-      {u"Tuesday, March 1, 2005", &en, day(2005, 3, 1)},
-      {u"1-Mar-2005", &en, day(2005, 3, 1)},
+      {u"3/1/45", &en, day(1945, 3, 1)}, {u"2005年3月1日", &zh, day(2005, 3, 1)},
+      {u"2005.3.1", &zh, day(2005, 3, 1)}, {u"March 1, 2005", &en, day(2005, 3, 1)},
+      {u"Tuesday, March 1, 2005", &en, day(2005, 3, 1)}, {u"1-Mar-2005", &en, day(2005, 3, 1)},
       {u"  2005-03-01 10:30  ", &zh, day(2005, 3, 1) + t1030},
       {u"2005/3/1 10:30:15", &zh, day(2005, 3, 1) + vb::timeFraction(10, 30, 15)},
       {u"3/1/2005 10:30 PM", &en, day(2005, 3, 1) + vb::timeFraction(22, 30, 0)},
       {u"2005/3/1 下午3:00:00", &zh, day(2005, 3, 1) + vb::timeFraction(15, 0, 0)},
-      {u"10:30", &zh, t1030},
-      {u"12:00 AM", &en, 0},
-      {u"3 PM", &en, vb::timeFraction(15, 0, 0)},
+      {u"10:30", &zh, t1030}, {u"12:00 AM", &en, 0}, {u"3 PM", &en, vb::timeFraction(15, 0, 0)},
       {u"1899/12/29 06:00", &zh, -1.25},
       // blanks for separators; one- and two-digit years in 1930..2029
-      {u"1 2 2005", &en, day(2005, 1, 2)},
-      {u"1 1 0", &en, day(2000, 1, 1)},
-      {u"1 1 50", &zh, day(1950, 1, 1)},
-      {u"12 31 99", &zh, day(1999, 12, 31)},
+      {u"1 2 2005", &en, day(2005, 1, 2)}, {u"1 1 0", &en, day(2000, 1, 1)},
+      {u"1 1 50", &zh, day(1950, 1, 1)}, {u"12 31 99", &zh, day(1999, 12, 31)},
       {u"3 / 1 / 29 10:30", &en, day(2029, 3, 1) + t1030},
       // AM and PM leave hours of a 24-hour clock alone
       {u"13:00 AM", &en, vb::timeFraction(13, 0, 0)},
@@ -127,6 +107,7 @@ TEST(ParseDate, AcceptedForms) {
       {u"100/1/1", &zh, static_cast<double>(vb::kMinDateDays)},
       {u"9999-12-31", &zh, static_cast<double>(vb::kMaxDateDays)},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const auto d = vb::parseDate(c.text, *c.loc);
     ASSERT_TRUE(d.has_value()) << u8(c.text);

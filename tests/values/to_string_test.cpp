@@ -1,7 +1,7 @@
 #include <cmath>
 #include <random>
 
-#include "test_support.hpp"
+#include "support.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 
@@ -14,29 +14,18 @@ const Locale& zh = Locale::zhCN();
 const Locale& en = Locale::enUS();
 
 TEST(DoubleToString, FifteenDigitsShortestForm) {
+  // clang-format off
   const std::pair<double, std::u16string_view> cases[] = {
-      {0.1 + 0.2, u"0.3"},
-      {1.0 / 3.0, u"0.333333333333333"},
-      {2.0 / 3.0, u"0.666666666666667"},
-      {1e16, u"1E+16"},
-      {1e15, u"1E+15"},
-      {123456789012345.0, u"123456789012345"},
+      {0.1 + 0.2, u"0.3"}, {1.0 / 3.0, u"0.333333333333333"}, {2.0 / 3.0, u"0.666666666666667"},
+      {1e16, u"1E+16"}, {1e15, u"1E+15"}, {123456789012345.0, u"123456789012345"},
       // plain while no more than 15 places follow the point
-      {1.5e-05, u"0.000015"},
-      {0.000056789, u"0.000056789"},
-      {1e-12, u"0.000000000001"},
-      {0.0000000000056789, u"5.6789E-12"},
-      {-1.0 / 30000, u"-3.33333333333333E-05"},
-      {0.0001, u"0.0001"},
-      {-123456789012345678.0, u"-1.23456789012346E+17"},
-      {1e100, u"1E+100"},
-      {2.5, u"2.5"},
-      {-2.5, u"-2.5"},
-      {100, u"100"},
-      {0, u"0"},
-      {-0.0, u"0"},
+      {1.5e-05, u"0.000015"}, {0.000056789, u"0.000056789"}, {1e-12, u"0.000000000001"},
+      {0.0000000000056789, u"5.6789E-12"}, {-1.0 / 30000, u"-3.33333333333333E-05"},
+      {0.0001, u"0.0001"}, {-123456789012345678.0, u"-1.23456789012346E+17"}, {1e100, u"1E+100"},
+      {2.5, u"2.5"}, {-2.5, u"-2.5"}, {100, u"100"}, {0, u"0"}, {-0.0, u"0"},
       {1234567.125, u"1234567.125"},
   };
+  // clang-format on
   for (const auto& [d, text] : cases) EXPECT_EQ(u8(vb::doubleToString(d, zh)), u8(text)) << d;
 }
 
@@ -56,16 +45,13 @@ TEST(DoubleToString, RoundTripsWithinFifteenDigits) {
 }
 
 TEST(CurrencyToString, UpToFourDecimalsNoTrailingZeros) {
+  // clang-format off
   const std::pair<std::int64_t, std::u16string_view> cases[] = {
-      {15000, u"1.5"},
-      {12345678, u"1234.5678"},
-      {10000, u"1"},
-      {-1, u"-0.0001"},
-      {0, u"0"},
-      {-12340000, u"-1234"},
-      {INT64_MAX, u"922337203685477.5807"},
+      {15000, u"1.5"}, {12345678, u"1234.5678"}, {10000, u"1"}, {-1, u"-0.0001"}, {0, u"0"},
+      {-12340000, u"-1234"}, {INT64_MAX, u"922337203685477.5807"},
       {INT64_MIN, u"-922337203685477.5808"},
   };
+  // clang-format on
   for (const auto& [scaled, text] : cases) {
     EXPECT_EQ(u8(vb::currencyToString(Currency{scaled}, zh)), u8(text)) << scaled;
   }
@@ -77,20 +63,19 @@ TEST(DateToString, LocaleShortDateAndLongTime) {
     double serial;
     const Locale* loc;
     std::u16string_view text;
+    // clang-format off
   } cases[] = {
-      {mar1, &zh, u"2005/3/1"},
-      {mar1 + 0.5, &zh, u"2005/3/1 12:00:00"},
-      {mar1 + vb::timeFraction(9, 5, 7), &zh, u"2005/3/1 9:05:07"},
-      {mar1, &en, u"3/1/2005"},
+      {mar1, &zh, u"2005/3/1"}, {mar1 + 0.5, &zh, u"2005/3/1 12:00:00"},
+      {mar1 + vb::timeFraction(9, 5, 7), &zh, u"2005/3/1 9:05:07"}, {mar1, &en, u"3/1/2005"},
       {mar1 + vb::timeFraction(13, 5, 0), &en, u"3/1/2005 1:05:00 PM"},
       {mar1 + vb::timeFraction(0, 30, 0), &en, u"3/1/2005 12:30:00 AM"},
       {0.75, &zh, u"18:00:00"},  // date part 0: the time alone
-      {0, &zh, u"0:00:00"},
-      {0.25, &en, u"6:00:00 AM"},
+      {0, &zh, u"0:00:00"}, {0.25, &en, u"6:00:00 AM"},
       {-1.25, &zh, u"1899/12/29 6:00:00"},  // negative: days back, time forward
       {1, &zh, u"1899/12/31"},
       {static_cast<double>(vb::kMinDateDays), &zh, u"0100/1/1"}  // yyyy pads to four digits,
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(u8(vb::dateToString(c.serial, *c.loc)), u8(c.text)) << c.serial;
   }
@@ -106,17 +91,14 @@ TEST(ToString, EveryType) {
   const struct {
     Value v;
     std::u16string_view text;
+    // clang-format off
   } cases[] = {
-      {Value(), u""},
-      {Value::integer(-32768), u"-32768"},
-      {Value::lng(2147483647), u"2147483647"},
-      {Value::dbl(0.1 + 0.2), u"0.3"},
-      {Value::currency(Currency{15000}), u"1.5"},
-      {Value::boolean(true), u"True"},
-      {Value::boolean(false), u"False"},
-      {Value::string(u"文本"), u"文本"},
-      {Value::date(38412.5), u"2005/3/1 12:00:00"},
+      {Value(), u""}, {Value::integer(-32768), u"-32768"}, {Value::lng(2147483647), u"2147483647"},
+      {Value::dbl(0.1 + 0.2), u"0.3"}, {Value::currency(Currency{15000}), u"1.5"},
+      {Value::boolean(true), u"True"}, {Value::boolean(false), u"False"},
+      {Value::string(u"文本"), u"文本"}, {Value::date(38412.5), u"2005/3/1 12:00:00"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(u8(vb::toString(c.v, zh)), u8(c.text)) << typeName(c.v.type());
   }

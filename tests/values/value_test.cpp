@@ -1,23 +1,9 @@
 #include <array>
 
-#include "test_support.hpp"
+#include "support.hpp"
 
 namespace korvex {
 namespace {
-
-TEST(Value, FactoriesSetTypeAndPayload) {
-  EXPECT_EQ(Value().type(), VarType::Empty);
-  EXPECT_EQ(Value::null().type(), VarType::Null);
-  EXPECT_EQ(Value::integer(-7).integerValue(), -7);
-  EXPECT_EQ(Value::lng(100000).longValue(), 100000);
-  EXPECT_EQ(Value::dbl(2.5).doubleValue(), 2.5);
-  EXPECT_EQ(Value::date(38412.5).type(), VarType::Date);
-  EXPECT_EQ(Value::date(38412.5).doubleValue(), 38412.5);
-  EXPECT_EQ(Value::currency(Currency{15000}).currencyValue().scaled, 15000);
-  EXPECT_TRUE(Value::boolean(true).booleanValue());
-  EXPECT_EQ(Value::string(u"中文").stringValue(), u"中文");
-  EXPECT_TRUE(Value::object(nullptr).isObject());
-}
 
 TEST(Value, NumberTypeExcludesBooleanAndDate) {
   const struct {
@@ -33,24 +19,6 @@ TEST(Value, NumberTypeExcludesBooleanAndDate) {
   for (const auto& c : cases) {
     EXPECT_EQ(c.v.isNumberType(), c.number) << typeName(c.v.type());
   }
-}
-
-TEST(Value, CopiesShareStringStorage) {
-  const Value a = Value::string(u"payroll");
-  const Value b = a;  // NOLINT(performance-unnecessary-copy-initialization)
-  EXPECT_EQ(&a.stringValue(), &b.stringValue());
-  Value moved = std::move(Value(b));
-  EXPECT_EQ(moved.stringValue(), u"payroll");
-}
-
-TEST(Value, TypeNames) {
-  const std::pair<VarType, std::string_view> cases[] = {
-      {VarType::Empty, "Empty"},   {VarType::Null, "Null"},     {VarType::Integer, "Integer"},
-      {VarType::Long, "Long"},     {VarType::Double, "Double"}, {VarType::Currency, "Currency"},
-      {VarType::Date, "Date"},     {VarType::String, "String"}, {VarType::Boolean, "Boolean"},
-      {VarType::Object, "Object"}, {VarType::Array, "Array"},
-  };
-  for (const auto& [t, name] : cases) EXPECT_EQ(typeName(t), name);
 }
 
 TEST(Array, BoundsAndRowMajorIndexing) {
@@ -116,17 +84,13 @@ TEST(Utf8, InvalidInputBecomesReplacementCharacter) {
 }
 
 TEST(RuntimeError, NumbersCarryThePlatformTexts) {
+  // clang-format off
   const std::pair<int, std::u16string_view> cases[] = {
-      {5, u"无效的过程调用或参数"},
-      {6, u"溢出"},
-      {9, u"下标越界"},
-      {11, u"除数为零"},
-      {13, u"类型不匹配"},
-      {91, u"对象变量或 With 块变量未设置"},
-      {94, u"无效使用 Null"},
-      {424, u"要求对象"},
-      {438, u"对象不支持该属性或方法"},
+      {5, u"无效的过程调用或参数"}, {6, u"溢出"}, {9, u"下标越界"}, {11, u"除数为零"},
+      {13, u"类型不匹配"}, {91, u"对象变量或 With 块变量未设置"}, {94, u"无效使用 Null"},
+      {424, u"要求对象"}, {438, u"对象不支持该属性或方法"},
   };
+  // clang-format on
   for (const auto& [n, text] : cases) {
     EXPECT_EQ(vb::runtimeErrorText(n), text) << n;
     EXPECT_EQ(vb::RuntimeError(n).description(), text) << n;

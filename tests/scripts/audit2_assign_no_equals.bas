@@ -1,2 +1,0 @@
-DIM abc
-abc

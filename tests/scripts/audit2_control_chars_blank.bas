@@ -1,3 +1,0 @@
-DIMa
- 	 
-MSGBOX"x"

@@ -1,3 +1,0 @@
-DIM a, DIM b
-dim c ' note
-DIM x, DIM

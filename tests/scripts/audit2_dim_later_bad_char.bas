@@ -1,1 +1,0 @@
-DIM x, ab-c

@@ -1,1 +1,0 @@
-DIM a' note

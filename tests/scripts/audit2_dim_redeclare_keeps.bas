@@ -1,3 +1,0 @@
-DIM a, b
-a = 5
-DIM b, a, c

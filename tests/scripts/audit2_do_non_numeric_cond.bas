@@ -1,4 +1,0 @@
-DIM s
-s = "abc"
-Do While s
-Loop

@@ -1,3 +1,0 @@
-Do While 0
-End If
-Loop

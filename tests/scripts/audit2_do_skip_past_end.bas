@@ -1,2 +1,0 @@
-Do While 0
-MSGBOX 1

@@ -1,7 +1,0 @@
-DIM i, s
-i = 0
-s = ""
-Do Until i = 3 ' stop at three
-i = i + 1
-s = s & i
-Loop ' again

@@ -1,3 +1,0 @@
-DIM i
-Do Until(i > 1)
-Loop

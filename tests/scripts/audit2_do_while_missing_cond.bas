@@ -1,2 +1,0 @@
-Do While ' none
-Loop

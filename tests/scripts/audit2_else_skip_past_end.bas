@@ -1,3 +1,0 @@
-If True Then
-Else
-MSGBOX 1

@@ -1,3 +1,0 @@
-If 0 Then
-Else x = 1
-End If

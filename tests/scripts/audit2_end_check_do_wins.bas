@@ -1,3 +1,0 @@
-If 1 Then
-Do While 1
-MSGBOX 1

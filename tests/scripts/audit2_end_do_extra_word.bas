@@ -1,2 +1,0 @@
-Do Until 0
-End Do now

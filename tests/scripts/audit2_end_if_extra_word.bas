@@ -1,2 +1,0 @@
-If 1 Then
-End If x

@@ -1,5 +1,0 @@
-DIM a
-Do While 1
-If 1 Then
-End ' stop here
-a = 1

@@ -1,3 +1,0 @@
-If 1 Then
-Else=1
-End If

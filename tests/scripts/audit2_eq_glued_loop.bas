@@ -1,2 +1,0 @@
-Do While 1
-Loop=1

@@ -1,4 +1,0 @@
-Do While 1
-Exit Do
-End If
-Loop

@@ -1,3 +1,0 @@
-Do While 1
-Exit Do now
-Loop

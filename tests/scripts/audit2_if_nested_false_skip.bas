@@ -1,7 +1,0 @@
-If False Then
-If True Then
-MSGBOX 1
-End If
-Else
-MSGBOX 2
-End If

@@ -1,4 +1,0 @@
-DIM s
-s = "abc"
-If s Then
-End If

@@ -1,3 +1,0 @@
-DIM s
-s = "abc"
-If s Then MSGBOX 1

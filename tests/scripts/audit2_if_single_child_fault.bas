@@ -1,3 +1,0 @@
-DIM n
-n = NULL
-If 1 Then RaiseError n

@@ -1,1 +1,0 @@
-If 1 > 0 Then RaiseError "boom"

@@ -1,1 +1,0 @@
-If 1 Then If "a" Then MsgBox 1

@@ -1,2 +1,0 @@
-DIM a
-If 1 Then Do While 1

@@ -1,3 +1,0 @@
-If 0 Then
-Do Until 1
-End If

@@ -1,2 +1,0 @@
-If 0 Then
-MSGBOX 1

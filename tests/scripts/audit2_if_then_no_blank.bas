@@ -1,3 +1,0 @@
-DIM a
-If a>1Then
-End If

@@ -1,5 +1,0 @@
-DIM s
-s = 1
-Do While s
-s = "abc"
-Loop

@@ -1,3 +1,0 @@
-Do While 1
-If 1 Then
-Loop

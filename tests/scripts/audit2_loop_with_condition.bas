@@ -1,3 +1,0 @@
-DIM x
-Do While 0
-Loop While x

@@ -1,3 +1,0 @@
-DIM a
-MoveLast ' go
-a = 1

@@ -1,2 +1,0 @@
-DIM a
-MsgBox 'x

@@ -1,4 +1,0 @@
-DIM e
-MsgBox e
-MsgBox 1 > 2
-MsgBox Empty & "|"

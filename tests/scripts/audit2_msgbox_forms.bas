@@ -1,4 +1,0 @@
-MSGBOX	1 < 2
-msgbox "it's" ' c
-MsgBox NULL
-MsgBox 1/4

@@ -1,1 +1,0 @@
-raiseerror 1 = 1

@@ -1,1 +1,0 @@
-RaiseError "工资错误" ' note

@@ -1,1 +1,0 @@
-RaiseError  "a, b" & 1 + 1

@@ -1,3 +1,0 @@
-DIM n
-n = NULL
-RaiseError n

@@ -1,5 +1,0 @@
-DIM remark
-REM x = = ( !!
-  rem
-	' tab comment
-remark = 2 ' c

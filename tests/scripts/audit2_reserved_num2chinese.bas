@@ -1,2 +1,0 @@
-DIM a
-num2chinese = 1

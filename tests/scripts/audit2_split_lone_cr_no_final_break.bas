@@ -1,1 +1,0 @@
-DIM aa = 1MSGBOX a

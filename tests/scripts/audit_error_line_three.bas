@@ -1,3 +1,0 @@
-DIM a
-a = 1
-a = a + nosuch

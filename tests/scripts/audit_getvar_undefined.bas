@@ -1,2 +1,0 @@
-DIM x
-x = GetVar("nope")

@@ -1,2 +1,0 @@
-DIM x
-IF 1 THEN x = "a" < 1

@@ -1,2 +1,0 @@
-DIM x
-x = IsEmpty(1, 2)

@@ -1,2 +1,0 @@
-DIM x
-x = MaxDay(1, 2, 3)

@@ -1,2 +1,0 @@
-DIM x
-x = MID("abcdef", 1, 2, 3)

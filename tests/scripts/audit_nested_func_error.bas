@@ -1,2 +1,0 @@
-DIM x
-x = LEFT(LEFT("a"), 1)

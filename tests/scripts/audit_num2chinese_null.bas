@@ -1,2 +1,0 @@
-DIM x
-x = 大写(NULL)

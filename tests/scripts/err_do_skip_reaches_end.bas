@@ -1,1 +1,0 @@
-Do While 0

@@ -1,3 +1,0 @@
-If True Then
-Else
-n = 1

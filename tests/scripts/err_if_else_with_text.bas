@@ -1,3 +1,0 @@
-If True Then
-Else x = 1
-End If

@@ -1,2 +1,0 @@
-If True Then
-End If x

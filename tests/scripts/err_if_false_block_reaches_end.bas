@@ -1,2 +1,0 @@
-If False Then
-n = 1

@@ -1,2 +1,0 @@
-DIM n
-If 1 Then y = 1

@@ -1,5 +1,0 @@
-DIM c
-If False Then
-Do While c
-Loop
-End If

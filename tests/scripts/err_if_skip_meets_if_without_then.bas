@@ -1,3 +1,0 @@
-If False Then
-If a
-End If

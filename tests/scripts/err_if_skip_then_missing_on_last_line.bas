@@ -1,2 +1,0 @@
-If False Then
-If a

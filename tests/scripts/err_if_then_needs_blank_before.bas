@@ -1,2 +1,0 @@
-DIM a
-If a>1Then

@@ -1,2 +1,0 @@
-DIM s
-If s = "abc Then

@@ -1,2 +1,0 @@
-RaiseError 42
-MsgBox 1

@@ -1,3 +1,0 @@
-DIM s
-s = "Bad data"
-RaiseError s

@@ -1,2 +1,0 @@
-DIM x
-x = 1 XOR 2

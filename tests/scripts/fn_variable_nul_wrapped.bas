@@ -1,3 +1,0 @@
-DIM x, y
-x = CHR(0) & "and" & CHR(0)
-y = x

@@ -1,3 +1,0 @@
-DIM a
-a = 5
-a = UBound(a)

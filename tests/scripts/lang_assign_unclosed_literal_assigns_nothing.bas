@@ -1,3 +1,0 @@
-DIM x, n
-x = "abc
-n = 1

@@ -1,1 +1,0 @@
-dim DIM,a

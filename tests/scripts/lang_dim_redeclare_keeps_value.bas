@@ -1,3 +1,0 @@
-DIM a
-a = 5
-DIM a

@@ -1,4 +1,0 @@
-DIM n
-Do While NULL
-n = 1
-Loop

@@ -1,4 +1,0 @@
-Do While 0
-If a
-Loop
-DIM z

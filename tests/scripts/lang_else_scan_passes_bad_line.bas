@@ -1,5 +1,0 @@
-If True Then
-Else
-x#y = 1
-End If
-DIM z

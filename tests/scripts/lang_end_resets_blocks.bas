@@ -1,4 +1,0 @@
-DIM a
-If 1 Then
-End
-a = 1

@@ -1,5 +1,0 @@
-DIM a
-If 1 Then
-Do While 1
-End
-a = 1

@@ -1,4 +1,0 @@
-DIM n
-if 1 = 1 then
-n = 1
-end if

@@ -1,1 +1,0 @@
-If 1 Then MsgBox "one"

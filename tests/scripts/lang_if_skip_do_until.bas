@@ -1,5 +1,0 @@
-DIM c
-If False Then
-Do Until c
-Loop
-End If

@@ -1,3 +1,0 @@
-DIM s, n
-s = "x"
-If s <> " THEN " Then n = 1

@@ -1,2 +1,0 @@
-DIM x
-If 1 Then x = "abc

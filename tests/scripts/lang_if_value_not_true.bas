@@ -1,8 +1,0 @@
-DIM x, n
-x = 5
-n = 0
-If x Then
-  n = n + 1
-Else
-  n = n + 10
-End If

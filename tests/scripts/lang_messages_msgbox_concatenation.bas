@@ -1,4 +1,0 @@
-DIM s, x
-s = "a"
-x = 1
-MsgBox s & x

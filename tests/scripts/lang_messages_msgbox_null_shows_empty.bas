@@ -1,4 +1,0 @@
-DIM x
-x = NULL
-MsgBox x
-MsgBox 2

@@ -1,1 +1,0 @@
-MsgBox "it's" ' c

@@ -1,1 +1,0 @@
-MoveNext x

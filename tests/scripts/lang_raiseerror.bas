@@ -1,4 +1,0 @@
-DIM s
-s = "Bad data"
-RaiseError s
-MSGBOX "not shown"

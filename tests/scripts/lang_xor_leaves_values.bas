@@ -1,2 +1,0 @@
-DIM a
-a = 1 XOR 2
