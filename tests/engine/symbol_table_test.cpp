@@ -32,7 +32,7 @@ TEST(SymbolTable, SetSysVarDefinesThenOverwritesCaseInsensitively) {
   engine.SetSysVar(u"工资x", Value::lng(5));
   EXPECT_EQ(names(engine), (std::vector<std::u16string>{u"RATE", u"工资X"}));
   EXPECT_FALSE(engine.IsVarDefined(u"y"));
-  EXPECT_FALSE(engine.SymbolDefined(u"y"));
+  EXPECT_FALSE(services::SymbolDefined(engine, u"y"));
   EXPECT_EQ(engine.ErrNum(), 0);
   EXPECT_EQ(engine.ErrMsg(), u"");
 }
