@@ -7,16 +7,12 @@ set -eu
 cd "$(dirname "$0")/.."
 jobs="${KORVEX_JOBS:-2}"
 
-# The workbook interop test opens what KORVEX wrote in LibreOffice; install
-# it when missing (the test is skipped if that is not possible).
+# What the build needs, as setup.sh installs it; LibreOffice for the
+# workbook interop test (which is skipped if it cannot be installed).
+scripts/deps.sh
 if ! command -v soffice >/dev/null 2>&1; then
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
-  echo "test: installing libreoffice-calc-nogui"
-  if ! { $sudo apt-get update && $sudo env DEBIAN_FRONTEND=noninteractive \
-      apt-get install -y libreoffice-calc-nogui; }; then
+  scripts/deps.sh libreoffice-calc-nogui ||
     echo "test: could not install LibreOffice; the interop test will be skipped" >&2
-  fi
 fi
 
 if [ "${KORVEX_SANITIZE:-0}" = "1" ]; then
