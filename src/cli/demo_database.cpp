@@ -463,7 +463,7 @@ class Generator {
       for (std::size_t m = 0; m < months_.size(); ++m) {
         const bool stopped = !productActive(p, months_[m].first);
         const long finished = finished_[m * all.size() + p];
-        const long quota = std::max(100L, finished * rng_.between(85, 115) / 100 / 100 * 100);
+        const long quota = std::max(100L, finished * rng_.between(80, 105) / 100 / 100 * 100);
         insert.run({std::string(item.code), std::string(item.name),
                     static_cast<long long>(months_[m].year),
                     static_cast<long long>(months_[m].month), std::string(item.spec),

@@ -1,5 +1,10 @@
 // Assessment totals, substitute-shift wages and the work-group wage.
+#include <array>
+
+#include "datasource/source_query.hpp"
+#include "datasource/wage_functions.hpp"
 #include "datasource/wage_sql.hpp"
+#include "values/ops.hpp"
 
 namespace korvex::ds {
 namespace {
@@ -26,5 +31,77 @@ std::u16string substituteWageSql(double start, double end, std::u16string_view c
   return rangeTotal(u"工资合计", u"WA_JobData", start, end) + u" and 是否顶班 = 1 " +
          codeTest(code);
 }
+
+// ---- The functions. ----
+
+namespace {
+
+using fn::Call;
+constexpr fn::Check A = fn::Check::Any;
+
+bool isDate(const Call& call, std::size_t i) { return vb::isDate(call.arg(i), call.locale()); }
+double dateOf(const Call& call, std::size_t i) { return vb::toDate(call.arg(i), call.locale()); }
+
+Value total(const Call& call, const std::u16string& sql) {
+  return Value::dbl(queryTotal(call, sql, u"合计"));
+}
+
+std::int32_t assessmentTotal(Call& call, Value& result) {
+  std::u16string item, code;
+  if (const std::int32_t e = readText(call, 1, item)) return e;
+  if (!isDate(call, 2) || !isDate(call, 3)) return call.typeError();
+  if (const std::int32_t e = readText(call, 4, code)) return e;
+  result = total(call, assessmentSql(item, dateOf(call, 2), dateOf(call, 3), code));
+  return 0;
+}
+
+std::int32_t substituteWage(Call& call, Value& result) {
+  std::u16string code;
+  if (!isDate(call, 1) || !isDate(call, 2)) return call.typeError();
+  if (const std::int32_t e = readText(call, 3, code)) return e;
+  result = total(call, substituteWageSql(dateOf(call, 1), dateOf(call, 2), code));
+  return 0;
+}
+
+// The host database's procedure computes the group wage; the engine only
+// hands it the employee, the range and two texts of its own meaning, and
+// reads back the output parameter.
+std::int32_t workGroupWage(Call& call, Value& result) {
+  std::u16string code, first, second;
+  if (!call.arg(1).isString() || !isDate(call, 2) || !isDate(call, 3)) return call.typeError();
+  if (const std::int32_t e = readText(call, 4, first)) return e;
+  if (const std::int32_t e = readText(call, 5, second)) return e;
+  code = call.arg(1).stringValue();
+  BasicEngine& engine = call.engine();
+  const ObjectRef command = createObject(engine, u"Command");
+  setMember(command, u"ActiveConnection", Value::object(hostConnection(engine)));
+  setMember(command, u"CommandType", Value::lng(4));
+  setMember(command, u"CommandText", Value::string(u"CalcByWorkGroup"));
+  const ObjectRef parameters = objectOf(getMember(command, u"Parameters"));
+  const auto append = [&](std::int32_t direction, std::int32_t type, std::int32_t size,
+                          const Value& value) {
+    const std::array<Value, 5> args{Value::string(u""), Value::lng(type), Value::lng(direction),
+                                    Value::lng(size), value};
+    const std::array<Value, 1> parameter{callMember(command, u"CreateParameter", args)};
+    callMember(parameters, u"Append", parameter);
+  };
+  append(1, 200, 10, Value::string(code));
+  append(1, 7, 0, Value::date(dateOf(call, 2)));
+  append(1, 7, 0, Value::date(dateOf(call, 3)));
+  append(1, 200, 30, Value::string(first));
+  append(1, 200, 30, Value::string(second));
+  append(3, 5, 0, Value{});
+  callMember(command, u"Execute");
+  const std::array<Value, 1> last{Value::lng(5)};
+  const ObjectRef output = objectOf(getMember(parameters, u"Item", last));
+  result = Value::dbl(vb::toDouble(getMember(output, u"Value"), call.locale()));
+  return 0;
+}
+
+}  // namespace
+
+const fn::FunctionDescriptor kWaKaoHeHj{u"_考核项目合计", 3, 4, {A, A, A}, assessmentTotal};
+const fn::FunctionDescriptor kWaDingBanHj{u"_顶班工资合计", 2, 3, {A, A, A}, substituteWage};
+const fn::FunctionDescriptor kWaCalcByWorkGroup{u"_班组工资", 3, 5, {A, A, A}, workGroupWage};
 
 }  // namespace korvex::ds

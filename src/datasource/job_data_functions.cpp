@@ -1,6 +1,8 @@
 // Job-data wage aggregates: department wage totals and averages from a
 // monthly wage table, piece-rate wages and output values from WA_JobData.
+#include "datasource/wage_functions.hpp"
 #include "datasource/wage_sql.hpp"
+#include "values/ops.hpp"
 
 namespace korvex::ds {
 namespace {
@@ -83,5 +85,89 @@ std::u16string outputValueSql(const Period& p, std::u16string_view product) {
   if (product.empty()) return head + u" From WA_JobData  WHERE " + between(p) + u") ";
   return head + u" From WA_JobData  WHERE " + productTest + u" AND (" + between(p) + u") ";
 }
+
+// ---- The functions. ----
+
+namespace {
+
+using fn::Call;
+using fn::Check;
+constexpr Check A = Check::Any;
+
+Value total(const Call& call, const std::u16string& sql, std::u16string_view field) {
+  return Value::dbl(queryTotal(call, sql, field));
+}
+
+// Year and month: numeric (else 4), then not below 0 (else 6).
+std::int32_t departmentWage(Call& call, Value& result, bool average) {
+  for (std::size_t i = 1; i <= 2; ++i) {
+    if (!vb::isNumeric(call.arg(i), call.locale())) return call.typeError();
+    if (vb::toDouble(call.arg(i), call.locale()) < 0) return call.countError();
+  }
+  std::u16string dept, item;
+  if (const std::int32_t e = readText(call, 3, dept)) return e;
+  if (const std::int32_t e = readText(call, 4, item)) return e;
+  const std::u16string table = wageTableName(vb::toInteger(call.arg(1), call.locale()),
+                                             vb::toInteger(call.arg(2), call.locale()));
+  result =
+      total(call, departmentWageSql(average, item, table, dept), average ? u"WA_AVG" : u"WA_Total");
+  return 0;
+}
+
+std::int32_t departmentTotal(Call& call, Value& result) {
+  return departmentWage(call, result, false);
+}
+std::int32_t departmentAverage(Call& call, Value& result) {
+  return departmentWage(call, result, true);
+}
+
+// An optional argument converted to text whatever its type.
+std::u16string optionalText(const Call& call, std::size_t i) {
+  return i <= call.count() ? vb::toString(call.arg(i), call.locale()) : std::u16string();
+}
+
+std::int32_t pieceWage(Call& call, Value& result) {
+  Period p;
+  if (const std::int32_t e = readPeriod(call, 1, p)) return e;
+  result = total(call, pieceWageSql(p, optionalText(call, 3)), u"合计");
+  return 0;
+}
+
+std::int32_t departmentPieceWage(Call& call, Value& result) {
+  Period p;
+  std::u16string dept;
+  if (const std::int32_t e = readPeriod(call, 1, p)) return e;
+  if (const std::int32_t e = readText(call, 3, dept)) return e;
+  result = total(call, departmentPieceWageSql(p, dept), u"合计");
+  return 0;
+}
+
+std::int32_t processPieceWage(Call& call, Value& result) {
+  Period p;
+  std::u16string product, process, code;
+  if (const std::int32_t e = readPeriod(call, 1, p)) return e;
+  if (const std::int32_t e = readText(call, 3, product)) return e;
+  if (const std::int32_t e = readText(call, 4, process)) return e;
+  if (const std::int32_t e = readText(call, 5, code)) return e;
+  result = total(call, processPieceWageSql(p, product, process, code), u"合计");
+  return 0;
+}
+
+std::int32_t outputValue(Call& call, Value& result) {
+  Period p;
+  if (const std::int32_t e = readPeriod(call, 1, p)) return e;
+  result = total(call, outputValueSql(p, optionalText(call, 3)), u"产值");
+  return 0;
+}
+
+}  // namespace
+
+const fn::FunctionDescriptor kWaTotal{u"_部门工资合计", 4, 4, {A, A, A}, departmentTotal};
+const fn::FunctionDescriptor kWaAvg{u"_部门平均工资", 4, 4, {A, A, A}, departmentAverage};
+const fn::FunctionDescriptor kWaJJgzSum{u"_计件工资额", 2, 3, {A, A, A}, pieceWage};
+const fn::FunctionDescriptor kWaJJSumByDept{
+    u"_部门计件工资额", 3, 3, {A, A, A}, departmentPieceWage};
+const fn::FunctionDescriptor kWaJjSumIndex{u"_工序计件工资额", 3, 5, {A, A, A}, processPieceWage};
+const fn::FunctionDescriptor kWaValue{u"_产品产值", 2, 3, {A, A, A}, outputValue};
 
 }  // namespace korvex::ds

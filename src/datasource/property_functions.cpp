@@ -1,5 +1,14 @@
 // Employee and product properties and the head count of a department.
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <unordered_map>
+
+#include "datasource/source_query.hpp"
+#include "datasource/wage_functions.hpp"
 #include "datasource/wage_sql.hpp"
+#include "values/ops.hpp"
+#include "values/runtime_error.hpp"
 
 namespace korvex::ds {
 
@@ -21,5 +30,117 @@ std::u16string productPropertySql(std::u16string_view product, bool byCode, std:
                                : u"select * from WA_WorkClass where 产品名称='") +
          std::u16string(product) + u"' and 年 = " + decimal(year) + u" and 月 = " + decimal(month);
 }
+
+// ---- The functions. ----
+
+namespace {
+
+using fn::Call;
+constexpr fn::Check A = fn::Check::Any;
+
+struct Alias {
+  std::u16string_view name;  // as a formula writes it, upper case
+  std::u16string_view column;
+};
+
+// The names a formula may use for the columns of Employes.
+constexpr Alias kEmployeeColumns[] = {
+    {u"工号", u"cCode"},          {u"姓名", u"cName"},
+    {u"性别", u"cSex"},           {u"身份证号", u"cID"},
+    {u"部门编号", u"cDeptCode"},  {u"帐号", u"cCardNum"},
+    {u"工种", u"cWkClass"},       {u"岗位", u"cGangWei"},
+    {u"入职时间", u"dInTime"},    {u"入职日期", u"dInTime"},
+    {u"进厂日期", u"dInTime"},    {u"停发日期", u"dGZTFTime"},
+    {u"停发时间", u"dGZTFTime"},  {u"工资停发日期", u"dGZTFTime"},
+    {u"备注", u"cMemo"},          {u"是否外籍", u"bForeign"},
+    {u"开户行编号", u"cBankID"},  {u"首次调动日期", u"dFstMoveDate"},
+    {u"学历", u"cEducation"},     {u"职务", u"cZhiWu"},
+    {u"生日", u"dBirthday"},      {u"出生日期", u"dBirthday"},
+    {u"EMAIL", u"email"},         {u"电子邮件", u"email"},
+    {u"家庭住址", u"cHome"},      {u"城市", u"cCity"},
+    {u"国籍", u"cCountry"},       {u"办公电话", u"cOffTel"},
+    {u"紧急联络人", u"cContact"}, {u"联系人", u"cContact"},
+    {u"联络人", u"cContact"},     {u"身高", u"height"},
+    {u"体重", u"weight"},         {u"发色", u"HairColor"},
+    {u"肤色", u"SkinColor"},      {u"婚姻状况", u"MarriageStatus"},
+    {u"离职否", u"bLeave"},       {u"是否离职", u"bLeave"},
+    {u"离职", u"bLeave"},
+};
+
+[[noreturn]] void unknownProperty(std::u16string_view name) {
+  throw vb::RuntimeError(10003, u"不存在的属性名称:" + std::u16string(name));
+}
+
+// From here on a failure of the database gives Null, not an error.
+Value columnOfFirstRow(Call& call, const std::u16string& sql, std::u16string_view column) {
+  return queryFieldOrFallback(call.engine(), sql, column, Value::null());
+}
+
+std::int32_t employeeProperty(Call& call, Value& result) {
+  if (!call.arg(1).isString()) return call.typeError();
+  const std::u16string name = vb::toString(call.arg(2), call.locale());
+  const std::u16string key = vb::upperCase(name);
+  const auto* alias = std::find_if(std::begin(kEmployeeColumns), std::end(kEmployeeColumns),
+                                   [&](const Alias& a) { return a.name == key; });
+  if (alias == std::end(kEmployeeColumns)) unknownProperty(name);
+  result = columnOfFirstRow(call, employeePropertySql(call.arg(1).stringValue()), alias->column);
+  return 0;
+}
+
+std::int32_t employeeCount(Call& call, Value& result) {
+  const auto isBoolean = [&](std::size_t i) { return call.arg(i).type() == VarType::Boolean; };
+  if (!call.arg(1).isString() || !isBoolean(2) || !isBoolean(3)) {
+    return call.typeError();
+  }
+  const std::u16string sql = employeeCountSql(call.arg(1).stringValue(), call.arg(2).booleanValue(),
+                                              call.arg(3).booleanValue());
+  // The count has no name of its own: the first field. Any failure counts 0.
+  try {
+    const Value count =
+        currentField(executeOnHost(call.engine(), sql), Value::lng(0), Value::dbl(0));
+    result = Value::dbl(vb::toDouble(count, call.locale()));
+  } catch (...) {
+    result = Value::dbl(0);
+  }
+  return 0;
+}
+
+// The product's columns, each under its own name, and bStop also as
+// 是否停用; read from the table itself so that any property a site added to
+// WA_WorkClass can be asked for.
+std::unordered_map<std::u16string, std::u16string> productColumns(Call& call) {
+  std::unordered_map<std::u16string, std::u16string> names;
+  const ObjectRef fields =
+      objectOf(getMember(executeOnHost(call.engine(), kProductColumnsSql), u"Fields"));
+  const std::int32_t count = vb::toLong(getMember(fields, u"Count"), call.locale());
+  for (std::int32_t i = 0; i < count; ++i) {
+    const std::array<Value, 1> index{Value::lng(i)};
+    const std::u16string column = vb::toString(
+        getMember(objectOf(getMember(fields, u"Item", index)), u"Name"), call.locale());
+    names.emplace(vb::upperCase(column), column);
+    if (vb::upperCase(column) == u"BSTOP") names.emplace(u"是否停用", column);
+  }
+  return names;
+}
+
+std::int32_t productProperty(Call& call, Value& result) {
+  const Locale& loc = call.locale();
+  const std::u16string product = vb::toString(call.arg(1), loc);
+  const std::u16string name = vb::toString(call.arg(2), loc);
+  const std::int16_t year = vb::toInteger(call.arg(3), loc);
+  const std::int16_t month = vb::toInteger(call.arg(4), loc);
+  const auto names = productColumns(call);
+  const auto column = names.find(vb::upperCase(name));
+  if (column == names.end()) unknownProperty(name);
+  const bool byCode = vb::isNumeric(call.arg(1), loc);
+  result = columnOfFirstRow(call, productPropertySql(product, byCode, year, month), column->second);
+  return 0;
+}
+
+}  // namespace
+
+const fn::FunctionDescriptor kEmployesProperty{u"_员工属性", 2, 2, {A, A, A}, employeeProperty};
+const fn::FunctionDescriptor kEmployesCount{u"_员工人数", 3, 3, {A, A, A}, employeeCount};
+const fn::FunctionDescriptor kProductProperty{u"_产品属性", 4, 4, {A, A, A}, productProperty};
 
 }  // namespace korvex::ds

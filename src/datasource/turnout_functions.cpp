@@ -3,6 +3,7 @@
 // process index, and only a group whose index is marked as the product's
 // last step (wa_workindex.bEnd = 1) is kept. A product thus counts each
 // finished piece once, however many steps it went through.
+#include "datasource/wage_functions.hpp"
 #include "datasource/wage_sql.hpp"
 
 namespace korvex::ds {
@@ -24,5 +25,29 @@ std::u16string turnoutSql(const Period& p, std::u16string_view product,
          u"WHERE w.产品名称 = WA_JobData.产品名称 AND w.cWkIndex = WA_JobData.cWkIndex "
          u"AND w.bEnd = 1)";
 }
+
+// ---- The functions. ----
+
+namespace {
+
+using fn::Call;
+constexpr fn::Check A = fn::Check::Any;
+
+// Period, product and (for a process) the process index, all tested as the
+// piece-rate functions test theirs.
+std::int32_t turnout(Call& call, Value& result) {
+  Period p;
+  std::u16string product, process;
+  if (const std::int32_t e = readPeriod(call, 1, p)) return e;
+  if (const std::int32_t e = readText(call, 3, product)) return e;
+  if (const std::int32_t e = readText(call, 4, process)) return e;
+  result = Value::dbl(queryTotal(call, turnoutSql(p, product, process), u"产量"));
+  return 0;
+}
+
+}  // namespace
+
+const fn::FunctionDescriptor kWaTurnout{u"_产品产量", 3, 3, {A, A, A}, turnout};
+const fn::FunctionDescriptor kWaTurnoutIndex{u"_工序产量", 4, 4, {A, A, A}, turnout};
 
 }  // namespace korvex::ds

@@ -2,6 +2,7 @@
 // text their SQL is made of.
 #include <cstdio>
 
+#include "datasource/source_query.hpp"
 #include "datasource/wage_sql.hpp"
 #include "functions/protocol.hpp"
 #include "values/calendar.hpp"
@@ -38,13 +39,19 @@ std::int32_t readText(const fn::Call& call, std::size_t i, std::u16string& text)
   return 0;
 }
 
+double queryTotal(const fn::Call& call, std::u16string_view sql, std::u16string_view field) {
+  const Value v = queryField(call.engine(), sql, field, Value::dbl(0));
+  return vb::toDouble(v, call.locale());
+}
+
 std::u16string decimal(long long n) {
   const std::string digits = std::to_string(n);
   return std::u16string(digits.begin(), digits.end());
 }
 
+// Rounded to the second first, as the platform formats a date.
 std::u16string monthDayYear(double serial) {
-  const vb::CivilDate d = vb::civilFromDays(vb::serialDays(serial));
+  const vb::DateTimeParts d = vb::splitSerial(serial);
   char text[16];
   std::snprintf(text, sizeof text, "%02d/%02d/%04d", d.month, d.day, d.year);
   return std::u16string(text, text + 10);

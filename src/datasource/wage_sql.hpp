@@ -34,6 +34,10 @@ std::int32_t readPeriod(const fn::Call& call, std::size_t first, Period& period)
 /// argument beyond the count reads as "".
 std::int32_t readText(const fn::Call& call, std::size_t i, std::u16string& text);
 
+/// Runs the text on the host's connection and reads `field` of the first
+/// row as a Double; 0 at EOF or for Null. A database failure ends the run.
+double queryTotal(const fn::Call& call, std::u16string_view sql, std::u16string_view field);
+
 /// A date serial written "mm/dd/yyyy".
 std::u16string monthDayYear(double serial);
 /// A whole number as decimal text.

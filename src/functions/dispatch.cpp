@@ -1,6 +1,7 @@
 // CallFunction: from a class identity to its descriptor.
 #include "datasource/cell_functions.hpp"
 #include "datasource/sql_descriptors.hpp"
+#include "datasource/wage_functions.hpp"
 #include "functions/function_call.hpp"
 #include "functions/function_descriptors.hpp"
 
@@ -9,8 +10,7 @@ namespace {
 
 using namespace fn;
 
-// The general, SQL and cell functions; the other data-source classes
-// (wage domain) are not here yet and answer as unavailable.
+// Every class: the general, SQL, cell and wage-domain functions.
 const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
   switch (cls) {
     // clang-format off
@@ -56,6 +56,20 @@ const FunctionDescriptor* descriptorOf(FunctionClass cls) noexcept {
     case FunctionClass::GetCell: return &kGetCell;
     case FunctionClass::SetCell: return &kSetCell;
     case FunctionClass::SetCellFormula: return &kSetCellFormula;
+    case FunctionClass::WA_Total: return &ds::kWaTotal;
+    case FunctionClass::WA_AVG: return &ds::kWaAvg;
+    case FunctionClass::WA_JJgzSum: return &ds::kWaJJgzSum;
+    case FunctionClass::WA_JJSumByDept: return &ds::kWaJJSumByDept;
+    case FunctionClass::WA_jjSum_Index: return &ds::kWaJjSumIndex;
+    case FunctionClass::WA_Value: return &ds::kWaValue;
+    case FunctionClass::WA_KaoHe_Hj: return &ds::kWaKaoHeHj;
+    case FunctionClass::WA_DingBanHj: return &ds::kWaDingBanHj;
+    case FunctionClass::WA_CalcByWorkGroup: return &ds::kWaCalcByWorkGroup;
+    case FunctionClass::EmployesProperty: return &ds::kEmployesProperty;
+    case FunctionClass::EmployesCount: return &ds::kEmployesCount;
+    case FunctionClass::ProductProperty: return &ds::kProductProperty;
+    case FunctionClass::WA_Turnout: return &ds::kWaTurnout;
+    case FunctionClass::WA_Turnout_Index: return &ds::kWaTurnoutIndex;
     // clang-format on
     default:
       return nullptr;
