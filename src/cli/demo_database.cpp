@@ -157,8 +157,8 @@ struct Process {
 struct Product {
   const char* code;
   const char* name;
-  const char* spec;
-  int valueCents;  // output value per finished piece
+  const char* size;  // 规格: the product's size or model
+  int valueCents;    // output value per finished piece
   std::vector<Process> processes;
 };
 
@@ -466,7 +466,7 @@ class Generator {
         const long quota = std::max(100L, finished * rng_.between(80, 105) / 100 / 100 * 100);
         insert.run({std::string(item.code), std::string(item.name),
                     static_cast<long long>(months_[m].year),
-                    static_cast<long long>(months_[m].month), std::string(item.spec),
+                    static_cast<long long>(months_[m].month), std::string(item.size),
                     std::string("件"), money(item.valueCents), static_cast<long long>(quota),
                     money(item.valueCents / 100), std::string(item.processes.back().index),
                     static_cast<long long>(stopped ? 1 : 0)});

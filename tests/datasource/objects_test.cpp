@@ -119,14 +119,14 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   ASSERT_TRUE(cmd->setProperty(u"CommandType", {}, Value::lng(4)).ok());
   ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"CalcByWorkGroup")).ok());
   const ObjectRef params = objectIn(cmd->getProperty(u"Parameters", {}));
-  const std::vector<std::array<Value, 5>> specs = {
+  const std::vector<std::array<Value, 5>> parameters = {
       {Value::string(u"code"), Value::lng(200), Value::lng(1), Value::lng(10),
        Value::string(u"001")},
       {Value::string(u"k"), Value::lng(5), Value::lng(1), Value{}, Value::dbl(2)},
       {Value::string(u"out"), Value::lng(5), Value::lng(3), Value{}, Value{}},
       {Value::string(u"tag"), Value::lng(200), Value::lng(2), Value::lng(10), Value{}}};
-  for (const auto& spec : specs) {
-    const ObjectRef p = objectIn(cmd->callMethod(u"CreateParameter", spec));
+  for (const auto& arguments : parameters) {
+    const ObjectRef p = objectIn(cmd->callMethod(u"CreateParameter", arguments));
     const std::array<Value, 1> one{Value::object(p)};
     ASSERT_TRUE(params->callMethod(u"Append", one).ok());
   }
