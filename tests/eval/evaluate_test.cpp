@@ -197,7 +197,7 @@ INSTANTIATE_TEST_SUITE_P(Evaluation, FailsWith, ::testing::ValuesIn(kEvaluationE
 const ErrorCase kFunctionErrors[] = {
     {"LEFT(\"abc\")", 6, "错误的参数表达式或参数个数{函数:Left(\"abc\")}", nullptr},
     {"_部门工资合计(1)", 6, "错误的参数表达式或参数个数{函数:_部门工资合计(1)}", nullptr},
-    {"计件工资额(1, 2)", 6, "错误的参数表达式或参数个数{函数:_计件工资额(1, 2)}", nullptr},
+    {"计件工资额(1)", 6, "错误的参数表达式或参数个数{函数:_计件工资额(1)}", nullptr},
     {"getcell(1)", 6, "错误的参数表达式或参数个数{函数:GetCell(1)}", nullptr},
     {"LEFT + 1", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
     {"LEFT(\"abc\", (1)", 25, "括号不匹配", nullptr},
