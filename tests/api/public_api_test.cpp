@@ -10,7 +10,6 @@
 
 #include "korvex/engine.hpp"
 #include "korvex/host_function.hpp"
-#include "korvex/memory_recordset.hpp"
 
 namespace korvex {
 namespace {
@@ -37,17 +36,7 @@ TEST(PublicApi, BadArgumentsAreReportedNotThrown) {
       {"bad first word", [](BasicEngine& e) { (void)e.WhatSTMT(u"a#b = 1"); }, 3},
       {"undefined variable read", [](BasicEngine& e) { (void)e.GetVarValue(u"nope"); }, 5},
       {"undefined variable write", [](BasicEngine& e) { e.Vaule(u"nope", Value()); }, 5},
-      {"move without a record", [](BasicEngine& e) { (void)e.MoveNext(); }, 102},
-      {"EOF without a record", [](BasicEngine& e) { (void)e.Eof(); }, 102},
       {"field without a record", [](BasicEngine& e) { (void)e.GetFieldValue(Value::string(u"x")); },
-       102},
-      {"field write without a record",
-       [](BasicEngine& e) { (void)e.ChangeField(Value::lng(0), Value()); }, 102},
-      {"unknown field",
-       [](BasicEngine& e) {
-         e.SetRecordSet(std::make_shared<MemoryRecordset>(std::vector<std::u16string>{u"A"}));
-         (void)e.GetFieldValue(Value::string(u"missing"));
-       },
        102},
       {"bad expression", [](BasicEngine& e) { (void)e.Evaluate(u"1 +"); }, 51},
       {"hook that throws",

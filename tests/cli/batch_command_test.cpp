@@ -96,18 +96,6 @@ TEST(BatchCommand, WritesSucceedingRowsTheSameForAnyNumberOfThreads) {
   }
 }
 
-TEST(BatchCommand, DryRunWritesNothing) {
-  const Files f = makeFiles("dry");
-  BatchOptions o = options(f);
-  o.dryRun = true;
-  const Outcome r = run(o);
-  EXPECT_EQ(r.status, kExitScriptFailed);
-  EXPECT_NE(r.out.find(R"("changedRows": 5, "changedFields": 5, "dryRun": true)"),
-            std::string::npos)
-      << r.out;
-  EXPECT_EQ(wages(f.db), kUnchanged);
-}
-
 TEST(BatchCommand, UsageErrors) {
   const Files f = makeFiles("usage");
   struct Case {

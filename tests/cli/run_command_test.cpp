@@ -86,26 +86,23 @@ TEST(RunScript, ConsoleModePrintsMessagesAndTheError) {
   EXPECT_EQ(r.err, "\xE9\x94\x99\xE8\xAF\xAF 2000: bad : \xE8\xA1\x8C\xE5\x8F\xB7 2\n");
 }
 
+// A missing script, and a directory that opens but whose read fails (no
+// empty script): neither runs anything.
 TEST(RunScript, UnreadableScriptIsAUsageError) {
-  RunOptions o;
-  o.script = testing::TempDir() + "/no/such/dir/x.bas";
-  const RunResult r = run(o);
-  EXPECT_EQ(r.status, kExitUsage);
-  EXPECT_EQ(r.out, "");
-  EXPECT_NE(r.err.find("无法打开"), std::string::npos) << r.err;
-  EXPECT_NE(r.err.find("文件不存在"), std::string::npos) << r.err;
-}
-
-TEST(RunScript, AScriptThatOpensButCannotBeReadRunsNothing) {
-  // A directory opens, and its read fails: that is no empty script.
-  RunOptions o;
-  o.script = testing::TempDir();
-  o.json = true;
-  const RunResult r = run(o);
-  EXPECT_EQ(r.status, kExitUsage);
-  EXPECT_EQ(r.out, "");
-  EXPECT_NE(r.err.find("无法读取"), std::string::npos) << r.err;
-  EXPECT_NE(r.err.find("是一个目录"), std::string::npos) << r.err;
+  const struct {
+    std::string path;
+    const char *verb, *reason;
+  } kCases[] = {{testing::TempDir() + "/no/such/dir/x.bas", "无法打开", "文件不存在"},
+                {testing::TempDir(), "无法读取", "是一个目录"}};
+  for (const auto& c : kCases) {
+    RunOptions o;
+    o.script = c.path;
+    const RunResult r = run(o);
+    EXPECT_EQ(r.status, kExitUsage);
+    EXPECT_EQ(r.out, "");
+    EXPECT_NE(r.err.find(c.verb), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find(c.reason), std::string::npos) << r.err;
+  }
 }
 
 TEST(RunScript, AnOutcomeThatCannotBeWrittenIsNoSuccess) {

@@ -88,36 +88,6 @@ TEST_F(WorkbookOption, SheetAndSaveTargets) {
   EXPECT_EQ(cell(make.workbook, 3, 3), "7");
 }
 
-TEST_F(WorkbookOption, AQueryResultLandsAsItsRowsAndColumns) {
-  RunOptions o;
-  o.db = file("pay.db");
-  std::ofstream(o.db).close();
-  o.workbook = file("query.xlsx");
-  std::string out;
-  ASSERT_EQ(run(o,
-                "DIM r\r\n"
-                "r = DoSQL(\"create table t (工号 text, 姓名 text, 工资 money)\")\r\n"
-                "r = DoSQL(\"insert into t values ('0012', '张三', 3000)\")\r\n"
-                "r = DoSQL(\"insert into t values ('0013', '李四', 3100.5)\")\r\n"
-                "r = SETCELL(\"B\", 2, \"旧\")\r\n"
-                "r = SETCELL(\"D\", 1, \"旧\")\r\n"
-                "r = SETCELL(\"A\", 1, DoSqlEx(\"select * from t order by 工号\", TRUE))\r\n",
-                &out),
-            kExitSuccess)
-      << out;
-  // The header row and two records fill A1:C3; the spare row and column of
-  // the array are not written.
-  const char* kExpected[4][4] = {{"工号", "姓名", "工资", "旧"},
-                                 {"0012", "张三", "3000", ""},
-                                 {"0013", "李四", "3100.5", ""},
-                                 {"", "", "", ""}};
-  for (std::int32_t r = 0; r < 4; ++r) {
-    for (std::int32_t c = 0; c < 4; ++c) {
-      EXPECT_EQ(cell(o.workbook, r + 1, c + 1), kExpected[r][c]) << r + 1 << "," << c + 1;
-    }
-  }
-}
-
 TEST_F(WorkbookOption, UnusableWorkbookOrSheetRunsNothing) {
   std::ofstream(file("text.xlsx")) << "plain text";
   RunOptions bad;

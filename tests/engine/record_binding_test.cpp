@@ -99,28 +99,6 @@ TEST(RecordBinding, ChangeFieldWithoutARecordFails) {
   EXPECT_EQ(engine.ErrMsg(), u"对象变量或 With 块变量未设置\r\n错误源:BasicEngine/ChangeField.");
 }
 
-TEST(RecordBinding, MovesWalkTheRowsAndFailPastTheEnds) {
-  auto rs = staff();
-  BasicEngine engine;
-  engine.SetRecordSet(rs);
-  EXPECT_FALSE(engine.BOF());
-  EXPECT_TRUE(engine.MoveNext());
-  EXPECT_TRUE(engine.MoveNext());
-  EXPECT_TRUE(engine.MoveNext());
-  EXPECT_TRUE(engine.Eof());
-  EXPECT_EQ(engine.ErrNum(), 0);
-  EXPECT_FALSE(engine.MoveNext());
-  EXPECT_EQ(engine.ErrNum(), 102);
-  EXPECT_EQ(engine.ErrMsg(), kNoCurrent);
-
-  engine.SetErrNum(0);
-  EXPECT_TRUE(engine.MoveFirst());
-  EXPECT_TRUE(engine.MovePrevious());
-  EXPECT_TRUE(engine.BOF());
-  EXPECT_FALSE(engine.MovePrevious());
-  EXPECT_EQ(engine.ErrNum(), 102);
-}
-
 TEST(RecordBinding, EveryMemberFailsWithoutARecord) {
   using Member = bool (BasicEngine::*)();
   const Member members[] = {&BasicEngine::MoveFirst,    &BasicEngine::MoveNext,

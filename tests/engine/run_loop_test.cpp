@@ -111,21 +111,13 @@ TEST_P(RunErrorTest, NumberDescriptionAndLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     LoopErrors, RunErrorTest,
-    ::testing::Values(
-        ErrorCase{u"Do", 1, u"语法错 : 行号 1", 1},
-        ErrorCase{u"' one\r\n\r\nEnd Loop", 1, u"语法错 : 行号 3", 3},
-        ErrorCase{u"Exit Sub", 1, u"语法错 : 行号 1", 1},
-        ErrorCase{u"'\nExit For", 19, u"不能识别的语句 : 行号 2", 2},
-        ErrorCase{u"AddRecord", 19, u"不能识别的语句 : 行号 1", 1},
-        ErrorCase{u"删除记录", 19, u"不能识别的语句 : 行号 1", 1},
-        ErrorCase{u"For i = 1 To 3", kEngineError, u"非法使用关键字,期待语句 : 行号 1", 1},
-        ErrorCase{u"'\r\n  a#b = 1", kEngineError, u"错误的符号或变量名称#' : 行号 2", 2},
-        ErrorCase{u"1x = 2", kEngineError, u"错误的符号或变量名称 : 行号 1", 1},
-        ErrorCase{u"MoveNext x", kEngineError, u"语法错 : 行号 1", 1},
-        ErrorCase{u"MoveNext", 102, u"对象变量或 With 块变量未设置 : 行号 1", 1},
-        ErrorCase{u"' fine\r\n移至顶部", 102, u"对象变量或 With 块变量未设置 : 行号 2", 2},
-        // The bare keyword leaves a negative length for its argument text.
-        ErrorCase{u"RaiseError", 5, u"无效的过程调用或参数", 1}));
+    ::testing::Values(ErrorCase{u"删除记录", 19, u"不能识别的语句 : 行号 1", 1},
+                      ErrorCase{u"1x = 2", kEngineError, u"错误的符号或变量名称 : 行号 1", 1},
+                      ErrorCase{u"MoveNext", 102, u"对象变量或 With 块变量未设置 : 行号 1", 1},
+                      ErrorCase{u"' fine\r\n移至顶部", 102,
+                                u"对象变量或 With 块变量未设置 : 行号 2", 2},
+                      // The bare keyword leaves a negative length for its argument text.
+                      ErrorCase{u"RaiseError", 5, u"无效的过程调用或参数", 1}));
 
 INSTANTIATE_TEST_SUITE_P(EndStatement, RunErrorTest,
                          ::testing::Values(ErrorCase{u"'a\r\nEnd\r\nDo", 0, u"", 2},

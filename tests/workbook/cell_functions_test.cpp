@@ -7,18 +7,11 @@
 #include "functions/function_call.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/workbook.hpp"
-#include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 #include "workbook_fixture.hpp"
 
 namespace korvex::testing {
 namespace {
-
-std::string describe(const Value& v) {
-  std::string out(typeName(v.type()));
-  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
-  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
-}
 
 class CellFunctions : public ::testing::Test {
  protected:

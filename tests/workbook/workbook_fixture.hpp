@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 
+#include "values/ops.hpp"
 #include "workbook/zip_package.hpp"
 
 namespace korvex::testing {
@@ -103,6 +104,13 @@ inline std::map<std::string, std::string> sampleParts() {
                                   "><sheetData><row r=\"1\"><c r=\"A1\"><v>7</v></c></row>"
                                   "</sheetData></worksheet>";
   return p;
+}
+
+/// "Type:text" of a value, the type alone where there is no text.
+inline std::string describe(const Value& v) {
+  std::string out(typeName(v.type()));
+  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
+  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
 }
 
 /// A private directory removed after the test.

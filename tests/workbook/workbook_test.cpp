@@ -7,17 +7,10 @@
 #include <array>
 #include <filesystem>
 
-#include "values/ops.hpp"
 #include "workbook_fixture.hpp"
 
 namespace korvex::testing {
 namespace {
-
-std::string describe(const Value& v) {
-  std::string out(typeName(v.type()));
-  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
-  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
-}
 
 ObjectRef object(const DispatchResult& r) {
   EXPECT_TRUE(r.ok()) << toUtf8(r.description);
