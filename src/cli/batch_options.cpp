@@ -1,6 +1,7 @@
 // The command line of `korvex batch`.
 #include <charconv>
 
+#include "cli/argument_cursor.hpp"
 #include "cli/options.hpp"
 
 namespace korvex::cli {
@@ -10,27 +11,7 @@ namespace {
 // More threads than this only queue up behind the single writer.
 constexpr unsigned kMaxJobs = 64;
 
-struct BatchParser {
-  std::span<const std::string_view> args;
-  std::size_t next = 0;
-  CommandLine result;
-
-  bool fail(std::string message) {
-    result.action = CommandLine::Action::Error;
-    result.error = std::move(message);
-    return false;
-  }
-
-  std::optional<std::string_view> value(std::string_view option,
-                                        std::optional<std::string_view> inlineValue) {
-    if (inlineValue) return inlineValue;
-    if (next >= args.size()) {
-      fail("选项 " + std::string(option) + " 需要一个值");
-      return std::nullopt;
-    }
-    return args[next++];
-  }
-
+struct BatchParser : ArgumentCursor {
   bool flag(std::string_view name, std::optional<std::string_view> inlineValue, bool& target) {
     if (inlineValue) return fail("选项 " + std::string(name) + " 不带值");
     target = true;
@@ -113,7 +94,7 @@ struct BatchParser {
 }  // namespace
 
 CommandLine parseBatchArguments(std::span<const std::string_view> args) {
-  BatchParser p{args, 0, {}};
+  BatchParser p{{args, 0, {}}};
   p.parse();
   return std::move(p.result);
 }

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "cli/argument_cursor.hpp"
 #include "korvex/locale.hpp"
 
 namespace korvex::cli {
@@ -61,28 +62,7 @@ std::string_view trimBlanks(std::string_view s) {
   return s;
 }
 
-struct Parser {
-  std::span<const std::string_view> args;
-  std::size_t next = 0;
-  CommandLine result;
-
-  bool fail(std::string message) {
-    result.action = CommandLine::Action::Error;
-    result.error = std::move(message);
-    return false;
-  }
-
-  // The value of an option given as "--opt VALUE" or "--opt=VALUE".
-  std::optional<std::string_view> value(std::string_view option,
-                                        std::optional<std::string_view> inlineValue) {
-    if (inlineValue) return inlineValue;
-    if (next >= args.size()) {
-      fail("选项 " + std::string(option) + " 需要一个值");
-      return std::nullopt;
-    }
-    return args[next++];
-  }
-
+struct Parser : ArgumentCursor {
   bool option(std::string_view arg) {
     std::string_view name = arg;
     std::optional<std::string_view> inlineValue;
@@ -230,7 +210,7 @@ std::optional<Preset> parsePreset(std::string_view text) {
 }
 
 CommandLine parseCommandLine(std::span<const std::string_view> args) {
-  Parser p{args, 0, {}};
+  Parser p{{args, 0, {}}};
   p.parse();
   return std::move(p.result);
 }
