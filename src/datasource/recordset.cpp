@@ -6,6 +6,7 @@
 
 #include "datasource/field_types.hpp"
 #include "datasource/objects.hpp"
+#include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -202,24 +203,10 @@ ObjectRef fieldObject(const std::shared_ptr<RecordsetData>& data, std::size_t i)
   return std::make_shared<FieldObject>(data, i);
 }
 
-class FieldsObject final : public HostObject {
+class FieldsObject final : public HostCollection {
  public:
   explicit FieldsObject(std::shared_ptr<RecordsetData> data) : data_(std::move(data)) {}
 
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (sameName(name, u"Count")) {
-      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->columns.size())));
-    }
-    if (sameName(name, u"Item")) return getDefault(args);
-    return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
-  }
   DispatchResult getDefault(std::span<const Value> args) override {
     if (args.size() != 1) return itemNotFound();
     const auto& columns = data_->columns;
@@ -241,6 +228,9 @@ class FieldsObject final : public HostObject {
     return DispatchResult::success(
         Value::object(fieldObject(data_, static_cast<std::size_t>(index))));
   }
+
+ protected:
+  std::size_t count() const override { return data_->columns.size(); }
 
  private:
   std::shared_ptr<RecordsetData> data_;

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
 #include "values/ops.hpp"
 
@@ -65,25 +66,14 @@ class FieldObject : public HostObject {
   std::size_t column_;
 };
 
-class FieldsObject : public HostObject {
+class FieldsObject : public HostCollection {
  public:
   explicit FieldsObject(std::shared_ptr<Data> data) : data_(std::move(data)) {}
 
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (sameName(name, u"Count")) {
-      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->names.size())));
-    }
-    if (sameName(name, u"Item")) return item(args);
-    return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
-  }
   DispatchResult getDefault(std::span<const Value> args) override { return item(args); }
+
+ protected:
+  std::size_t count() const override { return data_->names.size(); }
 
  private:
   DispatchResult item(std::span<const Value> args) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "host/collection.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 #include "workbook/workbook_data.hpp"
@@ -315,28 +316,17 @@ DispatchResult sheetOf(const std::shared_ptr<Data>& data, const Value& selector)
       Value::object(std::make_shared<SheetObject>(data, static_cast<std::size_t>(*index - 1))));
 }
 
-class WorksheetsObject : public HostObject {
+class WorksheetsObject : public HostCollection {
  public:
   explicit WorksheetsObject(std::shared_ptr<Data> data) : data_(std::move(data)) {}
 
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (sameName(name, u"Count")) {
-      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->sheets.size())));
-    }
-    if (sameName(name, u"Item")) return getDefault(args);
-    return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
-  }
   DispatchResult getDefault(std::span<const Value> args) override {
     if (args.size() != 1) return wrongArguments(u"Item", 1);
     return sheetOf(data_, args[0]);
   }
+
+ protected:
+  std::size_t count() const override { return data_->sheets.size(); }
 
  private:
   std::shared_ptr<Data> data_;
