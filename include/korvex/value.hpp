@@ -1,8 +1,9 @@
 // Script values: the Automation-style Variant every KORVEX script works with.
 //
-// A Value is one of eleven types (see VarType). It is cheap to copy: strings,
-// arrays and objects are held through shared, immutable storage, so a copy is
-// a reference-count increment. The numeric payloads live inline.
+// A Value is one of eleven types (see VarType) in 16 bytes. It is cheap to
+// copy: strings, arrays and objects are held through shared, immutable
+// storage, so a copy is a reference-count increment; numbers, Booleans,
+// Empty and Null live inline and never touch the heap.
 //
 // This header only describes the value itself. A host converts values with
 // the script's own rules through <korvex/convert.hpp>, which never throws:
@@ -12,6 +13,7 @@
 //   if (auto d = toDouble(pay)) use(*d.value);                    // any number
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -88,9 +90,38 @@ class Array {
   std::vector<Value> elements_;
 };
 
+namespace detail {
+struct ValuePayload;
+}
+
 class Value {
  public:
   Value() noexcept = default;  // Empty
+  Value(const Value& other) noexcept : type_(other.type_), u_(other.u_) { retain(); }
+  Value(Value&& other) noexcept : type_(other.type_), u_(other.u_) { other.type_ = VarType::Empty; }
+  Value& operator=(const Value& other) noexcept {
+    other.retain();  // first: the two may share their storage
+    if (onHeap()) release();
+    type_ = other.type_;
+    u_ = other.u_;
+    return *this;
+  }
+  Value& operator=(Value&& other) noexcept {
+    if (this != &other) {
+      if (onHeap()) release();
+      type_ = other.type_;
+      u_ = other.u_;
+      other.type_ = VarType::Empty;
+    }
+    return *this;
+  }
+  ~Value() {
+    if (onHeap()) release();
+  }
+  void swap(Value& other) noexcept {
+    std::swap(type_, other.type_);
+    std::swap(u_, other.u_);
+  }
 
   static Value null() noexcept;
   static Value integer(std::int16_t v) noexcept;
@@ -102,7 +133,7 @@ class Value {
   static Value string(std::u16string_view v);
   static Value string(const char16_t* v) { return string(std::u16string_view(v)); }
   static Value boolean(bool v) noexcept;
-  static Value object(ObjectRef v) noexcept;
+  static Value object(ObjectRef v);
   static Value array(Array v);
 
   VarType type() const noexcept { return type_; }
@@ -134,6 +165,17 @@ class Value {
   const Array& arrayValue() const noexcept;
 
  private:
+  // String, Object and Array keep their payload on the heap, shared.
+  static constexpr unsigned kHeapTypes = (1u << static_cast<unsigned>(VarType::String)) |
+                                         (1u << static_cast<unsigned>(VarType::Object)) |
+                                         (1u << static_cast<unsigned>(VarType::Array));
+  bool onHeap() const noexcept {
+    return ((kHeapTypes >> static_cast<unsigned>(type_)) & 1u) != 0 && u_.p != nullptr;
+  }
+  void retain() const noexcept;
+  void release() noexcept;
+  static Value holding(VarType type, const detail::ValuePayload* payload) noexcept;
+
   VarType type_ = VarType::Empty;
   union {
     std::int16_t i16;
@@ -141,12 +183,39 @@ class Value {
     double d;
     std::int64_t cy;
     bool b;
+    const detail::ValuePayload* p;
   } u_{};
-  // Shared storage for String, Object and Array payloads; empty otherwise.
-  std::shared_ptr<const std::u16string> str_;
-  ObjectRef obj_;
-  std::shared_ptr<const Array> arr_;
 };
+
+namespace detail {
+// The shared storage behind a String, Object or Array value.
+struct ValuePayload {
+  mutable std::atomic<std::int32_t> refs{1};
+};
+struct StringPayload final : ValuePayload {
+  explicit StringPayload(std::u16string t) : text(std::move(t)) {}
+  std::u16string text;
+};
+struct ObjectPayload final : ValuePayload {
+  explicit ObjectPayload(ObjectRef o) : object(std::move(o)) {}
+  ObjectRef object;
+};
+struct ArrayPayload final : ValuePayload {
+  explicit ArrayPayload(Array a) : array(std::move(a)) {}
+  Array array;
+};
+}  // namespace detail
+
+inline const std::u16string& Value::stringValue() const noexcept {
+  static const std::u16string kNone;
+  return type_ == VarType::String && u_.p != nullptr
+             ? static_cast<const detail::StringPayload*>(u_.p)->text
+             : kNone;
+}
+
+inline void Value::retain() const noexcept {
+  if (onHeap()) u_.p->refs.fetch_add(1, std::memory_order_relaxed);
+}
 
 /// UTF-8 <-> UTF-16 at the edges (files, command line, JSON). Invalid input
 /// sequences become U+FFFD.

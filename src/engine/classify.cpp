@@ -8,7 +8,9 @@
 #include <string_view>
 
 #include "engine/engine_services.hpp"
+#include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -92,24 +94,26 @@ bool restIsEmpty(std::u16string_view rest) noexcept {
 
 namespace {
 
-std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
+// The kind, or 0 with the error in `number` / `message`.
+std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16string& message) {
+  const auto refuse = [&](std::int32_t n, std::u16string_view text) -> std::int16_t {
+    number = n;
+    message.assign(text);
+    return 0;
+  };
   const std::size_t n = line.size();
   std::size_t i = 0;
   while (i < n && isBlank(line[i])) ++i;
   if (i == n) return kStmtBlank;
   if (line[i] == u'\'') return kStmtComment;
-  if (!isIdentStart(line[i])) {
-    services::Report(engine, 3, msg::kBadSymbol);
-    return 0;
-  }
+  if (!isIdentStart(line[i])) return refuse(3, msg::kBadSymbol);
   const std::size_t start = i++;
   for (; i < n && !isBlank(line[i]) && line[i] != u'='; ++i) {
     if (!isIdentChar(line[i])) {
       std::u16string text(msg::kBadSymbol);
       text += line[i];
       text += u'\'';
-      services::Report(engine, 3, text);
-      return 0;
+      return refuse(3, text);
     }
   }
   const Word word(line.substr(start, i - start));
@@ -153,10 +157,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   }};
   for (const Move& m : kMoves) {
     if (word.is(m.english) || word.is(m.chinese)) {
-      if (!restIsEmpty(rest)) {
-        services::Report(engine, 1, msg::kSyntax);
-        return 0;
-      }
+      if (!restIsEmpty(rest)) return refuse(1, msg::kSyntax);
       return m.kind;
     }
   }
@@ -165,10 +166,7 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
   if (word.is(u"MSGBOX")) return kStmtMsgBox;
   if (word.is(u"ADDRECORD") || word.is(u"增加记录")) return kStmtAddRecord;
   if (word.is(u"DELRECORD") || word.is(u"删除记录")) return kStmtDelRecord;
-  if (isReservedWord(word)) {
-    services::Report(engine, 23, msg::kKeywordMisused);
-    return 0;
-  }
+  if (isReservedWord(word)) return refuse(23, msg::kKeywordMisused);
   return kStmtAssign;
 }
 
@@ -176,13 +174,34 @@ std::int16_t classify(BasicEngine& engine, std::u16string_view line) {
 
 std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) noexcept {
   try {
-    return classify(*this, line);
+    std::int32_t number = 0;
+    std::u16string message;
+    const std::int16_t kind = classify(line, number, message);
+    if (number != 0) services::Report(*this, number, message);
+    return kind;
   } catch (...) {  // only running out of memory for a message
     Fault f = currentFault();
     SetErrMsg(std::move(f.description));
     SetErrNum(f.number);
   }
   return 0;
+}
+
+std::int16_t services::KindOf(BasicEngine& engine, KeptLine& line) {
+  if (!line.classified) {
+    line.kind = classify(line.text, line.errorNumber, line.errorMessage);
+    line.classified = true;
+  }
+  if (line.errorNumber != 0) services::Report(engine, line.errorNumber, line.errorMessage);
+  return line.kind;
+}
+
+KeptLine* services::KeptLineAt(BasicEngine& engine, std::int16_t line) {
+  KeptScript* script = EngineAccess::state(engine).kept.get();
+  if (script == nullptr || line < 1 || static_cast<std::size_t>(line) > script->lines.size()) {
+    return nullptr;
+  }
+  return &script->lines[static_cast<std::size_t>(line) - 1];
 }
 
 }  // namespace korvex

@@ -166,10 +166,27 @@ void services::ShareStateOf(BasicEngine& child, BasicEngine& parent) {
   c.symbols = p.symbols;
   c.record = p.record;
   c.fieldNames = p.fieldNames;
+  c.fieldNamesGeneration = p.fieldNamesGeneration;
   (void)parent.UI();  // make sure there is one to share
   c.ui = p.ui;
   c.locale = p.locale;
   c.hostFunctions = p.hostFunctions;
+}
+
+void services::ResetForTail(BasicEngine& child) {
+  EngineAccess::State& c = EngineAccess::state(child);
+  c.errNum = 0;
+  c.errMsg.clear();
+  c.ifCount = 0;
+  c.forCount = 0;
+  c.doCount = 0;
+  c.currentLine = 0;
+  c.flags.clear();
+  c.stopRequested.store(false);
+}
+
+std::uint64_t services::FieldNamesGeneration(const BasicEngine& engine) noexcept {
+  return EngineAccess::state(engine).fieldNamesGeneration;
 }
 
 const HostFunctionEntry* services::HostFunctionNamed(const BasicEngine& engine,
@@ -184,24 +201,30 @@ Value BasicEngine::Evaluate(std::u16string_view expression) noexcept {
 
 // ---- the statement-flag stack and counters ---------------------------------
 
-void services::PushFlag(BasicEngine& engine, Value v) {
-  EngineAccess::state(engine).flags->Push(std::move(v));
+void services::PushFlag(BasicEngine& engine, FlagFrame frame) {
+  EngineAccess::state(engine).flags.push(std::move(frame));
 }
-Value services::PopFlag(BasicEngine& engine) { return EngineAccess::state(engine).flags->Pop(); }
-Value services::PeekFlag(BasicEngine& engine) {
-  return EngineAccess::state(engine).flags->GetPopValue();
+FlagFrame services::PopFlag(BasicEngine& engine) { return EngineAccess::state(engine).flags.pop(); }
+const FlagFrame& services::PeekFlag(BasicEngine& engine) {
+  return EngineAccess::state(engine).flags.top();
+}
+void services::ClearFlags(BasicEngine& engine) { EngineAccess::state(engine).flags.clear(); }
+
+std::uint64_t services::ScriptGeneration(const BasicEngine& engine) noexcept {
+  const auto& kept = EngineAccess::state(engine).kept;
+  return kept ? kept->generation : 0;
 }
 
 void BasicEngine::PushStmtFlag(const Value& v) noexcept {
-  reported(*s_, [&] { services::PushFlag(*this, v); });
+  reported(*s_, [&] { services::PushFlag(*this, FlagFrame::fromValue(v)); });
 }
 Value BasicEngine::PopStmtFlag() noexcept {
-  return reported(*s_, Value(), [&] { return services::PopFlag(*this); });
+  return reported(*s_, Value(), [&] { return services::PopFlag(*this).toValue(); });
 }
 Value BasicEngine::GetpopValueStmtFlag() noexcept {
-  return reported(*s_, Value(), [&] { return services::PeekFlag(*this); });
+  return reported(*s_, Value(), [&] { return services::PeekFlag(*this).toValue(); });
 }
-std::int16_t BasicEngine::StmtFlagCount() const noexcept { return s_->flags->StackSize(); }
+std::int16_t BasicEngine::StmtFlagCount() const noexcept { return s_->flags.size(); }
 std::int16_t BasicEngine::IfCount() const noexcept { return s_->ifCount; }
 void BasicEngine::SetIfCount(std::int16_t n) noexcept { s_->ifCount = n; }
 std::int16_t BasicEngine::ForCount() const noexcept { return s_->forCount; }

@@ -15,6 +15,8 @@
 namespace korvex {
 
 class HostFunctionEntry;
+struct KeptLine;
+struct FlagFrame;
 
 namespace services {
 
@@ -32,6 +34,13 @@ std::int32_t DefineSymbol(BasicEngine& engine, std::u16string_view name, const V
 /// interface, locale and registered functions (the child engine that runs a
 /// single-line IF's tail).
 void ShareStateOf(BasicEngine& child, BasicEngine& parent);
+/// Puts a child engine that ran a tail before back in the state of a new
+/// engine (its script and kept forms stay).
+void ResetForTail(BasicEngine& child);
+
+/// Changes whenever the record set, and with it the cached field names,
+/// changes.
+std::uint64_t FieldNamesGeneration(const BasicEngine& engine) noexcept;
 
 /// The function a host registered under this upper-cased name, or nullptr.
 const HostFunctionEntry* HostFunctionNamed(const BasicEngine& engine,
@@ -41,9 +50,21 @@ const HostFunctionEntry* HostFunctionNamed(const BasicEngine& engine,
 /// GetLineCode does, and the subscript fault (9) raised below line 1.
 std::u16string LineCode(BasicEngine& engine, std::int16_t line);
 /// Pushes on the statement-flag stack; the 32768th entry raises error 6.
-void PushFlag(BasicEngine& engine, Value v);
-Value PopFlag(BasicEngine& engine);
-Value PeekFlag(BasicEngine& engine);
+void PushFlag(BasicEngine& engine, FlagFrame frame);
+/// The top entry, removed / left in place; an empty stack reports 18 / 20
+/// and gives an entry without marker.
+FlagFrame PopFlag(BasicEngine& engine);
+const FlagFrame& PeekFlag(BasicEngine& engine);
+/// Forgets every open block (the END statement).
+void ClearFlags(BasicEngine& engine);
+
+/// The kept line n of the running script, or nullptr outside it.
+KeptLine* KeptLineAt(BasicEngine& engine, std::int16_t line);
+/// The line's statement kind as WhatSTMT gives it, its error reported the
+/// same way; derived once per line.
+std::int16_t KindOf(BasicEngine& engine, KeptLine& line);
+/// The generation of the running script's kept forms (0 before a split).
+std::uint64_t ScriptGeneration(const BasicEngine& engine) noexcept;
 
 /// The run loop and the line split (run_loop.cpp, line_split.cpp). They
 /// raise what a line raises; Execute traps it.

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "engine/engine_services.hpp"
+#include "engine/flag_stack.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/stack.hpp"
 #include "engine/symbol_table.hpp"
 #include "korvex/engine.hpp"
@@ -17,18 +19,27 @@ namespace korvex {
 
 class HostFunctionTable;
 
+/// The field names while no record is set: one empty entry.
+inline const std::shared_ptr<const std::vector<std::u16string>>& noRecordFieldNames() {
+  static const auto kNone =
+      std::make_shared<const std::vector<std::u16string>>(1, std::u16string{});
+  return kNone;
+}
+
 struct BasicEngine::State {
   explicit State(BasicEngine* self)
       : symbols(std::make_shared<SymbolTable>(self)),
         lines(std::make_unique<Stack>(self)),
-        flags(std::make_unique<Stack>(self)) {}
+        flags(self) {}
 
   std::shared_ptr<SymbolTable> symbols;  // shared with a single-line IF's child
 
   ObjectRef record;
   // Upper-cased field names of the record, in field order. Holds one empty
-  // entry while no record is set.
-  std::vector<std::u16string> fieldNames{std::u16string{}};
+  // entry while no record is set. Shared with a single-line IF's child.
+  std::shared_ptr<const std::vector<std::u16string>> fieldNames = noRecordFieldNames();
+  // Changes with the field names: what was found in the old ones is stale.
+  std::uint64_t fieldNamesGeneration = nextGeneration();
 
   std::atomic<bool> stopRequested{false};
   LineHook lineHook;
@@ -45,8 +56,10 @@ struct BasicEngine::State {
   std::unique_ptr<Stack> lines;
   std::u16string splitSource;
   bool splitValid = false;
+  // The kept forms of the split's lines (held by a run for its duration).
+  std::shared_ptr<KeptScript> kept;
 
-  std::unique_ptr<Stack> flags;
+  FlagStack flags;
 
   std::int32_t errNum = 0;
   std::u16string errMsg;

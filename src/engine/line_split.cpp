@@ -32,6 +32,7 @@ void services::SplitCodeBlock(BasicEngine& engine) {
   if (s.splitValid && code == s.splitSource) return;
 
   s.splitValid = false;
+  s.kept.reset();
   s.lines = std::make_unique<Stack>(&engine);
   s.lineCount = 0;
 
@@ -53,6 +54,13 @@ void services::SplitCodeBlock(BasicEngine& engine) {
     if (nextLf != 0 && nextLf < pos) nextLf = findFrom(code, u'\n', pos);
     brk = toInt16Checked(smallerNonZero(toInt16Checked(nextCr), toInt16Checked(nextLf)));
   }
+  auto kept = std::make_shared<KeptScript>();
+  kept->lines.reserve(static_cast<std::size_t>(s.lineCount));
+  for (std::int16_t n = 1; n <= s.lineCount; ++n) {
+    const Value* line = s.lines->LineRef(n);
+    kept->lines.emplace_back(line != nullptr ? line->stringValue() : std::u16string());
+  }
+  s.kept = std::move(kept);
   s.splitSource = code;
   s.splitValid = true;
 }

@@ -16,10 +16,19 @@ class NestingLevel {
   /// The deepest nesting a script may reach.
   static constexpr int kDeepest = 40;
 
-  NestingLevel();
-  ~NestingLevel();
+  NestingLevel() {
+    if (depth >= kDeepest) tooDeep();
+    ++depth;
+  }
+  ~NestingLevel() { --depth; }
   NestingLevel(const NestingLevel&) = delete;
   NestingLevel& operator=(const NestingLevel&) = delete;
+
+ private:
+  // The stack belongs to the thread, and so does the count: a single-line
+  // IF's child engine runs on its parent's stack and adds to the same count.
+  static inline thread_local int depth = 0;
+  [[noreturn]] static void tooDeep();
 };
 
 }  // namespace korvex

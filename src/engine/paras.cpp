@@ -2,7 +2,6 @@
 #include "engine/paras.hpp"
 
 #include "engine/string_op.hpp"
-#include "eval/eval.hpp"
 #include "korvex/engine.hpp"
 
 namespace korvex {
@@ -38,23 +37,10 @@ std::int32_t Paras::Parse(std::u16string_view text) {
       piece = text;
     }
     if (!piece.empty()) {
-      items_.push_back(Para{piece, index, Value{}});
+      items_.push_back(Para{piece, index});
       ++index;
     }
     ++pos;
-  }
-  return 0;
-}
-
-std::int32_t Paras::EvaluateParas(BasicEngine& engine) {
-  for (auto& item : items_) {
-    Value v = Evaluate(engine, item.Expression);
-    if (engine.ErrNum() != 0) {
-      errNum_ = engine.ErrNum();
-      errMsg_ = engine.ErrMsg();
-      return errNum_;
-    }
-    item.value = std::move(v);
   }
   return 0;
 }

@@ -1,5 +1,5 @@
 // Argument lists: the text between a function's parentheses, split into
-// argument expressions and evaluated one by one.
+// argument expressions.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,6 @@ class BasicEngine;
 struct Para {
   std::u16string_view Expression;  // source text as cut from the list
   std::int16_t ParaIndex = 0;      // counted from 0
-  Value value;                     // after EvaluateParas
 };
 
 // The list refers to the text it was parsed from, which must outlive it:
@@ -32,10 +31,6 @@ class Paras {
   /// top-level "," / "，" separate arguments; empty arguments are dropped.
   /// Returns ErrNum().
   std::int32_t Parse(std::u16string_view text);
-  /// Evaluates every argument in order; 0, or the first failing
-  /// evaluation's number (its message stays on the engine). Platform
-  /// run-time faults propagate.
-  std::int32_t EvaluateParas(BasicEngine& engine);
 
   std::size_t Count() const noexcept { return items_.size(); }
   /// 1-based, as the list counts.

@@ -10,6 +10,7 @@
 #include "engine/engine_services.hpp"
 #include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
+#include "engine/generation.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "values/ops.hpp"
@@ -71,8 +72,9 @@ bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
 void BasicEngine::SetRecordSet(ObjectRef rs) noexcept {
   State& s = *s_;
   s.record = std::move(rs);
+  s.fieldNamesGeneration = nextGeneration();
   try {
-    s.fieldNames.assign(1, std::u16string{});
+    s.fieldNames = noRecordFieldNames();
     if (!s.record) return;
     const ObjectRef fields = fieldsOf(s.record);
     const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
@@ -83,7 +85,7 @@ void BasicEngine::SetRecordSet(ObjectRef rs) noexcept {
       const ObjectRef field = asObject(get(fields, u"Item", index));
       names.push_back(upperName(vb::toString(get(field, u"Name"), Locale())));
     }
-    s.fieldNames = std::move(names);
+    s.fieldNames = std::make_shared<const std::vector<std::u16string>>(std::move(names));
   } catch (...) {
     // Nothing may escape towards the host: the failure is left in ErrNum.
     Fault f = currentFault();
@@ -114,7 +116,7 @@ bool BasicEngine::isFieldNameByArr(std::u16string_view name) const noexcept {
   try {
     std::u16string wanted;
     upperNameInto(name, wanted);
-    const auto& names = s_->fieldNames;
+    const auto& names = *s_->fieldNames;
     return std::find(names.begin(), names.end(), wanted) != names.end();
   } catch (...) {
     (void)currentFault();  // out of memory for the upper-cased name: no answer

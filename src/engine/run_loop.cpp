@@ -1,6 +1,7 @@
 // Execute: the line-by-line run loop. Every line is classified afresh each
 // time control reaches it and handed to its statement; the first error ends
 // the run and is left for the host in ErrNum / ErrMsg.
+#include <array>
 #include <string>
 
 #include "engine/checked.hpp"
@@ -41,13 +42,13 @@ std::u16string_view raiseErrorArgument(std::u16string_view line) {
 
 // The record moves and RAISEERROR report through ErrNum / ErrMsg themselves.
 template <bool (BasicEngine::*Move)() noexcept>
-std::int32_t move(BasicEngine& engine, std::u16string_view) {
+std::int32_t move(BasicEngine& engine, KeptLine&) {
   (engine.*Move)();
   return engine.ErrNum();
 }
 
-std::int32_t raiseError(BasicEngine& engine, std::u16string_view line) {
-  stmt::RaiseError(engine, raiseErrorArgument(line));
+std::int32_t raiseError(BasicEngine& engine, KeptLine& line) {
+  stmt::RaiseError(engine, raiseErrorArgument(line.text));
   return engine.ErrNum();
 }
 
@@ -55,7 +56,7 @@ std::int32_t raiseError(BasicEngine& engine, std::u16string_view line) {
 // on after it (the block statements set the next line themselves).
 struct Arm {
   std::int16_t kind;
-  std::int32_t (*run)(BasicEngine&, std::u16string_view);
+  std::int32_t (*run)(BasicEngine&, KeptLine&);
   bool advances;
 };
 
@@ -78,11 +79,18 @@ constexpr Arm kArms[] = {
     {kStmtMoveLast, move<&BasicEngine::MoveLast>, true},
 };
 
+// The arms by kind, for a lookup per line without a search.
+constexpr std::int16_t kFirstKind = kStmtDim;
+constexpr std::int16_t kLastKind = kStmtSyntaxError;
+constexpr auto kArmByKind = [] {
+  std::array<const Arm*, kLastKind - kFirstKind + 1> byKind{};
+  for (const Arm& arm : kArms) byKind[static_cast<std::size_t>(arm.kind - kFirstKind)] = &arm;
+  return byKind;
+}();
+
 const Arm* armFor(std::int16_t kind) noexcept {
-  for (const Arm& arm : kArms) {
-    if (arm.kind == kind) return &arm;
-  }
-  return nullptr;
+  if (kind < kFirstKind || kind > kLastKind) return nullptr;
+  return kArmByKind[static_cast<std::size_t>(kind - kFirstKind)];
 }
 
 // Ends the run with `number` and the stored message plus " : 行号 n".
@@ -125,6 +133,9 @@ void services::RunLines(BasicEngine& engine) {
   EngineAccess::State& s = EngineAccess::state(engine);
   SplitCodeBlock(engine);
   s.currentLine = 1;
+  // Held for the run: the lines and their forms stay alive whatever a
+  // statement or a host callback does to the engine.
+  const std::shared_ptr<KeptScript> script = s.kept;
 
   const auto advance = [&s] { s.currentLine = toInt16Checked(std::int32_t{s.currentLine} + 1); };
 
@@ -138,13 +149,15 @@ void services::RunLines(BasicEngine& engine) {
       if (answer == UserInterface::Answer::Yes) return;
     }
 
-    // Held by value: the line stays alive whatever the statement does.
-    const Value* ref = s.lines->LineRef(s.currentLine);
-    const Value lineValue = ref != nullptr ? *ref : Value{};
-    const std::u16string_view text =
-        lineValue.isString() ? std::u16string_view(lineValue.stringValue()) : std::u16string_view{};
+    // The host may have moved the line (a line hook can).
+    if (static_cast<std::size_t>(s.currentLine) > script->lines.size()) {
+      services::Report(engine, 21, msg::kGetLineIndex);
+      raiseLineError(s, kEngineError);
+    }
+    if (s.currentLine < 1) vb::raise(vb::kSubscript);
+    KeptLine& line = script->lines[static_cast<std::size_t>(s.currentLine) - 1];
 
-    const std::int16_t kind = engine.WhatSTMT(text);
+    const std::int16_t kind = services::KindOf(engine, line);
     if (s.errNum != 0) raiseLineError(s, kEngineError);
 
     if (kind == kStmtBlank || kind == kStmtComment) {
@@ -152,7 +165,7 @@ void services::RunLines(BasicEngine& engine) {
       continue;
     }
     if (const Arm* arm = armFor(kind)) {
-      s.errNum = arm->run(engine, text);
+      s.errNum = arm->run(engine, line);
       if (s.errNum != 0) raiseLineError(s, s.errNum);
       if (arm->advances) advance();
       continue;
@@ -162,7 +175,7 @@ void services::RunLines(BasicEngine& engine) {
       // check does not run.
       s.ifCount = 0;
       s.doCount = 0;
-      s.flags = std::make_unique<Stack>(&engine);
+      services::ClearFlags(engine);
       return;
     }
     if (kind == kStmtSyntaxError) {

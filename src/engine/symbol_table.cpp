@@ -3,11 +3,21 @@
 #include <algorithm>
 
 #include "engine/engine_services.hpp"
+#include "engine/generation.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "korvex/engine.hpp"
 
 namespace korvex {
+
+SymbolTable::SymbolTable(BasicEngine* owner) noexcept
+    : owner_(owner), generation_(nextGeneration()) {}
+
+SymbolTable::Entry* SymbolTable::slot(std::u16string_view upperName) {
+  keyBuffer_.assign(upperName);
+  const auto it = entries_.find(keyBuffer_);
+  return it == entries_.end() ? nullptr : &it->second;
+}
 
 const std::u16string& SymbolTable::key(std::u16string_view name) const {
   upperNameInto(name, keyBuffer_);
@@ -34,7 +44,9 @@ void SymbolTable::Add(std::u16string_view name, const Value& value) {
   entries_.emplace(k, Entry{value, nextOrder_++});
 }
 
-void SymbolTable::Delete(std::u16string_view name) { entries_.erase(key(name)); }
+void SymbolTable::Delete(std::u16string_view name) {
+  if (entries_.erase(key(name)) != 0) generation_ = nextGeneration();
+}
 
 bool SymbolTable::IsSymbolDefined(std::u16string_view name) const {
   return entries_.contains(key(name));

@@ -23,7 +23,7 @@ class BasicEngine;
 
 class SymbolTable {
  public:
-  explicit SymbolTable(BasicEngine* owner) noexcept : owner_(owner) {}
+  explicit SymbolTable(BasicEngine* owner) noexcept;
 
   BasicEngine* Parent() const noexcept { return owner_; }
   void SetParent(BasicEngine* owner) noexcept { owner_ = owner; }
@@ -47,17 +47,29 @@ class SymbolTable {
   /// (upper-cased name, value) in table order.
   std::vector<std::pair<std::u16string, Value>> entries() const;
 
- private:
   struct Entry {
     Value value;
     std::uint64_t order = 0;
   };
+  /// The variable's entry, for a name upper-cased already; nullptr when
+  /// missing. The pointer stays valid while generation() is unchanged.
+  Entry* slot(std::u16string_view upperName);
+  /// Assigns through an entry, as setValue does.
+  void store(Entry& entry, Value value) {
+    entry.value = std::move(value);
+    entry.order = nextOrder_++;
+  }
+  /// Changes when a variable is removed (unique among all tables).
+  std::uint64_t generation() const noexcept { return generation_; }
+
+ private:
   const std::u16string& key(std::u16string_view name) const;
   void reportUndefined(const std::u16string& upperName) const;
 
   BasicEngine* owner_;
   std::unordered_map<std::u16string, Entry> entries_;
   std::uint64_t nextOrder_ = 0;
+  std::uint64_t generation_;
   mutable std::u16string keyBuffer_;  // reused for lookups: no allocation per access
 };
 

@@ -1,48 +1,210 @@
-// Second pass: runs the postfix sequence on a value stack, and the public
-// entry point that chains both passes.
+// Evaluating a kept expression: the actions resolve the operands that
+// depend on the run's state, in scan order; then the postfix sequence runs
+// on a value stack.
 #include <string>
 
 #include "engine/engine_services.hpp"
+#include "engine/engine_state.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
 #include "eval/eval.hpp"
-#include "eval/to_postfix.hpp"
+#include "eval/expression.hpp"
+#include "eval/inline_functions.hpp"
+#include "eval/value_buffer.hpp"
+#include "functions/function_call.hpp"
+#include "functions/host_functions.hpp"
+#include "functions/protocol.hpp"
 #include "korvex/engine.hpp"
+#include "values/numeric.hpp"
 #include "values/ops.hpp"
+#include "values/runtime_error.hpp"
 
-namespace korvex {
+namespace korvex::eval {
 
-namespace eval {
+CallRef::CallRef() = default;
+CallRef::CallRef(CallRef&&) noexcept = default;
+CallRef::~CallRef() = default;
+
+Expression::Expression(std::u16string_view text) : text_(text) {}
+Expression::~Expression() = default;
+
+std::uint64_t hostGeneration(const BasicEngine& engine) noexcept {
+  const auto& table = EngineAccess::state(engine).hostFunctions;
+  return table ? table->generation() : 0;
+}
+
+const Expression::Form& Expression::derive(BasicEngine& engine, std::uint64_t generation) const {
+  // First use, or a host function added since: names may read differently.
+  if (form_) retired_.push_back(std::move(form_));
+  auto fresh = std::make_unique<Form>();
+  compile(engine, text_, *fresh);
+  fresh->hostGeneration = generation;
+  form_ = std::move(fresh);
+  return *form_;
+}
 
 namespace {
 
 // A type fault stops the evaluation; thrown inside this unit only.
 struct TypeFault {};
 
+bool fail(BasicEngine& engine, std::int32_t number, std::u16string_view message) {
+  services::Report(engine, number, message);
+  return false;
+}
+
+// ---- the actions --------------------------------------------------------
+
+bool resolveName(BasicEngine& engine, const NameRef& n, Value& out) {
+  SymbolTable& table = *EngineAccess::state(engine).symbols;
+  if (n.slot == nullptr || n.tableGeneration != table.generation()) {
+    n.slot = nullptr;
+    if (SymbolTable::Entry* e = table.slot(n.upper)) {
+      n.slot = &e->value;
+      n.tableGeneration = table.generation();
+    }
+  }
+  if (n.slot != nullptr) {
+    out = *n.slot;
+    return true;
+  }
+  // The cached field names give the record's answer without asking it.
+  const std::uint64_t fields = services::FieldNamesGeneration(engine);
+  if (n.fieldGeneration != fields) {
+    n.isField = engine.isFieldNameByArr(n.upper);
+    n.fieldGeneration = fields;
+  }
+  if (n.isField) {
+    out = engine.GetFieldValue(Value::string(n.written));
+    return engine.ErrNum() == 0;
+  }
+  if (n.statementWord) {
+    std::u16string m(msg::kKeywordMisused);
+    m += u":'";
+    m += n.written;
+    m += u'\'';
+    return fail(engine, 23, m);
+  }
+  return fail(engine, 56, msg::kUnknownSymbol);
+}
+
+bool resolveCall(BasicEngine& engine, const CallRef& c, Value& out) {
+  if (c.builtin != nullptr && c.builtin->kind == NameKind::Inline) {
+    if (!c.inlineArgument) c.inlineArgument = std::make_unique<Expression>(c.args);
+    const Value v = c.inlineArgument->evaluate(engine);
+    if (engine.ErrNum() != 0) return false;
+    out = applyInline(c.builtin->inlineOp(), v, engine.Locale());
+    return true;
+  }
+  if (!c.list) c.list = std::make_unique<fn::ArgList>(c.args);
+  Value result;
+  const std::int32_t status =
+      c.builtin != nullptr
+          ? CallFunction(c.builtin->functionClass(), c.builtin->scriptName, *c.list, result, engine)
+          : CallHostFunction(*c.host, *c.list, result, engine);
+  if (static_cast<std::int16_t>(status) != 0) {
+    // The function has stored its error; a status without one still
+    // must not pass for success.
+    if (engine.ErrNum() == 0) engine.SetErrNum(status);
+    return false;
+  }
+  out = std::move(result);
+  return true;
+}
+
+// Whether every name of a names-only form is a variable whose slot is known.
+bool variablesKnown(BasicEngine& engine, const Expression::Form& f) {
+  const std::uint64_t generation = EngineAccess::state(engine).symbols->generation();
+  for (const NameRef& n : f.names) {
+    if (n.slot == nullptr || n.tableGeneration != generation) return false;
+  }
+  return true;
+}
+
+// Runs the actions; false when one failed (its error is on the engine).
+bool resolve(BasicEngine& engine, const Expression::Form& f, ValueBuffer& operands) {
+  for (const Action& a : f.actions) {
+    // Resolved in place, in the operand's own slot.
+    operands.push(Value());
+    Value& v = operands.back();
+    switch (a.kind) {
+      case Action::Kind::Name:
+        if (!resolveName(engine, f.names[a.index], v)) return false;
+        break;
+      case Action::Kind::Call:
+        if (!resolveCall(engine, f.calls[a.index], v)) return false;
+        break;
+      case Action::Kind::Date: {
+        const auto serial = vb::parseDate(f.dates[a.index], engine.Locale());
+        if (!serial) return fail(engine, 4, msg::kTypeMismatch);
+        v = Value::date(*serial);
+        break;
+      }
+      case Action::Kind::Eof:
+      case Action::Kind::Bof: {
+        const bool flag = a.kind == Action::Kind::Eof ? engine.Eof() : engine.BOF();
+        if (engine.ErrNum() != 0) return false;
+        v = Value::boolean(flag);
+        break;
+      }
+      case Action::Kind::Fail: {
+        const Failure& failure = f.failures[a.index];
+        return fail(engine, failure.number, failure.message);
+      }
+      case Action::Kind::Raise: {
+        const Failure& failure = f.failures[a.index];
+        throw vb::RuntimeError(failure.number, failure.message);
+      }
+    }
+    if (a.missingOperator) return fail(engine, 50, msg::kMissingOperator);
+  }
+  return true;
+}
+
+// ---- the postfix sequence -------------------------------------------------
+
+// The value stack of the postfix run, on top of the resolved operands in
+// the same buffer.
 class ValueStack {
  public:
-  ValueStack(BasicEngine& engine, std::vector<Value>& items) : engine_(engine), items_(items) {}
+  ValueStack(BasicEngine& engine, ValueBuffer& items, std::size_t base)
+      : engine_(engine), items_(items), base_(base) {}
 
-  void push(Value v) { items_.push_back(std::move(v)); }
+  void push(Value v) { items_.push(std::move(v)); }
   // Popping an empty stack is reported on the engine and gives Empty; the
   // evaluation goes on.
   Value pop() {
-    if (items_.empty()) {
+    if (size() == 0) {
       services::Report(engine_, 18, msg::kPopEmpty);
       return {};
     }
     Value v = std::move(items_.back());
-    items_.pop_back();
+    items_.pop();
     return v;
   }
-  std::size_t size() const noexcept { return items_.size(); }
+  std::size_t size() const noexcept { return items_.size() - base_; }
+  Value& top(std::size_t below = 0) noexcept { return items_[items_.size() - 1 - below]; }
+  void drop() noexcept { items_.pop(); }
+  // Replaces the two top values by fn(left, right), in place when both are
+  // there; an empty place reads as Empty, reported as pop() reports it.
+  template <typename Fn>
+  void binary(Fn&& fn) {
+    if (size() >= 2) {
+      Value& l = top(1);
+      l = fn(l, top());
+      items_.pop();
+      return;
+    }
+    const Value r = pop();
+    const Value l = pop();
+    push(fn(l, r));
+  }
 
  private:
   BasicEngine& engine_;
-  std::vector<Value>& items_;
+  ValueBuffer& items_;
+  std::size_t base_;
 };
-
-bool isNumeric(const Value& v, const Locale& loc) { return vb::isNumeric(v, loc); }
 
 Value ordering(vb::CompareOp cmp, const Value& l, const Value& r, const Locale& loc) {
   // A string against anything else is refused, not ordered.
@@ -51,7 +213,7 @@ Value ordering(vb::CompareOp cmp, const Value& l, const Value& r, const Locale& 
 }
 
 Value logical(Op op, const Value& l, const Value& r, const Locale& loc) {
-  if (!isNumeric(l, loc) || !isNumeric(r, loc)) throw TypeFault{};
+  if (!vb::isNumeric(l, loc) || !vb::isNumeric(r, loc)) throw TypeFault{};
   const bool a = vb::toBoolean(l, loc);
   const bool b = vb::toBoolean(r, loc);
   return Value::boolean(op == Op::And ? (a && b) : (a || b));
@@ -98,23 +260,66 @@ Value applyBinary(Op op, const Value& l, const Value& r, const Locale& loc) {
   }
 }
 
+// Both operands Doubles, the commonest case of all: the sums, products and
+// comparisons are done here, with the same results as the general rules.
+bool applyToDoubles(Op op, double a, double b, Value& out) {
+  switch (op) {
+    case Op::Add:
+      out = Value::dbl(vb::checkedDouble(a + b));
+      return true;
+    case Op::Sub:
+      out = Value::dbl(vb::checkedDouble(a - b));
+      return true;
+    case Op::Mul:
+      out = Value::dbl(vb::checkedDouble(a * b));
+      return true;
+    case Op::Lt:
+      out = Value::boolean(a < b);
+      return true;
+    case Op::Gt:
+      out = Value::boolean(a > b);
+      return true;
+    case Op::Le:
+      out = Value::boolean(a <= b);
+      return true;
+    case Op::Ge:
+      out = Value::boolean(a >= b);
+      return true;
+    case Op::Eq:
+      out = Value::boolean(a == b);
+      return true;
+    case Op::Ne:
+    case Op::NeBang:
+      out = Value::boolean(a != b);
+      return true;
+    default:
+      return false;
+  }
+}
+
 void apply(Op op, ValueStack& stack, const Locale& loc) {
+  if (stack.size() >= 2) {
+    Value& l = stack.top(1);
+    const Value& r = stack.top();
+    if (l.type() == VarType::Double && r.type() == VarType::Double &&
+        applyToDoubles(op, l.doubleValue(), r.doubleValue(), l)) {
+      stack.drop();
+      return;
+    }
+  }
   switch (op) {
     case Op::Neg:
       stack.push(vb::negate(stack.pop(), loc));
       return;
     case Op::Not: {
       const Value v = stack.pop();
-      if (!isNumeric(v, loc)) throw TypeFault{};
+      if (!vb::isNumeric(v, loc)) throw TypeFault{};
       stack.push(Value::boolean(!vb::toBoolean(v, loc)));
       return;
     }
-    default: {
-      const Value r = stack.pop();
-      const Value l = stack.pop();
-      stack.push(applyBinary(op, l, r, loc));
+    default:
+      stack.binary([&](const Value& l, const Value& r) { return applyBinary(op, l, r, loc); });
       return;
-    }
   }
 }
 
@@ -131,40 +336,43 @@ Value typeMismatch(BasicEngine& engine) {
 
 // An operand string that reads NUL, an operator text, NUL loses the two
 // NULs, wherever it came from: a script can build such a text itself.
-Value unwrapped(const Value& v) {
-  if (!v.isString()) return v;
+void unwrap(Value& v) {
+  if (!v.isString()) return;
   const std::u16string& s = v.stringValue();
-  if (s.size() < 3 || s.front() != u'\0' || s.back() != u'\0') return v;
+  if (s.size() < 3 || s.front() != u'\0' || s.back() != u'\0') return;
   const std::u16string_view inner = std::u16string_view(s).substr(1, s.size() - 2);
-  return isProtectedLiteral(inner) ? Value::string(std::u16string(inner)) : v;
+  if (isProtectedLiteral(inner)) v = Value::string(inner);
 }
 
-}  // namespace
-
-Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<Value>& values) {
+// Runs the postfix sequence; `operand(k)` gives the k-th resolved operand.
+template <typename Operand>
+Value run(BasicEngine& engine, const Expression::Form& f, ValueBuffer& work, Operand&& operand) {
   const Locale& loc = engine.Locale();
-  ValueStack stack(engine, values);
+  ValueStack stack(engine, work, work.size());
+  std::size_t next = 0;
   try {
-    for (const PostfixItem& item : postfix) {
-      Op op = item.op;
-      if (op == Op::None) {
-        // A string that reads like an operator is applied as one, unless
-        // it is a literal that was protected as an operand.
-        if (item.value.isString() && !item.protectedLiteral) {
-          op = appliedOperator(item.value.stringValue());
-        }
-        if (op == Op::None) {
-          stack.push(unwrapped(item.value));
-          continue;
+    for (const Item& item : f.items) {
+      switch (item.kind) {
+        case Item::Kind::Operator:
+          apply(item.op, stack, loc);
+          break;
+        case Item::Kind::Literal:
+          stack.push(f.literals[item.index]);
+          break;
+        case Item::Kind::Resolved: {
+          Value v = operand(next++);
+          // A string that reads like an operator is applied as one.
+          if (v.isString()) {
+            if (const Op op = appliedOperator(v.stringValue()); op != Op::None) {
+              apply(op, stack, loc);
+              break;
+            }
+          }
+          unwrap(v);
+          stack.push(std::move(v));
+          break;
         }
       }
-      if (op == Op::Xor || op == Op::Mod || op == Op::Open) {
-        // No rule for these: the text itself becomes an operand. A "(" gets
-        // here when XOR, which ranks with it, popped it off the stack.
-        stack.push(Value::string(operatorText(op)));
-        continue;
-      }
-      apply(op, stack, loc);
     }
   } catch (const TypeFault&) {
     return typeMismatch(engine);
@@ -179,15 +387,34 @@ Value evaluatePostfix(BasicEngine& engine, const Postfix& postfix, std::vector<V
   return {};
 }
 
-}  // namespace eval
+}  // namespace
 
-Value Evaluate(BasicEngine& engine, std::u16string_view expression) {
+Value Expression::evaluate(BasicEngine& engine) const {
   // Function arguments are evaluated from inside this call.
   const NestingLevel level;
-  eval::ScratchLease lease;
-  eval::Scratch& work = lease.get();
-  if (eval::toPostfix(engine, expression, work) != 0) return {};
-  return eval::evaluatePostfix(engine, work.postfix, work.values);
+  const Form& f = form(engine);
+  // A lone literal (a constant, a number, a text) needs no stack.
+  if (f.actions.empty() && f.items.size() == 1 && f.items.front().kind == Item::Kind::Literal) {
+    return f.literals[f.items.front().index];
+  }
+  ValueBuffer work;
+  if (f.namesOnly && variablesKnown(engine, f)) {
+    // Every operand is a variable whose place is known: reading one can
+    // neither fail nor do anything, so each is read when the sequence needs it.
+    return run(engine, f, work, [&f](std::size_t k) { return *f.names[f.actions[k].index].slot; });
+  }
+  // The resolved operands first, the value stack above them.
+  if (!resolve(engine, f, work)) return {};
+  return run(engine, f, work, [&work](std::size_t k) { return std::move(work[k]); });
+}
+
+}  // namespace korvex::eval
+
+namespace korvex {
+
+Value Evaluate(BasicEngine& engine, std::u16string_view expression) {
+  const eval::Expression kept(expression);
+  return kept.evaluate(engine);
 }
 
 }  // namespace korvex

@@ -45,9 +45,11 @@ std::u16string_view operatorText(Op op) noexcept;
 /// this text; Op::None for an operand. "MOD" and "XOR" are not among them.
 Op appliedOperator(std::u16string_view text) noexcept;
 
-/// The one-character arithmetic and concatenation operators (+ - * / ^ &),
-/// which scanning and applying spell the same way; Op::None for any other.
-Op arithmeticOperator(char16_t c) noexcept;
+/// The operator an expression's text has at `at` (letters in any case; a
+/// word operator only when a blank or the end follows it), the longest
+/// that matches, with its length; Op::None when none starts there. "MOD"
+/// is not read as an operator.
+Op readOperator(std::u16string_view text, std::size_t at, std::size_t& length) noexcept;
 
 /// True when a string literal of this text must be kept from being taken
 /// for an operator (the comparison ignores case; "&" is not protected).

@@ -112,17 +112,22 @@ std::u16string_view displayName(FunctionClass cls, std::u16string_view scriptNam
 std::int32_t unavailable(FunctionClass cls, std::u16string_view scriptName,
                          std::u16string_view argText, BasicEngine& engine) {
   const FunctionDescriptor desc{displayName(cls, scriptName), 0, 0, {}, nullptr};
-  Paras none;
-  return Call(desc, argText, engine, none).countError();
+  return Call(desc, argText, engine, {}).countError();
 }
 
 }  // namespace
 
+std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName, const ArgList& args,
+                          Value& result, BasicEngine& engine) {
+  const FunctionDescriptor* desc = descriptorOf(cls);
+  if (desc == nullptr) return unavailable(cls, scriptName, args.text(), engine);
+  return Invoke(*desc, args, result, engine);
+}
+
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
                           std::u16string_view argText, Value& result, BasicEngine& engine) {
-  const FunctionDescriptor* desc = descriptorOf(cls);
-  if (desc == nullptr) return unavailable(cls, scriptName, argText, engine);
-  return Invoke(*desc, argText, result, engine);
+  const ArgList args(argText);
+  return CallFunction(cls, scriptName, args, result, engine);
 }
 
 }  // namespace korvex

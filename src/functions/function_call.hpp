@@ -10,6 +10,9 @@
 namespace korvex {
 
 class BasicEngine;
+namespace fn {
+class ArgList;
+}
 
 /// Every function class the evaluator's table names (inline functions such
 /// as ABS or LEN are the evaluator's own and are not listed).
@@ -80,5 +83,8 @@ enum class FunctionClass : std::uint8_t {
 /// Platform run-time faults propagate as vb::RuntimeError.
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
                           std::u16string_view argText, Value& result, BasicEngine& engine);
+/// The same with the argument list already split (a kept call site).
+std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
+                          const fn::ArgList& args, Value& result, BasicEngine& engine);
 
 }  // namespace korvex

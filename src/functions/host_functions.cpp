@@ -4,6 +4,7 @@
 #include <new>
 
 #include "engine/engine_state.hpp"
+#include "engine/generation.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
 #include "eval/function_table.hpp"
@@ -84,10 +85,13 @@ bool HostFunctionTable::acceptable(const HostFunction& function) {
   return static_cast<bool>(function.operation);
 }
 
+HostFunctionTable::HostFunctionTable() : generation_(nextGeneration()) {}
+
 void HostFunctionTable::add(HostFunction function) {
   std::u16string key = upperName(function.name);
   entries_.insert_or_assign(std::move(key),
                             std::make_unique<HostFunctionEntry>(std::move(function)));
+  generation_ = nextGeneration();
 }
 
 const HostFunctionEntry* HostFunctionTable::find(std::u16string_view upperName) const noexcept {
@@ -95,9 +99,9 @@ const HostFunctionEntry* HostFunctionTable::find(std::u16string_view upperName) 
   return it == entries_.end() ? nullptr : it->second.get();
 }
 
-std::int32_t CallHostFunction(const HostFunctionEntry& entry, std::u16string_view argText,
+std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
                               Value& result, BasicEngine& engine) {
-  return fn::Invoke(entry.descriptor(), argText, result, engine);
+  return fn::Invoke(entry.descriptor(), args, result, engine);
 }
 
 // ---- the call as the host sees it -------------------------------------------

@@ -37,6 +37,9 @@ class HostFunctionTable {
   void add(HostFunction function);
   const HostFunctionEntry* find(std::u16string_view upperName) const noexcept;
   bool empty() const noexcept { return entries_.empty(); }
+  /// Changes whenever a function is added (unique among all tables): what
+  /// was derived from the names of the table before is stale.
+  std::uint64_t generation() const noexcept { return generation_; }
 
  private:
   struct NameHash {
@@ -47,10 +50,14 @@ class HostFunctionTable {
   };
   std::unordered_map<std::u16string, std::unique_ptr<HostFunctionEntry>, NameHash, std::equal_to<>>
       entries_;
+  std::uint64_t generation_;
+
+ public:
+  HostFunctionTable();
 };
 
-/// Calls a host function with the argument text its name was followed by.
-std::int32_t CallHostFunction(const HostFunctionEntry& entry, std::u16string_view argText,
+/// Calls a host function with the argument list its name was followed by.
+std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
                               Value& result, BasicEngine& engine);
 
 }  // namespace korvex

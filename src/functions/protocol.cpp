@@ -2,7 +2,9 @@
 
 #include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
+#include "engine/paras.hpp"
 #include "engine/string_op.hpp"
+#include "eval/expression.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
@@ -73,25 +75,63 @@ bool opensWithParenthesis(std::u16string_view text) noexcept {
   return !trimmed.empty() && trimmed.front() == u'(';
 }
 
+// The evaluated arguments of one call; most calls have few.
+class ArgValues {
+ public:
+  explicit ArgValues(std::size_t n) {
+    if (n > small_.size()) big_.resize(n);
+    n_ = n;
+  }
+  Value* data() noexcept { return big_.empty() ? small_.data() : big_.data(); }
+  std::span<const Value> all() noexcept { return {data(), n_}; }
+
+ private:
+  std::array<Value, 4> small_{};
+  std::vector<Value> big_;
+  std::size_t n_ = 0;
+};
+
 }  // namespace
 
-std::int32_t Invoke(const FunctionDescriptor& desc, std::u16string_view argText, Value& result,
-                    BasicEngine& engine) {
+ArgList::ArgList(std::u16string_view argText)
+    : text_(argText), opens_(fn::opensWithParenthesis(argText)) {
   Paras paras;
-  Call call(desc, argText, engine, paras);
-  if ((desc.quirks & kRequiresParenthesis) && !opensWithParenthesis(argText)) {
+  if (paras.Parse(argText) != 0) return;
+  parsed_ = true;
+  items_.reserve(paras.Count());
+  for (std::size_t i = 1; i <= paras.Count(); ++i) {
+    items_.push_back(std::make_unique<eval::Expression>(paras.Item(i).Expression));
+  }
+}
+
+ArgList::~ArgList() = default;
+
+std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& result,
+                    BasicEngine& engine) {
+  const std::size_t n = args.parsed() ? args.count() : 0;
+  ArgValues values(n);
+  Call call(desc, args.text(), engine, values.all());
+  if ((desc.quirks & kRequiresParenthesis) && !args.opensWithParenthesis()) {
     return call.countError();
   }
-  if (paras.Parse(argText) != 0 || !countAccepted(desc, paras.Count())) {
-    return call.countError();
+  if (!args.parsed() || !countAccepted(desc, n)) return call.countError();
+  // Every argument in order; the first that fails ends the evaluation and
+  // leaves the rest Empty.
+  std::int32_t evaluated = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    Value v = args.item(i).evaluate(engine);
+    if (engine.ErrNum() != 0) {
+      evaluated = engine.ErrNum();
+      break;
+    }
+    values.data()[i] = std::move(v);
   }
-  const std::int32_t evaluated = paras.EvaluateParas(engine);
   const bool engineStatus = (desc.quirks & kEngineStatus) != 0;
   if (!engineStatus) {
     if (evaluated != 0) return evaluated;
     if (engine.ErrNum() != 0) return engine.ErrNum();
   }
-  const std::size_t checked = std::min(paras.Count(), desc.checks.size());
+  const std::size_t checked = std::min(n, desc.checks.size());
   for (std::size_t i = 1; i <= checked; ++i) {
     if (!Passes(desc.checks[i - 1], call.arg(i), call.locale())) {
       const std::int32_t status = call.typeError();

@@ -9,16 +9,21 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "engine/paras.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex {
 class BasicEngine;
+namespace eval {
+class Expression;
 }
+}  // namespace korvex
 
 namespace korvex::fn {
 
@@ -46,6 +51,35 @@ enum Quirk : std::uint8_t {
   kRequiresParenthesis = 4,
 };
 
+/// A call's argument text split into its argument expressions: what the
+/// text alone decides, kept with the call site so that a call that runs
+/// again neither splits nor scans its arguments afresh.
+class ArgList {
+ public:
+  /// `argText` is the piece the parenthesis reader returned, parentheses
+  /// included; it must outlive the list (the argument expressions keep
+  /// copies of their own texts).
+  explicit ArgList(std::u16string_view argText);
+  ~ArgList();
+  ArgList(const ArgList&) = delete;
+  ArgList& operator=(const ArgList&) = delete;
+
+  std::u16string_view text() const noexcept { return text_; }
+  /// The split succeeded (no unclosed literal or group, no trailing comma).
+  bool parsed() const noexcept { return parsed_; }
+  /// The text begins (after blanks) with "(".
+  bool opensWithParenthesis() const noexcept { return opens_; }
+  std::size_t count() const noexcept { return items_.size(); }
+  /// Argument i (0-based).
+  const eval::Expression& item(std::size_t i) const noexcept { return *items_[i]; }
+
+ private:
+  std::u16string_view text_;
+  bool parsed_ = false;
+  bool opens_ = false;
+  std::vector<std::unique_ptr<eval::Expression>> items_;
+};
+
 class Call;
 /// The operation: fills `result` (or leaves it alone) and returns 0, or an
 /// error already stored through the Call's helpers.
@@ -68,12 +102,12 @@ struct FunctionDescriptor {
 class Call {
  public:
   Call(const FunctionDescriptor& desc, std::u16string_view argText, BasicEngine& engine,
-       Paras& paras) noexcept
-      : desc_(desc), argText_(argText), engine_(engine), paras_(paras) {}
+       std::span<const Value> args) noexcept
+      : desc_(desc), argText_(argText), engine_(engine), args_(args) {}
 
-  std::size_t count() const noexcept { return paras_.Count(); }
+  std::size_t count() const noexcept { return args_.size(); }
   /// Argument i (1-based), evaluated.
-  const Value& arg(std::size_t i) const { return paras_.Item(i).value; }
+  const Value& arg(std::size_t i) const { return args_[i - 1]; }
   BasicEngine& engine() const noexcept { return engine_; }
   const Locale& locale() const noexcept;
   const FunctionDescriptor& descriptor() const noexcept { return desc_; }
@@ -92,11 +126,11 @@ class Call {
   const FunctionDescriptor& desc_;
   std::u16string_view argText_;
   BasicEngine& engine_;
-  Paras& paras_;
+  std::span<const Value> args_;
 };
 
 /// Runs the common steps for one call of the class described by `desc`.
-std::int32_t Invoke(const FunctionDescriptor& desc, std::u16string_view argText, Value& result,
+std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& result,
                     BasicEngine& engine);
 
 /// Whether a value passes a check (exposed for the classes whose test

@@ -24,8 +24,15 @@ std::int32_t takeEnd(Call& call, Value& result) {
     result = Value::null();
     return 0;
   }
-  const std::u16string s = vb::toString(source, call.locale());
+  // A string is cut where it stands; the whole of it is the same value.
+  std::u16string converted;
+  if (!source.isString()) converted = vb::toString(source, call.locale());
+  const std::u16string_view s = source.isString() ? source.stringValue() : converted;
   const std::size_t take = std::min(static_cast<std::size_t>(n), s.size());
+  if (take == s.size() && source.isString()) {
+    result = source;
+    return 0;
+  }
   result = Value::string(FromLeft ? s.substr(0, take) : s.substr(s.size() - take));
   return 0;
 }

@@ -1,11 +1,14 @@
 // name = expression: stores into a variable, or else into a field of the
 // current record.
+#include <memory>
 #include <string>
 
 #include "engine/engine_services.hpp"
+#include "engine/engine_state.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
-#include "eval/eval.hpp"
+#include "eval/expression.hpp"
 #include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
@@ -15,17 +18,27 @@ namespace korvex::stmt {
 
 namespace {
 
-using detail::fail;
-
 constexpr std::u16string_view kAssignMarker = u"{来自赋值语句}";
 
-}  // namespace
+struct AssignForm : Form {
+  explicit AssignForm(std::u16string_view line);
 
-std::int32_t Assign(BasicEngine& engine, std::u16string_view line) {
-  std::u16string_view name;
+  detail::Verdict verdict;
+  std::u16string_view name;  // as written
+  std::u16string upper;
+  std::unique_ptr<eval::Expression> expression;
+  // The variable's entry while the table's generation stays the same.
+  std::uint64_t tableGeneration = 0;
+  SymbolTable::Entry* slot = nullptr;
+};
+
+AssignForm::AssignForm(std::u16string_view line) {
   std::size_t pos = 0;
   for (;;) {
-    if (pos >= line.size()) return fail(engine, 22, msg::kUnsupportedStatement);
+    if (pos >= line.size()) {
+      verdict.fail(22, msg::kUnsupportedStatement);
+      return;
+    }
     const char16_t c = line[pos];
     if (isBlank(c)) {
       ++pos;
@@ -35,12 +48,14 @@ std::int32_t Assign(BasicEngine& engine, std::u16string_view line) {
     if (!name.empty()) {
       std::u16string message(msg::kSyntax);
       message += kAssignMarker;
-      return fail(engine, 1, message);
+      verdict.fail(1, message);
+      return;
     }
     if (!isIdentStart(c)) {
       // Only the message: the line goes on as if nothing had been wrong.
-      engine.SetErrMsg(std::u16string(msg::kBadSymbol));
-      return engine.ErrNum();
+      verdict.kind = detail::Verdict::Kind::MessageOnly;
+      verdict.message = msg::kBadSymbol;
+      return;
     }
     const std::size_t start = pos;
     for (++pos; pos < line.size() && !isBlank(line[pos]) && line[pos] != u'='; ++pos) {
@@ -49,36 +64,58 @@ std::int32_t Assign(BasicEngine& engine, std::u16string_view line) {
       message += u'\'';
       message += line[pos];
       message += u'\'';
-      return fail(engine, 3, message);
+      verdict.fail(3, message);
+      return;
     }
     name = line.substr(start, pos - start);
   }
-  if (name.empty()) return fail(engine, 1, msg::kSyntax);
-
-  const detail::Cut expression = detail::upToComment(line, pos + 1);
+  if (name.empty()) {
+    verdict.fail(1, msg::kSyntax);
+    return;
+  }
+  const detail::Cut text = detail::upToComment(line, pos + 1);
   // An unclosed literal ends the statement without a word and without
   // assigning.
-  if (!expression.readable) return engine.ErrNum();
-  if (trimBlanks(expression.text).empty()) return fail(engine, 1, msg::kSyntax);
+  if (!text.readable) {
+    verdict.kind = detail::Verdict::Kind::Status;
+    return;
+  }
+  if (trimBlanks(text.text).empty()) {
+    verdict.fail(1, msg::kSyntax);
+    return;
+  }
+  expression = std::make_unique<eval::Expression>(text.text);
+  upper = vb::upperCase(name);
+}
 
-  const Value value = Evaluate(engine, expression.text);
+}  // namespace
+
+std::int32_t Assign(BasicEngine& engine, KeptLine& line) {
+  AssignForm& form = formOf<AssignForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
+
+  Value value = form.expression->evaluate(engine);
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
-  const std::u16string upper = vb::upperCase(name);
-  if (services::SymbolDefined(engine, upper)) {
-    engine.Vaule(upper, value);
+  SymbolTable& table = *EngineAccess::state(engine).symbols;
+  if (form.slot == nullptr || form.tableGeneration != table.generation()) {
+    form.slot = table.slot(form.upper);
+    form.tableGeneration = table.generation();
+  }
+  if (form.slot != nullptr) {
+    table.store(*form.slot, std::move(value));
     return 0;
   }
   // The record decides for itself how its field names match.
-  if (engine.isFieldNameByArr(name)) {
-    engine.ChangeField(Value::string(name), value);
+  if (engine.isFieldNameByArr(form.name)) {
+    engine.ChangeField(Value::string(form.name), value);
     return engine.ErrNum();
   }
   std::u16string message(msg::kUndefinedVariable);
   message += u" '";
-  message += name;
+  message += form.name;
   message += u'\'';
-  return fail(engine, 5, message);
+  return detail::fail(engine, 5, message);
 }
 
 }  // namespace korvex::stmt

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "engine/engine_services.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -35,7 +36,9 @@ std::u16string badCharacter(char16_t c, bool withMarker) {
 
 }  // namespace
 
-std::int32_t Dim(BasicEngine& engine, std::u16string_view line) {
+std::int32_t Dim(BasicEngine& engine, KeptLine& kept) {
+  // Declares as it reads: nothing of the line is worth keeping.
+  const std::u16string_view line = kept.text;
   DimState state = DimState::Start;
   for (std::size_t pos = 0; pos < line.size(); ++pos) {
     const char16_t c = line[pos];

@@ -1,11 +1,15 @@
 // DO WHILE / DO UNTIL, LOOP / END DO and EXIT DO. The condition is written
 // only at DO; LOOP evaluates the text DO left on the statement-flag stack.
+#include <memory>
 #include <string>
 
 #include "engine/engine_services.hpp"
+#include "engine/flag_stack.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
+#include "eval/expression.hpp"
 #include "korvex/engine.hpp"
 #include "statements/block_skip.hpp"
 #include "statements/line_scan.hpp"
@@ -19,50 +23,111 @@ namespace {
 using detail::fail;
 
 // Whether the loop whose entry is given runs its body (again).
-bool bodyRuns(std::u16string_view marker, const Value& condition, const Locale& locale) {
+bool bodyRuns(FlagFrame::Marker marker, const Value& condition, const Locale& locale) {
   const bool holds = detail::conditionHolds(condition, locale);
-  return marker == detail::kDoWhileMarker ? holds : !holds;
+  return marker == FlagFrame::Marker::DoWhile ? holds : !holds;
+}
+
+struct DoForm : Form {
+  explicit DoForm(std::u16string_view line) {
+    const auto word = detail::expectKeyword(verdict, line, u"DO");
+    if (!word) return;
+    const detail::Cut rest = detail::upToComment(line, word->end);
+    // An unclosed literal leaves no readable condition.
+    if (!rest.readable) {
+      verdict.fail(2, msg::kBadExpression);
+      return;
+    }
+    const detail::Word kind = detail::readLooseWord(rest.text, 0);
+    if (equalsNoCase(kind.text, u"WHILE")) {
+      marker = FlagFrame::Marker::DoWhile;
+    } else if (equalsNoCase(kind.text, u"UNTIL")) {
+      marker = FlagFrame::Marker::DoUntil;
+    } else {
+      verdict.fail(1, msg::kSyntax);
+      return;
+    }
+    const std::u16string_view text = rest.text.substr(kind.end);
+    if (trimBlanks(text).empty()) {
+      verdict.fail(13, msg::kDoMissingExpression);
+      return;
+    }
+    condition = std::make_unique<eval::Expression>(text);
+    conditionText = Value::string(text);
+  }
+
+  detail::Verdict verdict;
+  FlagFrame::Marker marker = FlagFrame::Marker::Other;
+  std::unique_ptr<eval::Expression> condition;
+  Value conditionText;  // what the entry shows the host
+};
+
+struct LoopForm : Form {
+  explicit LoopForm(std::u16string_view line) {
+    const auto word = detail::readKeyword(verdict, line, detail::QuoteStyle::Spaced);
+    if (!word) return;
+    const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
+    const bool isLoop = equalsNoCase(word->text, u"LOOP") && rest.empty();
+    const bool isEndDo = equalsNoCase(word->text, u"END") && equalsNoCase(rest, u"DO");
+    if (!isLoop && !isEndDo) verdict.fail(1, msg::kSyntax);
+  }
+  detail::Verdict verdict;
+};
+
+struct ExitForm : Form {
+  explicit ExitForm(std::u16string_view line) {
+    const auto word = detail::expectKeyword(verdict, line, u"EXIT");
+    if (!word) return;
+    const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
+    // A bare EXIT does nothing at all, not even move on.
+    if (rest.empty()) {
+      verdict.kind = detail::Verdict::Kind::Status;
+    } else if (!equalsNoCase(rest, u"DO")) {
+      verdict.fail(1, msg::kSyntax);
+    }
+  }
+  detail::Verdict verdict;
+};
+
+// The condition of the loop an entry stands for: the DO line's kept form
+// while this script runs, else the entry's text read afresh.
+Value loopCondition(BasicEngine& engine, const FlagFrame& entry) {
+  if (entry.condition != nullptr && entry.scriptGeneration == services::ScriptGeneration(engine)) {
+    return entry.condition->evaluate(engine);
+  }
+  const Value& text = entry.detail;
+  return Evaluate(engine, text.isString() ? std::u16string_view(text.stringValue()) : u"");
 }
 
 }  // namespace
 
-std::int32_t Do(BasicEngine& engine, std::u16string_view line) {
-  const auto word = detail::expectKeyword(engine, line, u"DO");
-  if (!word) return engine.ErrNum();
-  const detail::Cut rest = detail::upToComment(line, word->end);
-  // An unclosed literal leaves no readable condition.
-  if (!rest.readable) return fail(engine, 2, msg::kBadExpression);
+std::int32_t Do(BasicEngine& engine, KeptLine& line) {
+  const DoForm& form = formOf<DoForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
 
-  const detail::Word kind = detail::readLooseWord(rest.text, 0);
-  std::u16string_view marker;
-  if (equalsNoCase(kind.text, u"WHILE")) {
-    marker = detail::kDoWhileMarker;
-  } else if (equalsNoCase(kind.text, u"UNTIL")) {
-    marker = detail::kDoUntilMarker;
-  } else {
-    return fail(engine, 1, msg::kSyntax);
-  }
-  const std::u16string_view condition = rest.text.substr(kind.end);
-  if (trimBlanks(condition).empty()) return fail(engine, 13, msg::kDoMissingExpression);
-
-  const Value value = Evaluate(engine, condition);
+  const Value value = form.condition->evaluate(engine);
   if (engine.ErrNum() != 0) return engine.ErrNum();
   if (!value.isNull() && !vb::isNumeric(value, engine.Locale())) {
     return fail(engine, 13, msg::kDoMissingExpression);
   }
 
-  services::PushFlag(engine,
-                     detail::flagEntry(marker, engine.CurrentLineNum(), Value::string(condition)));
+  FlagFrame frame;
+  frame.marker = form.marker;
+  frame.line = Value::integer(engine.CurrentLineNum());
+  frame.detail = form.conditionText;
+  frame.condition = form.condition.get();
+  frame.scriptGeneration = services::ScriptGeneration(engine);
+  services::PushFlag(engine, std::move(frame));
   engine.SetDoCount(detail::step16(engine.DoCount(), 1));
 
-  if (bodyRuns(marker, value, engine.Locale())) {
+  if (bodyRuns(form.marker, value, engine.Locale())) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;
   }
   // Skip to the loop's LOOP line, which tests once more and leaves.
   detail::SkipStop stop;
-  const auto mode =
-      marker == detail::kDoWhileMarker ? detail::Skip::DoWhileBody : detail::Skip::DoUntilBody;
+  const auto mode = form.marker == FlagFrame::Marker::DoWhile ? detail::Skip::DoWhileBody
+                                                              : detail::Skip::DoUntilBody;
   if (const std::int32_t err = detail::skipForward(engine, mode, Value(), stop); err != 0) {
     return err;
   }
@@ -70,28 +135,27 @@ std::int32_t Do(BasicEngine& engine, std::u16string_view line) {
   return 0;
 }
 
-std::int32_t LoopOrEndDo(BasicEngine& engine, std::u16string_view line) {
-  const auto word = detail::readKeyword(engine, line, detail::QuoteStyle::Spaced);
-  if (!word) return engine.ErrNum();
-  const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
-  const bool isLoop = equalsNoCase(word->text, u"LOOP") && rest.empty();
-  const bool isEndDo = equalsNoCase(word->text, u"END") && equalsNoCase(rest, u"DO");
-  if (!isLoop && !isEndDo) return fail(engine, 1, msg::kSyntax);
+std::int32_t LoopOrEndDo(BasicEngine& engine, KeptLine& line) {
+  const LoopForm& form = formOf<LoopForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
 
   if (engine.StmtFlagCount() < 1) return fail(engine, 15, msg::kLoopWithoutDo);
-  const Value entry = services::PeekFlag(engine);
-  const std::u16string_view marker = detail::flagMarker(entry);
-  if (!detail::isDoMarker(marker)) return fail(engine, 15, msg::kLoopWithoutDo);
+  const FlagFrame& entry = services::PeekFlag(engine);
+  if (!entry.isDo()) return fail(engine, 15, msg::kLoopWithoutDo);
 
-  const Value condition = detail::flagItem(entry, 3);
-  const Value value =
-      Evaluate(engine, condition.isString() ? std::u16string_view(condition.stringValue()) : u"");
+  // The evaluation may change the stack (a host function can): keep what
+  // is needed of the entry.
+  const FlagFrame::Marker marker = entry.marker;
+  const Value doLine = entry.line;
+  const Value value = loopCondition(engine, entry);
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   if (bodyRuns(marker, value, engine.Locale())) {
     // Back to the first line of the body; the DO line itself does not run again.
-    const std::int16_t doLine = vb::toInteger(detail::flagItem(entry, 2), engine.Locale());
-    engine.SetCurrentLineNum(detail::nextLine(doLine));
+    const std::int16_t at = doLine.type() == VarType::Integer
+                                ? doLine.integerValue()
+                                : vb::toInteger(doLine, engine.Locale());
+    engine.SetCurrentLineNum(detail::nextLine(at));
     return 0;
   }
   services::PopFlag(engine);
@@ -100,13 +164,9 @@ std::int32_t LoopOrEndDo(BasicEngine& engine, std::u16string_view line) {
   return 0;
 }
 
-std::int32_t ExitDo(BasicEngine& engine, std::u16string_view line) {
-  const auto word = detail::expectKeyword(engine, line, u"EXIT");
-  if (!word) return engine.ErrNum();
-  const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
-  // A bare EXIT does nothing at all, not even move on.
-  if (rest.empty()) return engine.ErrNum();
-  if (!equalsNoCase(rest, u"DO")) return fail(engine, 1, msg::kSyntax);
+std::int32_t ExitDo(BasicEngine& engine, KeptLine& line) {
+  const ExitForm& form = formOf<ExitForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
   if (engine.DoCount() == 0) return fail(engine, 16, msg::kExitDoOutside);
 
   detail::SkipStop stop;
@@ -117,9 +177,9 @@ std::int32_t ExitDo(BasicEngine& engine, std::u16string_view line) {
   // Only the loop's own entry goes: IF blocks opened inside the loop stay
   // open on the stack and in IfCount.
   engine.SetCurrentLineNum(stop.line);
-  const Value popped = services::PopFlag(engine);
+  const FlagFrame popped = services::PopFlag(engine);
   engine.SetDoCount(detail::step16(engine.DoCount(), -1));
-  if (!detail::isDoMarker(detail::flagMarker(popped))) return fail(engine, 15, msg::kLoopWithoutDo);
+  if (!popped.isDo()) return fail(engine, 15, msg::kLoopWithoutDo);
   engine.SetCurrentLineNum(detail::nextLine(stop.line));
   return 0;
 }

@@ -1,11 +1,14 @@
 // IF ... THEN (block or single line), ELSE and END IF.
+#include <memory>
 #include <string>
 
 #include "engine/engine_services.hpp"
+#include "engine/flag_stack.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
 #include "engine/string_op.hpp"
-#include "eval/eval.hpp"
+#include "eval/expression.hpp"
 #include "korvex/engine.hpp"
 #include "statements/block_skip.hpp"
 #include "statements/line_scan.hpp"
@@ -20,12 +23,6 @@ using detail::fail;
 
 constexpr std::u16string_view kThen = u"THEN";
 
-struct IfParts {
-  std::u16string_view condition;
-  std::u16string_view tail;  // after THEN, up to a comment, trimmed
-  bool tailReadable = true;  // false: a literal after THEN is not closed
-};
-
 // THEN counts only as a word of its own: a blank before it and a blank (or
 // the end of the line) after it.
 bool thenAt(std::u16string_view line, std::size_t pos) {
@@ -36,41 +33,61 @@ bool thenAt(std::u16string_view line, std::size_t pos) {
   return after == line.size() || isBlank(line[after]);
 }
 
-// The IF line taken apart without evaluating anything; 0 or the error
-// reported on the engine.
-std::int32_t splitIf(BasicEngine& engine, std::u16string_view line, IfParts& parts) {
+// The IF line taken apart: the condition, and the tail after THEN that a
+// single-line IF runs.
+struct IfForm : Form {
+  explicit IfForm(std::u16string_view line);
+
+  detail::Verdict verdict;  // of taking the line apart
+  std::unique_ptr<eval::Expression> condition;
+  std::u16string_view tail;  // after THEN, up to a comment, trimmed
+  bool tailReadable = true;  // false: a literal after THEN is not closed
+  // The engine that runs the tail, kept with its own forms between runs.
+  std::unique_ptr<BasicEngine> child;
+};
+
+IfForm::IfForm(std::u16string_view line) {
   const detail::Word word = detail::readLooseWord(line, 0);
   if (word.text.empty() || word.text.front() == u'\'' || !equalsNoCase(word.text, u"IF")) {
-    return fail(engine, 1, msg::kSyntax);
+    verdict.fail(1, msg::kSyntax);
+    return;
   }
   for (std::size_t pos = word.end; pos < line.size(); ++pos) {
     const char16_t c = line[pos];
     if (c == u'"') {
       const std::size_t close = line.find(u'"', pos + 1);
-      if (close == std::u16string_view::npos) return fail(engine, 2, msg::kBadExpression);
+      if (close == std::u16string_view::npos) {
+        verdict.fail(2, msg::kBadExpression);
+        return;
+      }
       pos = close;
       continue;
     }
     if ((c == u'T' || c == u't') && thenAt(line, pos)) {
-      parts.condition = line.substr(word.end, pos - word.end);
-      const detail::Cut tail = detail::upToComment(line, pos + kThen.size());
-      parts.tail = trimBlanks(tail.text);
-      parts.tailReadable = tail.readable;
-      return 0;
+      condition = std::make_unique<eval::Expression>(line.substr(word.end, pos - word.end));
+      const detail::Cut cut = detail::upToComment(line, pos + kThen.size());
+      tail = trimBlanks(cut.text);
+      tailReadable = cut.readable;
+      return;
     }
   }
-  return fail(engine, 9, msg::kIfMissingThen);
+  verdict.fail(9, msg::kIfMissingThen);
 }
 
 // The tail of a true single-line IF runs as a script of its own on a child
-// engine that shares the variables and the record.
-std::int32_t runTail(BasicEngine& engine, std::u16string_view tail) {
+// engine that shares the variables and the record. The child is made once
+// per line and starts every run as a new engine would.
+std::int32_t runTail(BasicEngine& engine, IfForm& form) {
   // The tail may itself be a single-line IF.
   const NestingLevel level;
-  BasicEngine child;
+  if (!form.child) {
+    form.child = std::make_unique<BasicEngine>();
+    form.child->SetCodeBlock(std::u16string(form.tail));
+  }
+  BasicEngine& child = *form.child;
+  services::ResetForTail(child);
   child.SetParent(engine.Parent());
   services::ShareStateOf(child, engine);
-  child.SetCodeBlock(std::u16string(tail));
   child.Execute();
   if (child.ErrNum() == 0) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
@@ -97,38 +114,52 @@ bool equalsTrue(const Value& condition, const Locale& loc) {
   return cmp && *cmp == 0;
 }
 
-// ELSE and END IF: the keyword and what follows it up to a comment. nullopt
-// when the keyword itself is wrong (already reported).
-std::optional<std::u16string_view> keywordRest(BasicEngine& engine, std::u16string_view line,
-                                               std::u16string_view keyword) {
-  const auto word = detail::expectKeyword(engine, line, keyword);
-  if (!word) return std::nullopt;
-  return trimBlanks(detail::upToComment(line, word->end).text);
-}
+// ELSE and END IF: the keyword and what follows it up to a comment.
+struct KeywordForm : Form {
+  KeywordForm(std::u16string_view line, std::u16string_view keyword) {
+    const auto word = detail::expectKeyword(verdict, line, keyword);
+    if (word) rest = trimBlanks(detail::upToComment(line, word->end).text);
+  }
+  detail::Verdict verdict;
+  std::u16string_view rest;
+};
+
+struct ElseForm : KeywordForm {
+  explicit ElseForm(std::u16string_view line) : KeywordForm(line, u"ELSE") {}
+};
+struct EndIfForm : KeywordForm {
+  explicit EndIfForm(std::u16string_view line) : KeywordForm(line, u"END") {}
+};
 
 }  // namespace
 
-bool IsIfBlock(BasicEngine& engine, std::u16string_view line) {
-  IfParts parts;
-  if (splitIf(engine, line, parts) != 0) return false;
-  return parts.tailReadable && parts.tail.empty();
+bool IsIfBlock(BasicEngine& engine, KeptLine& line) {
+  const IfForm& form = formOf<IfForm>(line);
+  if (!form.verdict.go()) {
+    form.verdict.replay(engine);
+    return false;
+  }
+  return form.tailReadable && form.tail.empty();
 }
 
-std::int32_t If(BasicEngine& engine, std::u16string_view line) {
-  IfParts parts;
-  if (const std::int32_t err = splitIf(engine, line, parts); err != 0) return err;
+std::int32_t If(BasicEngine& engine, KeptLine& line) {
+  IfForm& form = formOf<IfForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
   // An unclosed literal after THEN: the statement cannot move on, and
   // returning "success" there would make the run loop repeat this line for
   // ever. Report it like an unclosed literal in the condition.
-  if (!parts.tailReadable) return fail(engine, 2, msg::kBadExpression);
-  const bool block = parts.tail.empty();
+  if (!form.tailReadable) return fail(engine, 2, msg::kBadExpression);
+  const bool block = form.tail.empty();
 
-  const Value condition = Evaluate(engine, parts.condition);
+  const Value condition = form.condition->evaluate(engine);
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   if (block) {
-    services::PushFlag(engine,
-                       detail::flagEntry(detail::kIfMarker, engine.CurrentLineNum(), condition));
+    FlagFrame frame;
+    frame.marker = FlagFrame::Marker::If;
+    frame.line = Value::integer(engine.CurrentLineNum());
+    frame.detail = condition;
+    services::PushFlag(engine, std::move(frame));
     engine.SetIfCount(detail::step16(engine.IfCount(), 1));
   }
 
@@ -145,7 +176,7 @@ std::int32_t If(BasicEngine& engine, std::u16string_view line) {
   }
 
   if (holds) {
-    if (!block) return runTail(engine, parts.tail);
+    if (!block) return runTail(engine, form);
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;
   }
@@ -157,17 +188,17 @@ std::int32_t If(BasicEngine& engine, std::u16string_view line) {
   return jumpTo(engine, detail::skipForward(engine, detail::Skip::FalseIf, condition, stop), stop);
 }
 
-std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
-  const auto rest = keywordRest(engine, line, u"ELSE");
-  if (!rest) return engine.ErrNum();
-  if (!rest->empty()) return fail(engine, 8, msg::kElseError);
+std::int32_t Else(BasicEngine& engine, KeptLine& line) {
+  const ElseForm& form = formOf<ElseForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.rest.empty()) return fail(engine, 8, msg::kElseError);
   if (engine.StmtFlagCount() < 1) return fail(engine, 7, msg::kElseWithoutIf);
-  const Value entry = services::PeekFlag(engine);
-  if (detail::flagMarker(entry) != detail::kIfMarker) return fail(engine, 7, msg::kElseWithoutIf);
+  const FlagFrame& entry = services::PeekFlag(engine);
+  if (entry.marker != FlagFrame::Marker::If) return fail(engine, 7, msg::kElseWithoutIf);
 
   // Only a condition exactly equal to True took the IF part; any other
   // value (5, Null, ...) leaves the ELSE part to run as well.
-  if (!equalsTrue(detail::flagItem(entry, 3), engine.Locale())) {
+  if (!equalsTrue(entry.detail, engine.Locale())) {
     engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
     return 0;
   }
@@ -176,22 +207,20 @@ std::int32_t Else(BasicEngine& engine, std::u16string_view line) {
   // error number.
   for (std::int16_t at = detail::nextLine(engine.CurrentLineNum());; at = detail::nextLine(at)) {
     if (at > engine.LineCount()) return fail(engine, 10, msg::kIfWithoutEndIf);
-    const std::int16_t kind = engine.WhatSTMT(services::LineCode(engine, at));
-    if (kind == kStmtEndIf) {
+    if (detail::kindAt(engine, at) == kStmtEndIf) {
       engine.SetCurrentLineNum(at);
       return 0;
     }
   }
 }
 
-std::int32_t EndIf(BasicEngine& engine, std::u16string_view line) {
-  const auto rest = keywordRest(engine, line, u"END");
-  if (!rest) return engine.ErrNum();
+std::int32_t EndIf(BasicEngine& engine, KeptLine& line) {
+  const EndIfForm& form = formOf<EndIfForm>(line);
+  if (!form.verdict.go()) return form.verdict.replay(engine);
   // A bare END is the stop statement's business, not this one's.
-  if (rest->empty()) return engine.ErrNum();
-  if (!equalsNoCase(*rest, u"IF")) return fail(engine, 12, msg::kEndIfSyntax);
-  if (engine.StmtFlagCount() < 1 ||
-      detail::flagMarker(services::PeekFlag(engine)) != detail::kIfMarker) {
+  if (form.rest.empty()) return engine.ErrNum();
+  if (!equalsNoCase(form.rest, u"IF")) return fail(engine, 12, msg::kEndIfSyntax);
+  if (engine.StmtFlagCount() < 1 || services::PeekFlag(engine).marker != FlagFrame::Marker::If) {
     return fail(engine, 11, msg::kEndIfWithoutIf);
   }
   services::PopFlag(engine);

@@ -2,6 +2,7 @@
 
 #include "engine/checked.hpp"
 #include "engine/engine_services.hpp"
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "korvex/engine.hpp"
@@ -19,11 +20,32 @@ std::size_t skipBlanks(std::u16string_view s, std::size_t pos) noexcept {
   return pos;
 }
 
-std::optional<Word> readKeyword(BasicEngine& engine, std::u16string_view line, QuoteStyle style) {
+std::int32_t Verdict::replay(BasicEngine& engine) const {
+  switch (kind) {
+    case Kind::Fail:
+      return detail::fail(engine, number, message);
+    case Kind::MessageOnly:
+      engine.SetErrMsg(message);
+      return engine.ErrNum();
+    case Kind::Go:
+    case Kind::Status:
+      break;
+  }
+  return engine.ErrNum();
+}
+
+bool Verdict::fail(std::int32_t n, std::u16string_view text) {
+  kind = Kind::Fail;
+  number = n;
+  message.assign(text);
+  return false;
+}
+
+std::optional<Word> readKeyword(Verdict& verdict, std::u16string_view line, QuoteStyle style) {
   const std::size_t start = skipBlanks(line, 0);
   if (start == line.size() || line[start] == u'\'') return Word{{}, start};
   if (!isIdentStart(line[start])) {
-    fail(engine, 3, msg::kBadSymbol);
+    verdict.fail(3, msg::kBadSymbol);
     return std::nullopt;
   }
   std::size_t pos = start + 1;
@@ -33,18 +55,18 @@ std::optional<Word> readKeyword(BasicEngine& engine, std::u16string_view line, Q
     message += style == QuoteStyle::Spaced ? u" '" : u"'";
     message += line[pos];
     message += u'\'';
-    fail(engine, 3, message);
+    verdict.fail(3, message);
     return std::nullopt;
   }
   return Word{line.substr(start, pos - start), pos};
 }
 
-std::optional<Word> expectKeyword(BasicEngine& engine, std::u16string_view line,
+std::optional<Word> expectKeyword(Verdict& verdict, std::u16string_view line,
                                   std::u16string_view keyword) {
-  auto word = readKeyword(engine, line, QuoteStyle::Spaced);
+  auto word = readKeyword(verdict, line, QuoteStyle::Spaced);
   if (!word) return std::nullopt;
   if (!equalsNoCase(word->text, keyword)) {
-    fail(engine, 1, msg::kSyntax);
+    verdict.fail(1, msg::kSyntax);
     return std::nullopt;
   }
   return word;
@@ -71,35 +93,15 @@ Cut upToComment(std::u16string_view line, std::size_t from) noexcept {
   return Cut{line.substr(from), true};
 }
 
+std::int16_t kindAt(BasicEngine& engine, std::int16_t line) {
+  if (KeptLine* kept = services::KeptLineAt(engine, line)) return services::KindOf(engine, *kept);
+  return engine.WhatSTMT(services::LineCode(engine, line));
+}
+
 std::int16_t nextLine(std::int16_t line) { return step16(line, 1); }
 
 std::int16_t step16(std::int16_t value, int delta) {
   return toInt16Checked(std::int64_t{value} + delta);
-}
-
-Value flagEntry(std::u16string_view marker, std::int16_t line, Value detail) {
-  Array entry({Array::Bound{1, 3}});
-  entry.elements()[0] = Value::string(marker);
-  entry.elements()[1] = Value::integer(line);
-  entry.elements()[2] = std::move(detail);
-  return Value::array(std::move(entry));
-}
-
-Value flagItem(const Value& entry, std::size_t index) {
-  if (!entry.isArray()) return {};
-  const auto& items = entry.arrayValue().elements();
-  if (index < 1 || index > items.size()) return {};
-  return items[index - 1];
-}
-
-std::u16string_view flagMarker(const Value& entry) {
-  if (!entry.isArray() || entry.arrayValue().elements().empty()) return {};
-  const Value& marker = entry.arrayValue().elements().front();
-  return marker.isString() ? std::u16string_view(marker.stringValue()) : std::u16string_view();
-}
-
-bool isDoMarker(std::u16string_view marker) noexcept {
-  return marker == kDoWhileMarker || marker == kDoUntilMarker;
 }
 
 bool conditionHolds(const Value& value, const Locale& locale) {

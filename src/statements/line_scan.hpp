@@ -1,6 +1,6 @@
 // Scanning helpers shared by the statement classes: keyword words, the
-// text up to a comment, error reporting, 16-bit line stepping and the
-// entries the block statements keep on the statement-flag stack.
+// text up to a comment, the verdicts of a line's text, error reporting and
+// 16-bit line stepping.
 #pragma once
 
 #include <cstddef>
@@ -22,6 +22,27 @@ namespace stmt::detail {
 /// statement reports in) and returns the number.
 std::int32_t fail(BasicEngine& engine, std::int32_t number, std::u16string_view message);
 
+/// What a line's text alone decides before anything of it runs: go on, or
+/// end the statement the same way every time it runs. A statement derives
+/// it once and replays it on every run of the line.
+struct Verdict {
+  enum class Kind : std::uint8_t {
+    Go,
+    Fail,         // report number and message
+    MessageOnly,  // store the message, keep the number, end the statement
+    Status,       // end the statement with whatever number the engine holds
+  };
+  Kind kind = Kind::Go;
+  std::int32_t number = 0;
+  std::u16string message;
+
+  bool go() const noexcept { return kind == Kind::Go; }
+  /// Ends the statement as decided; the statement's return value.
+  std::int32_t replay(BasicEngine& engine) const;
+  /// Records a failure (the verdict must still be Go) and returns false.
+  bool fail(std::int32_t n, std::u16string_view text);
+};
+
 /// Index of the first non-blank character at or after `pos` (size() if none).
 std::size_t skipBlanks(std::u16string_view s, std::size_t pos) noexcept;
 
@@ -37,12 +58,12 @@ struct Word {
 /// The first word of a keyword line (ELSE, END, DO, LOOP, EXIT, MSGBOX):
 /// blanks skipped, a comment before it gives the empty word, otherwise a
 /// name-like run up to the next blank. A character that may not start or
-/// continue a name is reported as error 3; nullopt then.
-std::optional<Word> readKeyword(BasicEngine& engine, std::u16string_view line, QuoteStyle style);
+/// continue a name is error 3 (recorded in `verdict`); nullopt then.
+std::optional<Word> readKeyword(Verdict& verdict, std::u16string_view line, QuoteStyle style);
 
 /// readKeyword, then the word must be `keyword` (any case), else error 1
-/// "语法错". nullopt when it is missing or wrong (already reported).
-std::optional<Word> expectKeyword(BasicEngine& engine, std::u16string_view line,
+/// "语法错". nullopt when it is missing or wrong (recorded in `verdict`).
+std::optional<Word> expectKeyword(Verdict& verdict, std::u16string_view line,
                                   std::u16string_view keyword);
 
 /// The next run of non-blank characters at or after `pos` (possibly empty).
@@ -57,24 +78,14 @@ struct Cut {
 };
 Cut upToComment(std::u16string_view line, std::size_t from) noexcept;
 
+/// The statement kind of line n of the running script, its error reported
+/// as WhatSTMT reports it.
+std::int16_t kindAt(BasicEngine& engine, std::int16_t line);
+
 /// line + 1 with the platform's overflow (error 6) past 32767.
 std::int16_t nextLine(std::int16_t line);
 /// Adds `delta` to a 16-bit counter, with the same overflow rule.
 std::int16_t step16(std::int16_t value, int delta);
-
-// ---- statement-flag entries: (marker, line, detail), indexes 1 to 3 ------
-
-inline constexpr std::u16string_view kIfMarker = u"If";
-inline constexpr std::u16string_view kDoWhileMarker = u"Do While";
-inline constexpr std::u16string_view kDoUntilMarker = u"Do Until";
-
-Value flagEntry(std::u16string_view marker, std::int16_t line, Value detail);
-/// Element 1 to 3 of an entry; Empty when the value is no entry.
-Value flagItem(const Value& entry, std::size_t index);
-/// The entry's marker (a view into `entry`); "" when the value is no entry
-/// or holds no text there.
-std::u16string_view flagMarker(const Value& entry);
-bool isDoMarker(std::u16string_view marker) noexcept;
 
 /// A condition read as a Boolean: Null is False, everything else converts
 /// (a value that cannot is the platform's type mismatch).

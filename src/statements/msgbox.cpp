@@ -1,6 +1,7 @@
 // MSGBOX expression: shows the value in a modal box with an OK button.
 #include <string>
 
+#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
@@ -11,10 +12,12 @@
 
 namespace korvex::stmt {
 
-std::int32_t MsgBox(BasicEngine& engine, std::u16string_view line) {
+std::int32_t MsgBox(BasicEngine& engine, KeptLine& kept) {
+  const std::u16string_view line = kept.text;
   // The keyword must be followed by a blank: "MsgBox(" is a bad name.
-  const auto word = detail::readKeyword(engine, line, detail::QuoteStyle::Tight);
-  if (!word) return engine.ErrNum();
+  detail::Verdict verdict;
+  const auto word = detail::readKeyword(verdict, line, detail::QuoteStyle::Tight);
+  if (!word) return verdict.replay(engine);
   if (!equalsNoCase(word->text, u"MSGBOX")) return detail::fail(engine, 1, msg::kSyntax);
 
   const detail::Cut rest = detail::upToComment(line, word->end);

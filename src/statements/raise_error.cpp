@@ -3,7 +3,8 @@
 #include <string>
 
 #include "engine/messages.hpp"
-#include "engine/paras.hpp"
+#include "eval/expression.hpp"
+#include "functions/protocol.hpp"
 #include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
@@ -19,8 +20,8 @@ constexpr std::int32_t kUserError = 2000;
 }  // namespace
 
 std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText) {
-  Paras paras;
-  if (paras.Parse(argText) != 0 || paras.Count() != 1) {
+  const fn::ArgList args(argText);
+  if (!args.parsed() || args.count() != 1) {
     std::u16string message(msg::kBadArguments);
     message += u"{语句:";
     message += kName;
@@ -28,11 +29,11 @@ std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText) {
     message += u'}';
     return detail::fail(engine, 6, message);
   }
-  paras.EvaluateParas(engine);
+  const Value value = args.item(0).evaluate(engine);
   if (engine.ErrNum() != 0) return engine.ErrNum();
 
   // Any value is accepted; a Null cannot become text and faults here.
-  std::u16string text = vb::toString(paras.Item(1).value, engine.Locale());
+  std::u16string text = vb::toString(value, engine.Locale());
   return detail::fail(engine, kUserError, text);
 }
 

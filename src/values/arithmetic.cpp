@@ -134,9 +134,16 @@ Value addNumbers(const Operand& a, const Operand& b, AddOp op) {
   return {};
 }
 
+// Script numbers are Doubles: the commonest sums and products skip the
+// general promotion.
+bool bothDouble(const Value& l, const Value& r) noexcept {
+  return l.type() == VarType::Double && r.type() == VarType::Double;
+}
+
 }  // namespace
 
 Value add(const Value& l, const Value& r, const Locale& loc) {
+  if (bothDouble(l, r)) return doubleResult(l.doubleValue() + r.doubleValue());
   if (l.isNull() || r.isNull()) return Value::null();
   if (l.isString() && r.isString()) return Value::string(l.stringValue() + r.stringValue());
   if (l.isString() && r.isEmpty()) return l;
@@ -145,11 +152,13 @@ Value add(const Value& l, const Value& r, const Locale& loc) {
 }
 
 Value subtract(const Value& l, const Value& r, const Locale& loc) {
+  if (bothDouble(l, r)) return doubleResult(l.doubleValue() - r.doubleValue());
   if (l.isNull() || r.isNull()) return Value::null();
   return addNumbers(operand(l, loc), operand(r, loc), AddOp::Minus);
 }
 
 Value multiply(const Value& l, const Value& r, const Locale& loc) {
+  if (bothDouble(l, r)) return doubleResult(l.doubleValue() * r.doubleValue());
   if (l.isNull() || r.isNull()) return Value::null();
   Operand a = operand(l, loc);
   Operand b = operand(r, loc);

@@ -46,6 +46,9 @@ int compareStrings(std::u16string_view a, std::u16string_view b) { return order(
 }  // namespace
 
 std::optional<int> compareValues(const Value& l, const Value& r, const Locale& loc) {
+  if (l.type() == VarType::Double && r.type() == VarType::Double) {
+    return order(l.doubleValue(), r.doubleValue());
+  }
   if (l.isNull() || r.isNull()) return std::nullopt;
   const Class a = classify(l);
   const Class b = classify(r);

@@ -1,3 +1,4 @@
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -15,7 +16,9 @@ DecimalDigits exactDigits(double x) {
   // 60 significant digits: beyond any rounding position a format can ask
   // for within a Double's range of precision, so the cut sees the true value.
   char buf[96];
-  std::snprintf(buf, sizeof buf, "%.59e", x);
+  const auto written =
+      std::to_chars(buf, buf + sizeof buf - 1, x, std::chars_format::scientific, 59);
+  *written.ptr = '\0';
   const char* p = buf;
   std::string digits;
   digits.reserve(60);

@@ -105,11 +105,32 @@ Value Value::date(double serial) noexcept {
   return v;
 }
 
-Value Value::string(std::u16string x) {
+Value Value::holding(VarType type, const detail::ValuePayload* payload) noexcept {
   Value v;
-  v.type_ = VarType::String;
-  v.str_ = std::make_shared<const std::u16string>(std::move(x));
+  v.type_ = type;
+  v.u_.p = payload;
   return v;
+}
+
+void Value::release() noexcept {
+  if (u_.p->refs.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  switch (type_) {
+    case VarType::String:
+      delete static_cast<const detail::StringPayload*>(u_.p);
+      break;
+    case VarType::Object:
+      delete static_cast<const detail::ObjectPayload*>(u_.p);
+      break;
+    case VarType::Array:
+      delete static_cast<const detail::ArrayPayload*>(u_.p);
+      break;
+    default:
+      break;
+  }
+}
+
+Value Value::string(std::u16string x) {
+  return holding(VarType::String, new detail::StringPayload(std::move(x)));
 }
 
 Value Value::string(std::u16string_view x) { return string(std::u16string(x)); }
@@ -121,18 +142,14 @@ Value Value::boolean(bool x) noexcept {
   return v;
 }
 
-Value Value::object(ObjectRef x) noexcept {
-  Value v;
-  v.type_ = VarType::Object;
-  v.obj_ = std::move(x);
-  return v;
+Value Value::object(ObjectRef x) {
+  // Nothing needs no storage.
+  if (!x) return holding(VarType::Object, nullptr);
+  return holding(VarType::Object, new detail::ObjectPayload(std::move(x)));
 }
 
 Value Value::array(Array x) {
-  Value v;
-  v.type_ = VarType::Array;
-  v.arr_ = std::make_shared<const Array>(std::move(x));
-  return v;
+  return holding(VarType::Array, new detail::ArrayPayload(std::move(x)));
 }
 
 bool Value::isNumberType() const noexcept {
@@ -148,21 +165,22 @@ bool Value::isNumberType() const noexcept {
 }
 
 namespace {
-const std::u16string kNoString;
 const Array kNoArray;
 }  // namespace
 
-const std::u16string& Value::stringValue() const noexcept {
-  return type_ == VarType::String && str_ ? *str_ : kNoString;
-}
-
 const ObjectRef& Value::objectValue() const noexcept {
   static const ObjectRef kNothing;
-  return type_ == VarType::Object ? obj_ : kNothing;
+  return type_ == VarType::Object && u_.p != nullptr
+             ? static_cast<const detail::ObjectPayload*>(u_.p)->object
+             : kNothing;
 }
 
 const Array& Value::arrayValue() const noexcept {
-  return type_ == VarType::Array && arr_ ? *arr_ : kNoArray;
+  return type_ == VarType::Array && u_.p != nullptr
+             ? static_cast<const detail::ArrayPayload*>(u_.p)->array
+             : kNoArray;
 }
+
+static_assert(sizeof(Value) == 16, "a value is a type tag and eight bytes");
 
 }  // namespace korvex

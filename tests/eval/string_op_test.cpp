@@ -138,27 +138,5 @@ TEST(Paras, ParaTextIsTheListWithoutItsOuterPair) {
   EXPECT_EQ(p.ParaText(), u"x, y");
 }
 
-TEST(Paras, EvaluatesEveryArgumentInOrder) {
-  Harness f;
-  f.engine.SetSysVar(u"A", Value::dbl(2));
-  Paras p;
-  ASSERT_EQ(p.Parse(u"(a * 3, \"x\" & a, NULL)"), 0);
-  ASSERT_EQ(p.EvaluateParas(f.engine), 0);
-  EXPECT_EQ(describe(p.Item(1).value), "Double:6");
-  EXPECT_EQ(describe(p.Item(2).value), "String:x2");
-  EXPECT_EQ(describe(p.Item(3).value), "Null:");
-}
-
-TEST(Paras, StopsAtTheFirstFailingArgument) {
-  Harness f;
-  Paras p;
-  ASSERT_EQ(p.Parse(u"(1, nosuch, 3)"), 0);
-  EXPECT_EQ(p.EvaluateParas(f.engine), 56);
-  EXPECT_EQ(p.ErrNum(), 56);
-  EXPECT_EQ(f.engine.ErrMsg(), u"遇到不可识别的符号或变量名");
-  EXPECT_EQ(describe(p.Item(1).value), "Double:1");
-  EXPECT_TRUE(p.Item(3).value.isEmpty());
-}
-
 }  // namespace
 }  // namespace korvex::testing

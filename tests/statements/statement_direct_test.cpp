@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "engine/kept_script.hpp"
 #include "korvex/memory_recordset.hpp"
 #include "statements/statement.hpp"
 #include "support.hpp"
@@ -13,7 +14,14 @@
 namespace korvex::testing {
 namespace {
 
-using StatementFn = std::int32_t (*)(BasicEngine&, std::u16string_view);
+using StatementFn = std::int32_t (*)(BasicEngine&, KeptLine&);
+
+// A statement run on a line of its own, outside a script.
+template <typename Fn>
+auto onLine(Fn statement, BasicEngine& engine, std::u16string_view text) {
+  KeptLine line{std::u16string(text)};
+  return statement(engine, line);
+}
 
 struct DirectCase {
   const char* name;
@@ -33,7 +41,7 @@ TEST_P(DirectCases, ResultMessageAndLine) {
   const DirectCase& c = GetParam();
   Harness h;
   h.engine.SetCurrentLineNum(5);
-  EXPECT_EQ(c.statement(h.engine, c.line), c.result);
+  EXPECT_EQ(onLine(c.statement, h.engine, c.line), c.result);
   EXPECT_EQ(h.engine.ErrNum(), c.errNum);
   EXPECT_EQ(h.errMsg(), c.errMsg);
   EXPECT_EQ(h.engine.CurrentLineNum(), c.lineAfter);
@@ -91,7 +99,7 @@ TEST(IsIfBlock, ClassifiesAndReportsTheIfErrors) {
   // clang-format on
   for (const auto& c : cases) {
     Harness h;
-    EXPECT_EQ(stmt::IsIfBlock(h.engine, c.line), c.block) << toUtf8(c.line);
+    EXPECT_EQ(onLine(stmt::IsIfBlock, h.engine, c.line), c.block) << toUtf8(c.line);
     EXPECT_EQ(h.engine.ErrNum(), c.errNum) << toUtf8(c.line);
   }
 }
@@ -109,7 +117,7 @@ std::vector<std::string> entryItems(const Value& entry) {
 TEST(FlagEntries, BlockIfKeepsTheRawConditionValue) {
   Harness h;
   h.engine.SetCurrentLineNum(3);
-  EXPECT_EQ(stmt::If(h.engine, u"If 5 Then ' block"), 0);
+  EXPECT_EQ(onLine(stmt::If, h.engine, u"If 5 Then ' block"), 0);
   EXPECT_EQ(h.engine.CurrentLineNum(), 4);
   EXPECT_EQ(h.engine.IfCount(), 1);
   EXPECT_EQ(entryItems(h.engine.GetpopValueStmtFlag()),
@@ -119,7 +127,7 @@ TEST(FlagEntries, BlockIfKeepsTheRawConditionValue) {
 TEST(FlagEntries, DoKeepsTheConditionTextAsWritten) {
   Harness h;
   h.engine.SetCurrentLineNum(7);
-  EXPECT_EQ(stmt::Do(h.engine, u"  do until 1 > 2 ' c"), 0);
+  EXPECT_EQ(onLine(stmt::Do, h.engine, u"  do until 1 > 2 ' c"), 0);
   EXPECT_EQ(h.engine.CurrentLineNum(), 8);
   EXPECT_EQ(h.engine.DoCount(), 1);
   EXPECT_EQ(entryItems(h.engine.GetpopValueStmtFlag()),
@@ -130,7 +138,7 @@ TEST(LineNumbers, SteppingPastTheLastLineNumberOverflows) {
   Harness h;
   h.engine.SetCurrentLineNum(32767);
   try {
-    stmt::If(h.engine, u"If 1 Then");
+    onLine(stmt::If, h.engine, u"If 1 Then");
     FAIL() << "no overflow";
   } catch (const vb::RuntimeError& e) {
     EXPECT_EQ(e.number(), vb::kOverflow);

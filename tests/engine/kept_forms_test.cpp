@@ -1,0 +1,109 @@
+// An engine keeps what each line's text decides between runs of the same
+// script. When the host changes the state in between (another record set,
+// other regional settings, a function registered), the next run must give
+// what a new engine reading the text afresh gives in that state.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "korvex/host_function.hpp"
+#include "korvex/memory_recordset.hpp"
+#include "support.hpp"
+
+namespace korvex::testing {
+namespace {
+
+std::string summary(BasicEngine& engine, const RunResult& r) {
+  return std::to_string(r.errNum) + " " + toUtf8(r.errMsg) + " @" + std::to_string(r.line) +
+         " X=" + describe(engine.GetVarValue(u"X"));
+}
+
+struct StateChange {
+  const char* name;
+  const char* script;
+  std::function<void(BasicEngine&)> before;  // the state of the first run
+  std::function<void(BasicEngine&)> after;   // the state of the second
+};
+
+void PrintTo(const StateChange& c, std::ostream* os) { *os << c.name; }
+
+class KeptForms : public ::testing::TestWithParam<StateChange> {};
+
+TEST_P(KeptForms, SecondRunMatchesAFreshEngine) {
+  const StateChange& c = GetParam();
+  BasicEngine kept;
+  kept.SetCodeBlock(scriptText(c.script));
+  c.before(kept);
+  const std::string first = summary(kept, kept.Run());
+  c.after(kept);
+  kept.SetSysVar(u"X", Value());
+  const std::string second = summary(kept, kept.Run());
+
+  BasicEngine fresh;
+  fresh.SetCodeBlock(scriptText(c.script));
+  c.after(fresh);
+  EXPECT_EQ(second, summary(fresh, fresh.Run()));
+  // The change matters: otherwise the case proves nothing.
+  EXPECT_NE(first, second);
+}
+
+std::shared_ptr<MemoryRecordset> record(std::u16string field, Value value) {
+  return MemoryRecordset::create({std::move(field)}, {{std::move(value)}});
+}
+
+HostFunction doubling() {
+  HostFunction f;
+  f.name = u"Bonus";
+  f.minArgs = 1;
+  f.maxArgs = 1;
+  f.operation = [](const HostFunctionCall& call, Value& result) {
+    result = Value::dbl(vb::toDouble(call.arg(1), Locale::zhCN()) * 2);
+    return 0;
+  };
+  return f;
+}
+
+const StateChange kChanges[] = {
+    {"field_of_one_record_set_only", "DIM x\nx = 工号 & \"\"",
+     [](BasicEngine& e) { e.SetRecordSet(record(u"工号", Value::string(u"001"))); },
+     [](BasicEngine& e) { e.SetRecordSet(record(u"姓名", Value::string(u"张三"))); }},
+    {"field_becomes_shadowed_by_variable", "DIM x\nx = 工号",
+     [](BasicEngine& e) { e.SetRecordSet(record(u"工号", Value::string(u"001"))); },
+     [](BasicEngine& e) { e.SetSysVar(u"工号", Value::dbl(7)); }},
+    {"date_literal_read_with_the_current_locale", "DIM x\nx = #3/1/05#",
+     [](BasicEngine& e) { e.SetLocale(Locale::zhCN()); },
+     [](BasicEngine& e) { e.SetLocale(Locale::enUS()); }},
+    {"name_becomes_a_host_function", "DIM bonus, x\nx = bonus(2)", [](BasicEngine&) {},
+     [](BasicEngine& e) { e.RegisterFunction(doubling()); }},
+};
+
+std::string changeName(const ::testing::TestParamInfo<StateChange>& info) {
+  return info.param.name;
+}
+INSTANTIATE_TEST_SUITE_P(HostChanges, KeptForms, ::testing::ValuesIn(kChanges), changeName);
+
+TEST(KeptForms, ANewScriptDropsTheOldForms) {
+  BasicEngine engine;
+  engine.SetCodeBlock(u"DIM x\r\nx = 1 + 1");
+  ASSERT_TRUE(engine.Run().ok());
+  // Same line count, same line lengths: only the text tells them apart.
+  engine.SetCodeBlock(u"DIM x\r\nx = 2 * 4");
+  ASSERT_TRUE(engine.Run().ok());
+  EXPECT_EQ(describe(engine.GetVarValue(u"X")), "Double:8");
+}
+
+TEST(KeptForms, LoopsLeftOpenByAnEarlierScriptReadTheirTextAfresh) {
+  // The entry a DO left on the stack outlives its script; the LOOP of the
+  // next script evaluates the entry's text, not the old script's form.
+  BasicEngine engine;
+  engine.SetCodeBlock(u"DIM n\r\nn = 0\r\nDo While n < 3\r\nn = n + 1\r\nRaiseError \"stop\"");
+  EXPECT_EQ(engine.Run().errNum, 2000);
+  engine.SetCodeBlock(u"n = n + 10\r\nLoop");
+  const RunResult r = engine.Run();
+  EXPECT_EQ(r.errNum, 0);
+  EXPECT_EQ(describe(engine.GetVarValue(u"N")), "Double:11");
+}
+
+}  // namespace
+}  // namespace korvex::testing
