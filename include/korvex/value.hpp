@@ -194,6 +194,7 @@ struct ValuePayload {
 };
 struct StringPayload final : ValuePayload {
   explicit StringPayload(std::u16string t) : text(std::move(t)) {}
+  explicit StringPayload(std::u16string_view t) : text(t) {}
   std::u16string text;
 };
 struct ObjectPayload final : ValuePayload {
@@ -211,6 +212,54 @@ inline const std::u16string& Value::stringValue() const noexcept {
   return type_ == VarType::String && u_.p != nullptr
              ? static_cast<const detail::StringPayload*>(u_.p)->text
              : kNone;
+}
+
+inline Value Value::null() noexcept {
+  Value v;
+  v.type_ = VarType::Null;
+  return v;
+}
+
+inline Value Value::integer(std::int16_t x) noexcept {
+  Value v;
+  v.type_ = VarType::Integer;
+  v.u_.i16 = x;
+  return v;
+}
+
+inline Value Value::lng(std::int32_t x) noexcept {
+  Value v;
+  v.type_ = VarType::Long;
+  v.u_.i32 = x;
+  return v;
+}
+
+inline Value Value::dbl(double x) noexcept {
+  Value v;
+  v.type_ = VarType::Double;
+  v.u_.d = x;
+  return v;
+}
+
+inline Value Value::currency(Currency x) noexcept {
+  Value v;
+  v.type_ = VarType::Currency;
+  v.u_.cy = x.scaled;
+  return v;
+}
+
+inline Value Value::date(double serial) noexcept {
+  Value v;
+  v.type_ = VarType::Date;
+  v.u_.d = serial;
+  return v;
+}
+
+inline Value Value::boolean(bool x) noexcept {
+  Value v;
+  v.type_ = VarType::Boolean;
+  v.u_.b = x;
+  return v;
 }
 
 inline void Value::retain() const noexcept {

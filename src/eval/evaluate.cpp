@@ -1,6 +1,7 @@
 // Evaluating a kept expression: the actions resolve the operands that
 // depend on the run's state, in scan order; then the postfix sequence runs
 // on a value stack.
+#include <cmath>
 #include <string>
 
 #include "engine/engine_services.hpp"
@@ -387,6 +388,77 @@ Value run(BasicEngine& engine, const Expression::Form& f, ValueBuffer& work, Ope
   return {};
 }
 
+// The commonest formula of all, Doubles with sums, products and perhaps a
+// comparison at the end, runs on plain numbers. Anything else (another
+// type, another operator, an overflow, a comparison's result used further,
+// a stack fault) gives up before any effect, and the general run does it
+// all again with the same results.
+bool runOnDoubles(const Expression::Form& f, Value& out) {
+  constexpr std::size_t kDepth = 16;
+  double stack[kDepth];
+  std::size_t n = 0;
+  std::size_t next = 0;
+  bool compared = false;
+  for (const Item& item : f.items) {
+    if (compared) return false;
+    if (item.kind != Item::Kind::Operator) {
+      const Value& v = item.kind == Item::Kind::Literal ? f.literals[item.index]
+                                                        : *f.names[f.actions[next++].index].slot;
+      if (v.type() != VarType::Double || n == kDepth) return false;
+      stack[n++] = v.doubleValue();
+      continue;
+    }
+    if (n < 2) return false;
+    const double a = stack[n - 2];
+    const double b = stack[n - 1];
+    double r = 0;
+    switch (item.op) {
+      case Op::Add:
+        r = a + b;
+        break;
+      case Op::Sub:
+        r = a - b;
+        break;
+      case Op::Mul:
+        r = a * b;
+        break;
+      case Op::Lt:
+        r = a < b;
+        compared = true;
+        break;
+      case Op::Gt:
+        r = a > b;
+        compared = true;
+        break;
+      case Op::Le:
+        r = a <= b;
+        compared = true;
+        break;
+      case Op::Ge:
+        r = a >= b;
+        compared = true;
+        break;
+      case Op::Eq:
+        r = a == b;
+        compared = true;
+        break;
+      case Op::Ne:
+      case Op::NeBang:
+        r = a != b;
+        compared = true;
+        break;
+      default:
+        return false;
+    }
+    if (!std::isfinite(r)) return false;
+    stack[n - 2] = r;
+    --n;
+  }
+  if (n != 1) return false;
+  out = compared ? Value::boolean(stack[0] != 0) : Value::dbl(stack[0]);
+  return true;
+}
+
 }  // namespace
 
 Value Expression::evaluate(BasicEngine& engine) const {
@@ -397,13 +469,16 @@ Value Expression::evaluate(BasicEngine& engine) const {
   if (f.actions.empty() && f.items.size() == 1 && f.items.front().kind == Item::Kind::Literal) {
     return f.literals[f.items.front().index];
   }
-  ValueBuffer work;
   if (f.namesOnly && variablesKnown(engine, f)) {
     // Every operand is a variable whose place is known: reading one can
     // neither fail nor do anything, so each is read when the sequence needs it.
+    Value out;
+    if (runOnDoubles(f, out)) return out;
+    ValueBuffer work;
     return run(engine, f, work, [&f](std::size_t k) { return *f.names[f.actions[k].index].slot; });
   }
   // The resolved operands first, the value stack above them.
+  ValueBuffer work;
   if (!resolve(engine, f, work)) return {};
   return run(engine, f, work, [&work](std::size_t k) { return std::move(work[k]); });
 }

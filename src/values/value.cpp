@@ -64,47 +64,6 @@ Value* Array::at(std::span<const std::int32_t> indexes) noexcept {
 
 // ---- Value ---------------------------------------------------------------
 
-Value Value::null() noexcept {
-  Value v;
-  v.type_ = VarType::Null;
-  return v;
-}
-
-Value Value::integer(std::int16_t x) noexcept {
-  Value v;
-  v.type_ = VarType::Integer;
-  v.u_.i16 = x;
-  return v;
-}
-
-Value Value::lng(std::int32_t x) noexcept {
-  Value v;
-  v.type_ = VarType::Long;
-  v.u_.i32 = x;
-  return v;
-}
-
-Value Value::dbl(double x) noexcept {
-  Value v;
-  v.type_ = VarType::Double;
-  v.u_.d = x;
-  return v;
-}
-
-Value Value::currency(Currency x) noexcept {
-  Value v;
-  v.type_ = VarType::Currency;
-  v.u_.cy = x.scaled;
-  return v;
-}
-
-Value Value::date(double serial) noexcept {
-  Value v;
-  v.type_ = VarType::Date;
-  v.u_.d = serial;
-  return v;
-}
-
 Value Value::holding(VarType type, const detail::ValuePayload* payload) noexcept {
   Value v;
   v.type_ = type;
@@ -133,13 +92,8 @@ Value Value::string(std::u16string x) {
   return holding(VarType::String, new detail::StringPayload(std::move(x)));
 }
 
-Value Value::string(std::u16string_view x) { return string(std::u16string(x)); }
-
-Value Value::boolean(bool x) noexcept {
-  Value v;
-  v.type_ = VarType::Boolean;
-  v.u_.b = x;
-  return v;
+Value Value::string(std::u16string_view x) {
+  return holding(VarType::String, new detail::StringPayload(x));
 }
 
 Value Value::object(ObjectRef x) {
