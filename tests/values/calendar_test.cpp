@@ -68,11 +68,8 @@ TEST(Calendar, SerialFromPartsInvertsSplit) {
 }
 
 TEST(Calendar, ValidRange) {
-  EXPECT_TRUE(vb::isValidSerial(-657434));
-  EXPECT_TRUE(vb::isValidSerial(-657434.99));
-  EXPECT_FALSE(vb::isValidSerial(-657435));
-  EXPECT_TRUE(vb::isValidSerial(2958465.99));
-  EXPECT_FALSE(vb::isValidSerial(2958466));
+  for (double s : {-657434.0, -657434.99, 2958465.99}) EXPECT_TRUE(vb::isValidSerial(s)) << s;
+  for (double s : {-657435.0, 2958466.0}) EXPECT_FALSE(vb::isValidSerial(s)) << s;
 }
 
 }  // namespace

@@ -64,20 +64,17 @@ TEST(Rounding, IntFloorsAndFixTruncates) {
     Value v;
     const char* intExpected;
     const char* fixExpected;
+    // clang-format off
   } cases[] = {
-      {Value::dbl(2.7), "Double:2", "Double:2"},
-      {Value::dbl(-2.5), "Double:-3", "Double:-2"},
-      {Value::dbl(-2.0), "Double:-2", "Double:-2"},
-      {Value::dbl(0.3), "Double:0", "Double:0"},
-      {Value::dbl(-0.3), "Double:-1", "Double:0"},
-      {C(-25000), "Currency:-3", "Currency:-2"},
-      {C(25000), "Currency:2", "Currency:2"},
-      {Value::integer(-4), "Integer:-4", "Integer:-4"},
-      {Value::string(u"-3.7"), "Double:-4", "Double:-3"},
+      {Value::dbl(2.7), "Double:2", "Double:2"}, {Value::dbl(-2.5), "Double:-3", "Double:-2"},
+      {Value::dbl(-2.0), "Double:-2", "Double:-2"}, {Value::dbl(0.3), "Double:0", "Double:0"},
+      {Value::dbl(-0.3), "Double:-1", "Double:0"}, {C(-25000), "Currency:-3", "Currency:-2"},
+      {C(25000), "Currency:2", "Currency:2"}, {Value::integer(-4), "Integer:-4", "Integer:-4"},
+      {Value::string(u"-3.7"), "Double:-4", "Double:-3"}, {Value::null(), "Null:", "Null:"},
       {Value::date(38027.75), "Date:2004/2/10", "Date:2004/2/10"},
-      {Value::null(), "Null:", "Null:"},
       {Value::boolean(true), "Integer:-1", "Integer:-1"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     EXPECT_EQ(describe(intPart(c.v, zh())), c.intExpected) << describe(c.v);
     EXPECT_EQ(describe(fixPart(c.v, zh())), c.fixExpected) << describe(c.v);
