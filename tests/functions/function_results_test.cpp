@@ -2,6 +2,8 @@
 // script calls them: value and type for each case.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "support.hpp"
 
 namespace korvex::testing {
@@ -101,12 +103,11 @@ TEST(FunctionClock, DateAndTimeAreTodayAndNow) {
   const Value d = engine.Evaluate(u"DATE()");
   const Value t = engine.Evaluate(u"TIME()");
   ASSERT_EQ(engine.ErrNum(), 0) << toUtf8(engine.ErrMsg());
-  ASSERT_EQ(d.type(), VarType::Date);
-  ASSERT_EQ(t.type(), VarType::Date);
-  EXPECT_EQ(d.doubleValue(), static_cast<double>(static_cast<std::int64_t>(d.doubleValue())));
-  EXPECT_GT(d.doubleValue(), 45000.0);  // after 2023
-  EXPECT_GE(t.doubleValue(), 0.0);
-  EXPECT_LT(t.doubleValue(), 1.0);
+  ASSERT_TRUE(d.type() == VarType::Date && t.type() == VarType::Date);
+  // A whole day after 2023, and a time of day alone.
+  EXPECT_EQ(d.doubleValue(), std::floor(d.doubleValue()));
+  EXPECT_GT(d.doubleValue(), 45000.0);
+  EXPECT_TRUE(t.doubleValue() >= 0.0 && t.doubleValue() < 1.0) << t.doubleValue();
 }
 
 }  // namespace
