@@ -74,31 +74,24 @@ const ValueCase kStringsAndComparison[] = {
 INSTANTIATE_TEST_SUITE_P(StringsAndComparison, EvaluatesTo,
                          ::testing::ValuesIn(kStringsAndComparison));
 
+// clang-format off
 const ValueCase kNullRules[] = {
-    {"NULL + 5", "Double:5"},
-    {"5 + NULL", "Double:5"},
-    {"N + N", "Null:"},
-    {"NULL - 5", "Double:-5"},
-    {"5 - N", "Double:5"},
-    {"NULL * 5", "Integer:0"},
-    {"5 * N", "Integer:0"},
-    {"NULL / 5", "Double:0"},
-    {"NULL & \"x\"", "String:x"},
-    {"NULL = 1", "Null:"},
-    {"EMPTY", "Empty:"},
-    {"EMPTY + 1", "Double:1"},
-    {"-NULL", "Null:"},
-    {"NULL ^ 2", "Null:"},
-    {"NULL & NULL", "Null:"},
-    {"NULL < 1", "Null:"},
-    {"\"a\" * NULL", "Integer:0"},
-    {"NOT EMPTY", "Boolean:True"},
+    {"NULL + 5", "Double:5"}, {"5 + NULL", "Double:5"}, {"N + N", "Null:"},
+    {"NULL - 5", "Double:-5"}, {"5 - N", "Double:5"}, {"NULL * 5", "Integer:0"},
+    {"5 * N", "Integer:0"}, {"NULL / 5", "Double:0"}, {"NULL & \"x\"", "String:x"},
+    {"NULL = 1", "Null:"}, {"EMPTY", "Empty:"}, {"EMPTY + 1", "Double:1"}, {"-NULL", "Null:"},
+    {"NULL ^ 2", "Null:"}, {"NULL & NULL", "Null:"}, {"NULL < 1", "Null:"},
+    {"\"a\" * NULL", "Integer:0"}, {"NOT EMPTY", "Boolean:True"},
     {"NULL + 5 & \"|\" & NULL * 5", "String:5|0"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(NullRules, EvaluatesTo, ::testing::ValuesIn(kNullRules));
 
+// The inline functions evaluate their one argument themselves; function
+// objects get the text with its parentheses and hand back a value that the
+// expression goes on with.
 // clang-format off
-const ValueCase kInlineFunctions[] = {
+const ValueCase kFunctions[] = {
     {"int(-2.5)", "Double:-2"}, {"INT(2.5)", "Double:2"}, {"Int(-0.5) + 0", "Double:0"},
     {"INT(\"3.7\")", "Double:3"}, {"INT(TRUE)", "Integer:-1"}, {"Len(12.5)", "Long:4"},
     {"LEN(\"abc\")", "Long:3"}, {"len(\"中文\")", "Long:2"}, {"LEN(NULL)", "Null:"},
@@ -108,21 +101,14 @@ const ValueCase kInlineFunctions[] = {
     {"TRIM(12)", "String:12"},
     {"ABS (-3) * 2", "Double:6"},  // blanks before the "(" are allowed
     {"ABS(-(2+3))", "Double:5"}, {"LEN(S) + Len(s & s)", "Long:9"},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(InlineFunctions, EvaluatesTo, ::testing::ValuesIn(kInlineFunctions));
-
-// Function objects get the text with its parentheses and hand back a value
-// that the expression goes on with.
-// clang-format off
-const ValueCase kFunctionCalls[] = {
-    {"mid(\"abcd\", 2, 2)", "String:bc"}, {"Mid(\"abcd\", 2, 2)", "String:bc"},
     {"MID(\"abcd\", 2, 2) & \"!\"", "String:bc!"},
     {"LEFT(\"abc\", 2) + RIGHT(\"xyz\", 1)", "String:abz"}, {"LEFT(\"a)b\", 2)", "String:a)"},
     {"ucase(LEFT(\"abc\", ABS(-2)))", "String:AB"},
+    // Functions run in the order of the text: GetVar sees what SetVar stored.
+    {"SetVar(\"V\", 2) & GetVar(\"V\")", "String:True2"},
 };
 // clang-format on
-INSTANTIATE_TEST_SUITE_P(FunctionCalls, EvaluatesTo, ::testing::ValuesIn(kFunctionCalls));
+INSTANTIATE_TEST_SUITE_P(Functions, EvaluatesTo, ::testing::ValuesIn(kFunctions));
 
 struct ErrorCase {
   const char* expression;
@@ -195,44 +181,39 @@ INSTANTIATE_TEST_SUITE_P(Evaluation, FailsWith, ::testing::ValuesIn(kEvaluationE
 // Names that are functions fail as functions, whether or not their class is
 // built, never as unknown names.
 const ErrorCase kFunctionErrors[] = {
-    {"LEFT(\"abc\")", 6, "错误的参数表达式或参数个数{函数:Left(\"abc\")}", nullptr},
     {"_部门工资合计(1)", 6, "错误的参数表达式或参数个数{函数:_部门工资合计(1)}", nullptr},
     {"计件工资额(1)", 6, "错误的参数表达式或参数个数{函数:_计件工资额(1)}", nullptr},
     {"getcell(1)", 6, "错误的参数表达式或参数个数{函数:GetCell(1)}", nullptr},
-    {"LEFT + 1", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
     {"LEFT(\"abc\", (1)", 25, "括号不匹配", nullptr},
     {"ABS(1,2)", 56, "遇到不可识别的符号或变量名",
      nullptr},  // the inline argument is one expression
     {"LEN(1 2)", 50, "缺操作符", nullptr},
     {"ABS 5", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
+    // A failing argument stops the whole expression.
+    {"1 + ABS(nosuch) + MID(\"a\", 1, 1)", 56, "遇到不可识别的符号或变量名", nullptr},
 };
 INSTANTIATE_TEST_SUITE_P(Functions, FailsWith, ::testing::ValuesIn(kFunctionErrors));
 
-TEST(Evaluate, AStringValueThatReadsLikeAnOperatorIsApplied) {
-  // Only literals are protected; a variable holding "+" acts as the operator,
-  // so with nothing to add the pop of an empty stack is reported.
-  Harness f;
-  f.engine.SetSysVar(u"P", Value::string(u"+"));
-  Evaluate(f.engine, u"P");
-  EXPECT_EQ(f.engine.ErrNum(), 18);
-  EXPECT_EQ(f.engine.ErrMsg(), u"表达式或语句结构错:\r\n对空堆栈执行'Pop'方法");
-
-  // The same holds for a function's result.
-  Harness g;
-  Evaluate(g.engine, u"1 & LEFT(\"-x\", 1)");
-  EXPECT_EQ(g.engine.ErrNum(), 18);
-}
-
 TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
-  // Applied: popping operands from an empty stack is reported (18), or the
-  // operation on the Empty it gives fails ("/": division by zero, 4).
+  // Only literals are protected: a variable holding an operator's text acts
+  // as the operator, so popping operands from an empty stack is reported
+  // (18), or the operation on the Empty it gives fails ("/": division by
+  // zero, 4).
   for (const char16_t* text : {u"+", u"&", u"-", u"*", u"/", u"^", u"(-)", u">=", u">", u"<", u"<=",
                                u"<>", u"!=", u"=", u"NOT", u"AND", u"OR"}) {
     Harness f;
     f.engine.SetSysVar(u"P", Value::string(text));
     Evaluate(f.engine, u"P");
-    EXPECT_EQ(f.engine.ErrNum(), text == std::u16string_view(u"/") ? 4 : 18) << toUtf8(text);
+    const bool divide = text == std::u16string_view(u"/");
+    EXPECT_EQ(f.engine.ErrNum(), divide ? 4 : 18) << toUtf8(text);
+    if (!divide) {
+      EXPECT_EQ(f.engine.ErrMsg(), u"表达式或语句结构错:\r\n对空堆栈执行'Pop'方法") << toUtf8(text);
+    }
   }
+  // The same holds for a function's result.
+  Harness g;
+  Evaluate(g.engine, u"1 & LEFT(\"-x\", 1)");
+  EXPECT_EQ(g.engine.ErrNum(), 18);
   // Not applied: an ordinary string.
   for (const char16_t* text : {u"MOD", u"XOR", u"and", u"Or", u"(+)", u"=>", u"ab", u""}) {
     Harness f;
@@ -249,14 +230,12 @@ TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
   EXPECT_EQ(f.engine.ErrNum(), 18);
 }
 
-TEST(Evaluate, VariablesNeverHideFunctions) {
+TEST(Evaluate, RecordFieldsResolveAfterVariablesAndNeverHideFunctions) {
   Harness f;
-  f.engine.SetSysVar(u"LEN", Value::dbl(99));
-  EXPECT_EQ(describe(Evaluate(f.engine, u"LEN(\"ab\")")), "Long:2");
-}
-
-TEST(Evaluate, RecordFieldsResolveAfterVariables) {
-  Harness f;
+  // Without a record EOF stops with the record error.
+  EXPECT_TRUE(Evaluate(f.engine, u"EOF").isEmpty());
+  EXPECT_EQ(f.engine.ErrNum(), 102);
+  f.engine.SetErrNum(0);
   auto rs =
       MemoryRecordset::create({u"Salary", u"编号"}, {{Value::dbl(1200), Value::string(u"E7")}});
   f.engine.SetRecordSet(rs);
@@ -266,73 +245,31 @@ TEST(Evaluate, RecordFieldsResolveAfterVariables) {
   EXPECT_EQ(describe(Evaluate(f.engine, u"bof() OR EOF ( )")), "Boolean:False");
   f.engine.SetSysVar(u"SALARY", Value::dbl(1));
   EXPECT_EQ(describe(Evaluate(f.engine, u"Salary")), "Double:1");
+  f.engine.SetSysVar(u"LEN", Value::dbl(99));
+  EXPECT_EQ(describe(Evaluate(f.engine, u"LEN(\"ab\")")), "Long:2");
   EXPECT_EQ(f.engine.ErrNum(), 0);
 }
 
-TEST(Evaluate, EofWithoutARecordStopsWithTheMoveError) {
+TEST(Evaluate, PlatformFaultsPropagate) {
   Harness f;
-  const Value v = Evaluate(f.engine, u"EOF");
-  EXPECT_TRUE(v.isEmpty());
-  EXPECT_EQ(f.engine.ErrNum(), 102);
-}
-
-TEST(Evaluate, InlinePlatformFaultsPropagate) {
-  Harness f;
-  try {
-    Evaluate(f.engine, u"SQR(-1)");
-    ADD_FAILURE() << "no fault";
-  } catch (const vb::RuntimeError& e) {
-    EXPECT_EQ(e.number(), vb::kInvalidCall);
-  }
-  EXPECT_THROW(Evaluate(f.engine, u"INT(NULL)"), vb::RuntimeError);
+  const auto fault = [&f](std::u16string_view text) {
+    return errorOf([&] { Evaluate(f.engine, std::u16string(text)); });
+  };
+  EXPECT_EQ(fault(u"SQR(-1)"), vb::kInvalidCall);
+  EXPECT_EQ(fault(u"INT(NULL)"), vb::kInvalidNull);
   // The most negative amount has no positive counterpart.
   f.engine.SetSysVar(u"LOWEST", Value::currency(Currency{INT64_MIN}));
-  try {
-    Evaluate(f.engine, u"ABS(LOWEST)");
-    ADD_FAILURE() << "no fault";
-  } catch (const vb::RuntimeError& e) {
-    EXPECT_EQ(e.number(), vb::kOverflow);
-  }
+  EXPECT_EQ(fault(u"ABS(LOWEST)"), vb::kOverflow);
+  // Positions and numbers beyond their range.
+  EXPECT_EQ(fault(u"\"" + std::u16string(40000, u'a') + u"\""), vb::kOverflow);
+  EXPECT_NE(fault(std::u16string(400, u'9')), 0);
+  EXPECT_EQ(describe(Evaluate(f.engine, u"0." + std::u16string(400, u'0') + u"1")), "Double:0");
+  // Below the limit a long literal is an ordinary operand.
+  const std::u16string shortLiteral = u"\"" + std::u16string(30000, u'a') + u"\"";
+  EXPECT_EQ(Evaluate(f.engine, u"LEN(" + shortLiteral + u")").longValue(), 30000);
   // The engine's own entry point traps them.
   EXPECT_TRUE(f.engine.Evaluate(u"SQR(\"x\")").isEmpty());
   EXPECT_NE(f.engine.ErrNum(), 0);
-}
-
-TEST(Evaluate, NestedFailureStopsTheOuterExpression) {
-  Harness f;
-  EXPECT_TRUE(Evaluate(f.engine, u"1 + ABS(nosuch) + MID(\"a\", 1, 1)").isEmpty());
-  EXPECT_EQ(f.engine.ErrNum(), 56);
-}
-
-TEST(Evaluate, FunctionsRunInOrderOfTheText) {
-  Harness f;
-  f.engine.SetSysVar(u"V", Value::dbl(1));
-  const Value v = Evaluate(f.engine, u"SetVar(\"V\", 2) & GetVar(\"V\")");
-  EXPECT_EQ(f.engine.ErrNum(), 0) << toUtf8(f.engine.ErrMsg());
-  EXPECT_EQ(describe(f.engine.GetVarValue(u"V")), "Double:2");
-  EXPECT_TRUE(v.isString());
-}
-
-}  // namespace
-}  // namespace korvex::testing
-
-namespace korvex::testing {
-namespace {
-
-TEST(Evaluate, PositionsAndNumbersBeyondTheirRangeOverflow) {
-  Harness f;
-  const std::u16string longLiteral = u"\"" + std::u16string(40000, u'a') + u"\"";
-  try {
-    Evaluate(f.engine, longLiteral);
-    ADD_FAILURE() << "no fault";
-  } catch (const vb::RuntimeError& e) {
-    EXPECT_EQ(e.number(), vb::kOverflow);
-  }
-  EXPECT_THROW(Evaluate(f.engine, std::u16string(400, u'9')), vb::RuntimeError);
-  EXPECT_EQ(describe(Evaluate(f.engine, u"0." + std::u16string(400, u'0') + u"1")), "Double:0");
-  // Below the limit the same text is an ordinary operand.
-  const std::u16string shortLiteral = u"\"" + std::u16string(30000, u'a') + u"\"";
-  EXPECT_EQ(Evaluate(f.engine, u"LEN(" + shortLiteral + u")").longValue(), 30000);
 }
 
 }  // namespace

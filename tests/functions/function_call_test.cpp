@@ -43,50 +43,40 @@ TEST(VariableFunctions, SetGetAndTestByName) {
   EXPECT_EQ(EvaluateOn(engine, R"(GetVar("total"))").value, "String:x");
 }
 
+// Answers and cancelled prompts are run by the command's script cases; here
+// the prompt text reaches the user interface.
 TEST(InputFunction, AsksThroughTheUserInterface) {
   BasicEngine engine;
   auto ui = std::make_shared<RecordingUserInterface>(std::vector<std::u16string>{u"42"});
   engine.SetUserInterface(ui);
   EXPECT_EQ(EvaluateOn(engine, R"(Input("数量?", "录入", 7))").value, "String:42");
-  // The prepared answers are used up: the next prompt counts as cancelled.
-  const Outcome cancelled = EvaluateOn(engine, R"(Input("again"))");
-  EXPECT_EQ(cancelled.errNum, 0) << cancelled.errMsg;
-  EXPECT_EQ(cancelled.value, "String:");
-  ASSERT_EQ(ui->prompts().size(), 2u);
+  ASSERT_EQ(ui->prompts().size(), 1u);
   EXPECT_EQ(ui->prompts()[0], u"数量?");
-  EXPECT_EQ(ui->prompts()[1], u"again");
-}
-
-TEST(DateFunctions, FollowTheEnginesLocale) {
-  BasicEngine engine;
-  EXPECT_EQ(EvaluateOn(engine, "WeekDayName(#2024-01-01#)").value, "String:星期一");
-  engine.SetLocale(Locale::enUS());
-  EXPECT_EQ(EvaluateOn(engine, "WeekDayName(#2024-01-01#)").value, "String:Monday");
 }
 
 TEST(ArrayFunctions, BoundsPerDimension) {
   BasicEngine engine;
   engine.SetSysVar(u"GRID", Value::array(Array({{1, 3}, {-2, 5}})));
-  struct Case {
+  const struct {
     const char* expression;
-    const char* expected;
+    std::int32_t errNum;
+    const char* text;  // describe() of the value, or the error message
+  } cases[] = {
+      {"LBound(grid)", 0, "Long:1"},
+      {"UBound(grid)", 0, "Long:3"},
+      {"LBound(grid, 2)", 0, "Long:-2"},
+      {"UBound(grid, 2)", 0, "Long:2"},
+      {R"(UBound(grid, "1"))", 0, "Long:3"},
+      // A missing dimension is the platform's own fault: its bare text.
+      {"UBound(grid, 3)", 9, "下标越界"},
+      {"LBound(grid, 0)", 9, "下标越界"},
+      {R"(UBound(grid, "x"))", 4, R"(类型不匹配{函数:UBound(grid, "x")})"},
   };
-  const Case kCases[] = {
-      {"LBound(grid)", "Long:1"},         {"UBound(grid)", "Long:3"},
-      {"LBound(grid, 2)", "Long:-2"},     {"UBound(grid, 2)", "Long:2"},
-      {R"(UBound(grid, "1"))", "Long:3"},
-  };
-  for (const Case& c : kCases) {
+  for (const auto& c : cases) {
     const Outcome got = EvaluateOn(engine, c.expression);
-    EXPECT_EQ(got.errNum, 0) << c.expression << " " << got.errMsg;
-    EXPECT_EQ(got.value, c.expected) << c.expression;
+    EXPECT_EQ(got.errNum, c.errNum) << c.expression << " " << got.errMsg;
+    EXPECT_EQ(c.errNum == 0 ? got.value : got.errMsg, c.text) << c.expression;
   }
-  for (const char* outOfRange : {"UBound(grid, 3)", "LBound(grid, 0)"}) {
-    EXPECT_EQ(EvaluateOn(engine, outOfRange).errNum, 9) << outOfRange;
-  }
-  const Outcome notNumeric = EvaluateOn(engine, R"(UBound(grid, "x"))");
-  EXPECT_EQ(notNumeric.errNum, 4);
-  EXPECT_EQ(notNumeric.errMsg, R"(类型不匹配{函数:UBound(grid, "x")})");
 }
 
 }  // namespace

@@ -12,7 +12,6 @@ const Locale& zh = Locale::zhCN();
 using BinaryOp = Value (*)(const Value&, const Value&, const Locale&);
 
 struct Case {
-  const char* name;
   BinaryOp op;
   Value l, r;
   VarType type;
@@ -30,51 +29,46 @@ Value Dt(int y, int m, int d) {
 }
 
 TEST(Arithmetic, PromotionTable) {
+  using enum VarType;
+  const BinaryOp add = vb::add, sub = vb::subtract, mul = vb::multiply, div = vb::divide,
+                 pow = vb::power;
+  // clang-format off
   const Case cases[] = {
-      {"int+int", vb::add, I(1), I(2), VarType::Integer, u"3"},
-      {"int overflow to long", vb::add, I(32767), I(1), VarType::Long, u"32768"},
-      {"int underflow to long", vb::subtract, I(-32768), I(1), VarType::Long, u"-32769"},
-      {"long overflow to double", vb::add, L(2147483647), L(1), VarType::Double, u"2147483648"},
-      {"int*int to long", vb::multiply, I(300), I(300), VarType::Long, u"90000"},
-      {"long*long to double", vb::multiply, L(100000), L(100000), VarType::Double, u"10000000000"},
-      {"long+int", vb::add, L(5), I(1), VarType::Long, u"6"},
-      {"double+int", vb::add, D(0.1), D(0.2), VarType::Double, u"0.3"},
-      {"double*long", vb::multiply, D(1.5), L(2), VarType::Double, u"3"},
-      {"string+string", vb::add, S(u"ab"), S(u"cd"), VarType::String, u"abcd"},
-      {"string+number", vb::add, S(u"1"), I(2), VarType::Double, u"3"},
-      {"number+string", vb::add, L(2), S(u" 1.5 "), VarType::Double, u"3.5"},
-      {"string-string", vb::subtract, S(u"5"), S(u"2"), VarType::Double, u"3"},
-      {"bool+bool", vb::add, B(true), B(true), VarType::Integer, u"-2"},
-      {"bool+int", vb::add, B(true), I(5), VarType::Integer, u"4"},
-      {"empty+int", vb::add, Value(), I(5), VarType::Integer, u"5"},
-      {"empty+empty", vb::add, Value(), Value(), VarType::Integer, u"0"},
-      {"empty+string", vb::add, Value(), S(u"x"), VarType::String, u"x"},
-      {"string+empty", vb::add, S(u"x"), Value(), VarType::String, u"x"},
-      {"empty*double", vb::multiply, Value(), D(2.5), VarType::Double, u"0"},
-      {"date+number", vb::add, Dt(2005, 2, 28), I(1), VarType::Date, u"2005/3/1"},
-      {"number+date", vb::add, D(0.5), Dt(2005, 3, 1), VarType::Date, u"2005/3/1 12:00:00"},
-      {"date-number", vb::subtract, Dt(2005, 3, 1), I(1), VarType::Date, u"2005/2/28"},
-      {"date-date", vb::subtract, Dt(2005, 3, 1), Dt(2005, 2, 1), VarType::Double, u"28"},
-      {"date*number", vb::multiply, Dt(1900, 1, 1), I(1), VarType::Double, u"2"},
-      {"cur+int", vb::add, C(15000), I(1), VarType::Currency, u"2.5"},
-      {"cur+double", vb::add, C(15000), D(0.25), VarType::Currency, u"1.75"},
-      {"cur minus most negative cur", vb::subtract, C(-1), C(INT64_MIN), VarType::Currency,
-       u"922337203685477.5807"},
-      {"cur*cur", vb::multiply, C(15000), C(15000), VarType::Currency, u"2.25"},
-      {"cur*long", vb::multiply, C(-5), L(3), VarType::Currency, u"-0.0015"},
-      {"cur*double is double", vb::multiply, C(15000), D(0.00001), VarType::Double, u"0.000015"},
-      {"double*cur is double", vb::multiply, D(1.5), C(25000), VarType::Double, u"3.75"},
-      {"cur*date is double", vb::multiply, C(10000), Dt(1900, 1, 1), VarType::Double, u"2"},
-      {"divide ints", vb::divide, I(1), I(4), VarType::Double, u"0.25"},
-      {"divide to whole", vb::divide, L(6), I(3), VarType::Double, u"2"},
-      {"power", vb::power, I(2), I(10), VarType::Double, u"1024"},
-      {"power negative whole", vb::power, I(-2), I(3), VarType::Double, u"-8"},
-      {"power fraction", vb::power, D(4), D(0.5), VarType::Double, u"2"},
+      // Integer overflow widens to Long, Long overflow to Double
+      {add, I(1), I(2), Integer, u"3"}, {add, I(32767), I(1), Long, u"32768"},
+      {sub, I(-32768), I(1), Long, u"-32769"}, {add, L(2147483647), L(1), Double, u"2147483648"},
+      {mul, I(300), I(300), Long, u"90000"}, {mul, L(100000), L(100000), Double, u"10000000000"},
+      // the wider type wins; strings add as text or as numbers; True is -1, Empty 0 or ""
+      {add, L(5), I(1), Long, u"6"}, {add, D(0.1), D(0.2), Double, u"0.3"},
+      {mul, D(1.5), L(2), Double, u"3"}, {add, S(u"ab"), S(u"cd"), String, u"abcd"},
+      {add, S(u"1"), I(2), Double, u"3"}, {add, L(2), S(u" 1.5 "), Double, u"3.5"},
+      {sub, S(u"5"), S(u"2"), Double, u"3"}, {add, B(true), B(true), Integer, u"-2"},
+      {add, B(true), I(5), Integer, u"4"}, {add, Value(), I(5), Integer, u"5"},
+      {add, Value(), Value(), Integer, u"0"}, {add, Value(), S(u"x"), String, u"x"},
+      {add, S(u"x"), Value(), String, u"x"}, {mul, Value(), D(2.5), Double, u"0"},
+      // dates move by days; their difference and their products are Doubles
+      {add, Dt(2005, 2, 28), I(1), Date, u"2005/3/1"},
+      {add, D(0.5), Dt(2005, 3, 1), Date, u"2005/3/1 12:00:00"},
+      {sub, Dt(2005, 3, 1), I(1), Date, u"2005/2/28"},
+      {sub, Dt(2005, 3, 1), Dt(2005, 2, 1), Double, u"28"},
+      {mul, Dt(1900, 1, 1), I(1), Double, u"2"},
+      // Currency sums stay Currency; a product with a Double or a Date is a Double
+      {add, C(15000), I(1), Currency, u"2.5"}, {add, C(15000), D(0.25), Currency, u"1.75"},
+      {sub, C(-1), C(INT64_MIN), Currency, u"922337203685477.5807"},
+      {mul, C(15000), C(15000), Currency, u"2.25"}, {mul, C(-5), L(3), Currency, u"-0.0015"},
+      {mul, C(15000), D(0.00001), Double, u"0.000015"}, {mul, D(1.5), C(25000), Double, u"3.75"},
+      {mul, C(10000), Dt(1900, 1, 1), Double, u"2"},
+      // / and ^ give Doubles
+      {div, I(1), I(4), Double, u"0.25"}, {div, L(6), I(3), Double, u"2"},
+      {pow, I(2), I(10), Double, u"1024"}, {pow, I(-2), I(3), Double, u"-8"},
+      {pow, D(4), D(0.5), Double, u"2"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const Value v = c.op(c.l, c.r, zh);
-    EXPECT_EQ(v.type(), c.type) << c.name << " gave " << typeName(v.type());
-    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text)) << c.name;
+    const std::string row = testing::describe(c.l) + " with " + testing::describe(c.r);
+    EXPECT_EQ(v.type(), c.type) << row << " gave " << typeName(v.type());
+    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text)) << row;
   }
 }
 

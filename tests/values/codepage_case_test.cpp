@@ -30,12 +30,11 @@ TEST(CharFromAnsi, InverseOfAnsiCode) {
 }
 
 TEST(IsDoubleByte, ChineseYesAsciiAndForeignNo) {
-  EXPECT_TRUE(vb::isDoubleByte(u'中'));
-  EXPECT_TRUE(vb::isDoubleByte(u'，'));  // full-width comma
-  EXPECT_FALSE(vb::isDoubleByte(u'A'));
-  EXPECT_FALSE(vb::isDoubleByte(u'€'));
-  EXPECT_FALSE(vb::isDoubleByte(u'¥'));  // not in the code page
-  EXPECT_FALSE(vb::isDoubleByte(u'\u0E01'));
+  for (char16_t c : {u'中', u'，'}) EXPECT_TRUE(vb::isDoubleByte(c)) << u8(std::u16string(1, c));
+  // '¥' is not in the code page at all.
+  for (char16_t c : {u'A', u'€', u'¥', u'\u0E01'}) {
+    EXPECT_FALSE(vb::isDoubleByte(c)) << u8(std::u16string(1, c));
+  }
 }
 
 TEST(DecodeGbk, BytesToText) {

@@ -8,34 +8,32 @@ using testing::errorOf;
 const Locale& zh = Locale::zhCN();
 
 TEST(CompareValues, OrderingTable) {
+  const Value one = Value::integer(1), two = Value::integer(2), five = Value::integer(5);
   const struct {
-    const char* name;
     Value l, r;
     int expected;
+    // clang-format off
   } cases[] = {
-      {"ints", Value::integer(1), Value::integer(2), -1},
-      {"int vs double", Value::integer(2), Value::dbl(2.0), 0},
-      {"long vs double", Value::lng(3), Value::dbl(2.5), 1},
-      {"currency vs currency", Value::currency({1}), Value::currency({2}), -1},
-      {"currency vs int", Value::currency({20000}), Value::integer(2), 0},
-      {"bool is -1", Value::boolean(true), Value::integer(-1), 0},
-      {"date vs number", Value::date(38412), Value::lng(38412), 0},
-      {"strings binary", Value::string(u"ABC"), Value::string(u"abc"), -1},
-      {"strings equal", Value::string(u"工资"), Value::string(u"工资"), 0},
-      {"prefix shorter", Value::string(u"ab"), Value::string(u"abc"), -1},
-      {"number below string", Value::integer(5), Value::string(u"1"), -1},
-      {"string above number", Value::string(u""), Value::dbl(1e300), 1},
-      {"empty as zero", Value(), Value::integer(0), 0},
-      {"empty below positive", Value(), Value::dbl(0.5), -1},
-      {"empty as empty string", Value(), Value::string(u""), 0},
-      {"empty below text", Value(), Value::string(u"a"), -1},
-      {"text above empty", Value::string(u"a"), Value(), 1},
-      {"empty vs empty", Value(), Value(), 0},
+      // numbers of any type by value; True is -1, a Date its serial
+      {one, two, -1}, {two, Value::dbl(2.0), 0}, {Value::lng(3), Value::dbl(2.5), 1},
+      {Value::currency({1}), Value::currency({2}), -1}, {Value::currency({20000}), two, 0},
+      {Value::boolean(true), Value::integer(-1), 0}, {Value::date(38412), Value::lng(38412), 0},
+      // strings by code unit, a prefix first; any number below any string
+      {Value::string(u"ABC"), Value::string(u"abc"), -1},
+      {Value::string(u"工资"), Value::string(u"工资"), 0},
+      {Value::string(u"ab"), Value::string(u"abc"), -1}, {five, Value::string(u"1"), -1},
+      {Value::string(u""), Value::dbl(1e300), 1},
+      // Empty is 0 beside a number and "" beside a string
+      {Value(), Value::integer(0), 0}, {Value(), Value::dbl(0.5), -1},
+      {Value(), Value::string(u""), 0}, {Value(), Value::string(u"a"), -1},
+      {Value::string(u"a"), Value(), 1}, {Value(), Value(), 0},
   };
+  // clang-format on
   for (const auto& c : cases) {
+    const std::string row = testing::describe(c.l) + " vs " + testing::describe(c.r);
     const auto r = vb::compareValues(c.l, c.r, zh);
-    ASSERT_TRUE(r.has_value()) << c.name;
-    EXPECT_EQ(*r, c.expected) << c.name;
+    ASSERT_TRUE(r.has_value()) << row;
+    EXPECT_EQ(*r, c.expected) << row;
   }
 }
 

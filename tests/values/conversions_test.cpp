@@ -103,9 +103,9 @@ TEST(IsNumeric, PerType) {
   const std::pair<Value, bool> cases[] = {
       {Value(), true}, {Value::boolean(false), true}, {Value::integer(1), true},
       {Value::currency({}), true}, {Value::date(1), false}, {Value::null(), false},
+      // text as the number parser reads it (tested there), but no words
       {Value::string(u""), false}, {Value::string(u" 1,234.5 "), true},
-      {Value::string(u"&H1F"), true}, {Value::string(u"1e5"), true},
-      {Value::string(u"12abc"), false}, {Value::string(u"True"), false},
+      {Value::string(u"True"), false},
       {Value::object(nullptr), false}, {Value::array(Array({{0, 1}})), false},
   };
   // clang-format on

@@ -87,23 +87,8 @@ TEST(DateToString, SerialsOutsideTheDateRangeOverflow) {
   }
 }
 
-TEST(ToString, EveryType) {
-  const struct {
-    Value v;
-    std::u16string_view text;
-    // clang-format off
-  } cases[] = {
-      {Value(), u""}, {Value::integer(-32768), u"-32768"}, {Value::lng(2147483647), u"2147483647"},
-      {Value::dbl(0.1 + 0.2), u"0.3"}, {Value::currency(Currency{15000}), u"1.5"},
-      {Value::boolean(true), u"True"}, {Value::boolean(false), u"False"},
-      {Value::string(u"文本"), u"文本"}, {Value::date(38412.5), u"2005/3/1 12:00:00"},
-  };
-  // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(u8(vb::toString(c.v, zh)), u8(c.text)) << typeName(c.v.type());
-  }
-}
-
+// The string form of the other types is pinned through describe() by the
+// arithmetic and evaluator tables.
 TEST(ToString, NullObjectAndArrayRaise) {
   EXPECT_EQ(errorOf([] { vb::toString(Value::null(), zh); }), 94);
   EXPECT_EQ(errorOf([] { vb::toString(Value::object(nullptr), zh); }), 13);

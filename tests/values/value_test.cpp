@@ -6,18 +6,12 @@ namespace korvex {
 namespace {
 
 TEST(Value, NumberTypeExcludesBooleanAndDate) {
-  const struct {
-    Value v;
-    bool number;
-  } cases[] = {
-      {Value::integer(1), true},     {Value::lng(1), true},
-      {Value::dbl(1), true},         {Value::currency({}), true},
-      {Value::boolean(true), false}, {Value::date(1), false},
-      {Value::string(u"1"), false},  {Value(), false},
-      {Value::null(), false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.v.isNumberType(), c.number) << typeName(c.v.type());
+  for (const Value& v : {Value::integer(1), Value::lng(1), Value::dbl(1), Value::currency({})}) {
+    EXPECT_TRUE(v.isNumberType()) << typeName(v.type());
+  }
+  for (const Value& v :
+       {Value::boolean(true), Value::date(1), Value::string(u"1"), Value(), Value::null()}) {
+    EXPECT_FALSE(v.isNumberType()) << typeName(v.type());
   }
 }
 
@@ -25,18 +19,14 @@ TEST(Array, BoundsAndRowMajorIndexing) {
   // 1 To 2, -1 To 1: six elements, last index fastest.
   Array a({{1, 2}, {-1, 3}});
   ASSERT_EQ(a.elements().size(), 6u);
-  EXPECT_EQ(a.lbound(0), 1);
-  EXPECT_EQ(a.ubound(0), 2);
-  EXPECT_EQ(a.lbound(1), -1);
-  EXPECT_EQ(a.ubound(1), 1);
+  const std::array<std::int32_t, 4> bounds{a.lbound(0), a.ubound(0), a.lbound(1), a.ubound(1)};
+  EXPECT_EQ(bounds, (std::array<std::int32_t, 4>{1, 2, -1, 1}));
   for (std::size_t i = 0; i < a.elements().size(); ++i) {
     a.elements()[i] = Value::lng(static_cast<std::int32_t>(i));
   }
-  const std::array<std::int32_t, 2> first{1, -1}, mid{1, 1}, second{2, -1}, last{2, 1};
-  EXPECT_EQ(a.at(first)->longValue(), 0);
-  EXPECT_EQ(a.at(mid)->longValue(), 2);
-  EXPECT_EQ(a.at(second)->longValue(), 3);
-  EXPECT_EQ(a.at(last)->longValue(), 5);
+  const std::pair<std::array<std::int32_t, 2>, std::int32_t> cells[] = {
+      {{1, -1}, 0}, {{1, 1}, 2}, {{2, -1}, 3}, {{2, 1}, 5}};
+  for (const auto& [index, n] : cells) EXPECT_EQ(a.at(index)->longValue(), n) << index[0];
 }
 
 TEST(Array, OutOfRangeOrWrongArityIsNull) {
