@@ -1,3 +1,5 @@
+// The console user interface of `korvex run`. The recording one is used by
+// the engine and function tests (prompts, answers, the stop prompt).
 #include "korvex/user_interface.hpp"
 
 #include <gtest/gtest.h>
@@ -9,30 +11,6 @@ namespace {
 
 using Answer = UserInterface::Answer;
 using Buttons = UserInterface::Buttons;
-
-TEST(RecordingUserInterface, RecordsMessagesAndAgrees) {
-  RecordingUserInterface ui;
-  EXPECT_EQ(ui.messageBox(u"first", Buttons::Ok, u""), Answer::Ok);
-  EXPECT_EQ(ui.messageBox(u"确信终止程序吗?", Buttons::YesNo, u"t"), Answer::Yes);
-  EXPECT_EQ(ui.messages(), (std::vector<std::u16string>{u"first", u"确信终止程序吗?"}));
-}
-
-TEST(RecordingUserInterface, AnswersPromptsInOrderThenCancels) {
-  RecordingUserInterface ui({u"10", u""});
-  EXPECT_EQ(ui.inputBox(u"p1", u"", u"d"), std::optional<std::u16string>(u"10"));
-  EXPECT_EQ(ui.inputBox(u"p2", u"", u"d"), std::optional<std::u16string>(u""));
-  EXPECT_EQ(ui.inputBox(u"p3", u"", u"d"), std::nullopt);
-  EXPECT_EQ(ui.prompts(), (std::vector<std::u16string>{u"p1", u"p2", u"p3"}));
-  EXPECT_TRUE(ui.messages().empty());
-}
-
-TEST(ConsoleUserInterface, MessageBoxPrintsTheText) {
-  std::istringstream in;
-  std::ostringstream out;
-  ConsoleUserInterface ui(in, out);
-  EXPECT_EQ(ui.messageBox(u"工资 12", Buttons::Ok, u""), Answer::Ok);
-  EXPECT_EQ(out.str(), "\xE5\xB7\xA5\xE8\xB5\x84 12\n");
-}
 
 TEST(ConsoleUserInterface, YesNoReadsOneReply) {
   struct Case {
@@ -53,33 +31,26 @@ TEST(ConsoleUserInterface, YesNoReadsOneReply) {
   }
 }
 
+// Each prompt reads the next line; an empty reply takes the default and the
+// end of input cancels.
 TEST(ConsoleUserInterface, InputBoxReadsALine) {
   struct Case {
     const char* input;
-    std::optional<std::u16string> expected;
+    std::vector<std::optional<std::u16string>> answers;
   };
   const Case cases[] = {
-      {"abc\n", u"abc"},
-      {"\xE4\xB8\xAD\r\n", u"中"},
-      {"\n", u"dflt"},  // an empty reply takes the default
-      {"", std::nullopt},
+      {"abc\n", {u"abc"}},  {"\xE4\xB8\xAD\r\n", {u"中"}},          {"\n", {u"dflt"}},
+      {"", {std::nullopt}}, {"1\n2\n", {u"1", u"2", std::nullopt}},
   };
   for (const auto& c : cases) {
     std::istringstream in(c.input);
     std::ostringstream out;
     ConsoleUserInterface ui(in, out);
-    EXPECT_EQ(ui.inputBox(u"Amount", u"", u"dflt"), c.expected) << c.input;
+    for (const auto& expected : c.answers) {
+      EXPECT_EQ(ui.inputBox(u"Amount", u"", u"dflt"), expected) << c.input;
+    }
     EXPECT_NE(out.str().find("Amount"), std::string::npos);
   }
-}
-
-TEST(ConsoleUserInterface, SecondPromptReadsTheNextLine) {
-  std::istringstream in("1\n2\n");
-  std::ostringstream out;
-  ConsoleUserInterface ui(in, out);
-  EXPECT_EQ(ui.inputBox(u"a", u"", u""), std::optional<std::u16string>(u"1"));
-  EXPECT_EQ(ui.inputBox(u"b", u"", u""), std::optional<std::u16string>(u"2"));
-  EXPECT_EQ(ui.inputBox(u"c", u"", u""), std::nullopt);
 }
 
 }  // namespace
