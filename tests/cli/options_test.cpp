@@ -22,30 +22,13 @@ TEST(Options, HelpForms) {
 }
 
 TEST(Options, RunWithEveryOptionAndWithNone) {
-  const CommandLine c = parse({"run",
-                               "--set",
-                               "A=5",
-                               "--set=S=\"a=b\"",
-                               "--set",
-                               " B = 1",
-                               "--locale",
-                               "en-US",
-                               "--answer",
-                               "one",
-                               "--answer=",
-                               "--json",
-                               "--encoding",
-                               "GBK",
-                               "--db",
-                               "pay.db",
-                               "--record=select 1",
-                               "--trace-sql",
-                               "script.bas",
-                               "--workbook",
-                               "w.xlsx",
-                               "--sheet=2",
-                               "--save",
-                               "o.xlsx"});
+  // clang-format off
+  const CommandLine c =
+      parse({"run", "--set", "A=5", "--set=S=\"a=b\"", "--set", " B = 1", "--locale", "en-US",
+             "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "--db", "pay.db",
+             "--record=select 1", "--trace-sql", "script.bas", "--workbook", "w.xlsx", "--sheet=2",
+             "--save", "o.xlsx"});
+  // clang-format on
   ASSERT_EQ(c.action, CommandLine::Action::Run) << c.error;
   const std::vector<Preset> presets{{"A", "5"}, {"S", "\"a=b\""}, {"B", " 1"}};
   EXPECT_EQ(c.run.presets, presets);

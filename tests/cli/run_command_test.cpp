@@ -1,6 +1,6 @@
 // `korvex run` parsed and run as the command does: reading the script,
-// pre-sets, console output, the usage errors that run nothing, the stop
-// prompt and the workbook options. Exit codes are written as numbers: they
+// pre-sets, console output and replies, the usage errors that run nothing,
+// the stop prompt and the workbook options. Exit codes are written as numbers: they
 // are what callers of the command see.
 #include "cli/run_command.hpp"
 
@@ -16,6 +16,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "korvex/user_interface.hpp"
 #include "korvex/workbook.hpp"
 #include "support.hpp"
 
@@ -30,9 +31,52 @@ TEST(DecodeScript, KeepsLineBreaksAndSkipsTheByteOrderMark) {
                          Encoding::Utf8),
             u"a\r\nb\rc\n\r");
   EXPECT_EQ(decodeScript("a\xEF\xBB\xBF", Encoding::Utf8), u"a\uFEFF");  // only a leading mark
-  EXPECT_EQ(decodeScript("x = \"\xE4\xB8\xAD\"", Encoding::Utf8), u"x = \"中\"");
   EXPECT_EQ(decodeScript("\xD6\xD0\xCE\xC4\r\n", Encoding::Gbk), u"中文\r\n");
   EXPECT_EQ(decodeScript("", Encoding::Utf8), u"");
+}
+
+using Answer = UserInterface::Answer;
+using Buttons = UserInterface::Buttons;
+
+TEST(ConsoleUserInterface, YesNoReadsOneReply) {
+  struct Case {
+    const char* input;
+    Answer expected;
+  };
+  const Case cases[] = {
+      {"n\n", Answer::No},     {"No\r\n", Answer::No}, {"  \xE5\x90\xA6 \n", Answer::No},
+      {"y\n", Answer::Yes},    {"\n", Answer::Yes},    {"", Answer::Yes},  // end of input
+      {"nope\n", Answer::Yes},
+  };
+  for (const auto& c : cases) {
+    std::istringstream in(c.input);
+    std::ostringstream out;
+    ConsoleUserInterface ui(in, out);
+    EXPECT_EQ(ui.messageBox(u"stop?", Buttons::YesNo, u""), c.expected) << c.input;
+    EXPECT_EQ(out.str().rfind("stop?", 0), 0u);
+  }
+}
+
+// Each prompt reads the next line; an empty reply takes the default and the
+// end of input cancels.
+TEST(ConsoleUserInterface, InputBoxReadsALine) {
+  struct Case {
+    const char* input;
+    std::vector<std::optional<std::u16string>> answers;
+  };
+  const Case cases[] = {
+      {"abc\n", {u"abc"}},  {"\xE4\xB8\xAD\r\n", {u"中"}},          {"\n", {u"dflt"}},
+      {"", {std::nullopt}}, {"1\n2\n", {u"1", u"2", std::nullopt}},
+  };
+  for (const auto& c : cases) {
+    std::istringstream in(c.input);
+    std::ostringstream out;
+    ConsoleUserInterface ui(in, out);
+    for (const auto& expected : c.answers) {
+      EXPECT_EQ(ui.inputBox(u"Amount", u"", u"dflt"), expected) << c.input;
+    }
+    EXPECT_NE(out.str().find("Amount"), std::string::npos);
+  }
 }
 
 struct RunResult {
