@@ -4,8 +4,10 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -89,6 +91,22 @@ struct Harness {
     for (const auto& p : parts) out += (out.empty() ? "" : " | ") + p;
     return out;
   }
+};
+
+/// A private directory under /tmp, removed with its contents at the end.
+class ScratchDir {
+ public:
+  ScratchDir() {
+    char name[] = "/tmp/korvex-test-XXXXXX";
+    EXPECT_NE(::mkdtemp(name), nullptr);
+    path_ = name;
+  }
+  ~ScratchDir() { std::filesystem::remove_all(path_); }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
 };
 
 /// A script (lines joined by "\n") and Harness::outcome() after running it;

@@ -4,9 +4,8 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 
-#include "korvex/host_object.hpp"
+#include "korvex/workbook.hpp"
 
 namespace korvex::cli {
 namespace {
@@ -82,19 +81,6 @@ TEST(JsonDate, WritesDateAndTime) {
   EXPECT_EQ(dateText(2958465 + 86399.0 / 86400), "9999-12-31 23:59:59");
 }
 
-class NoMembers : public HostObject {
- public:
-  DispatchResult getProperty(std::u16string_view n, std::span<const Value>) override {
-    return memberNotFound(n);
-  }
-  DispatchResult setProperty(std::u16string_view n, std::span<const Value>, const Value&) override {
-    return memberNotFound(n);
-  }
-  DispatchResult callMethod(std::u16string_view n, std::span<const Value>) override {
-    return memberNotFound(n);
-  }
-};
-
 TEST(JsonValue, WritesEachScalarType) {
   const std::pair<Value, const char*> cases[] = {
       {Value{}, R"({"type": "Empty", "value": null})"},
@@ -109,7 +95,7 @@ TEST(JsonValue, WritesEachScalarType) {
       {Value::string(u"a\"b"), R"({"type": "String", "value": "a\"b"})"},
       {Value::boolean(true), R"({"type": "Boolean", "value": true})"},
       {Value::boolean(false), R"({"type": "Boolean", "value": false})"},
-      {Value::object(std::make_shared<NoMembers>()), R"({"type": "Object", "value": null})"},
+      {Value::object(Workbook::createNew()), R"({"type": "Object", "value": null})"},
       {Value::object(nullptr), R"({"type": "Object", "value": null})"},
   };
   for (const auto& [value, expected] : cases) {

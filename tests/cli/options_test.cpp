@@ -21,11 +21,14 @@ TEST(Options, HelpForms) {
   EXPECT_NE(usageText().find("korvex run [选项] SCRIPT"), std::string_view::npos);
 }
 
-TEST(Options, RunWithEveryOption) {
+TEST(Options, RunWithEveryOptionAndWithNone) {
+  // clang-format off
   const CommandLine c =
       parse({"run", "--set", "A=5", "--set=S=\"a=b\"", "--set", " B = 1", "--locale", "en-US",
              "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "--db", "pay.db",
-             "--record=select 1", "--trace-sql", "script.bas"});
+             "--record=select 1", "--trace-sql", "script.bas", "--workbook", "w.xlsx", "--sheet=2",
+             "--save", "o.xlsx"});
+  // clang-format on
   ASSERT_EQ(c.action, CommandLine::Action::Run) << c.error;
   const std::vector<Preset> presets{{"A", "5"}, {"S", "\"a=b\""}, {"B", " 1"}};
   EXPECT_EQ(c.run.presets, presets);
@@ -38,6 +41,17 @@ TEST(Options, RunWithEveryOption) {
   EXPECT_EQ(c.run.db, "pay.db");
   EXPECT_EQ(c.run.record, "select 1");
   EXPECT_TRUE(c.run.traceSql);
+  EXPECT_EQ(c.run.workbook, "w.xlsx");
+  EXPECT_EQ(c.run.sheet, "2");
+  EXPECT_EQ(c.run.save, "o.xlsx");
+
+  const CommandLine d = parse({"run", "s.bas"});
+  ASSERT_EQ(d.action, CommandLine::Action::Run);
+  EXPECT_TRUE(d.run.presets.empty());
+  EXPECT_EQ(d.run.locale, "zh-CN");
+  EXPECT_FALSE(d.run.answersGiven);
+  EXPECT_FALSE(d.run.json);
+  EXPECT_EQ(d.run.encoding, Encoding::Utf8);
 }
 
 TEST(Options, Batch) {
@@ -52,16 +66,6 @@ TEST(Options, Batch) {
   EXPECT_TRUE(c.batch.dryRun);
   EXPECT_TRUE(c.batch.json);
   EXPECT_EQ(parse({"batch", "--help"}).action, CommandLine::Action::Help);
-}
-
-TEST(Options, Defaults) {
-  const CommandLine c = parse({"run", "s.bas"});
-  ASSERT_EQ(c.action, CommandLine::Action::Run);
-  EXPECT_TRUE(c.run.presets.empty());
-  EXPECT_EQ(c.run.locale, "zh-CN");
-  EXPECT_FALSE(c.run.answersGiven);
-  EXPECT_FALSE(c.run.json);
-  EXPECT_EQ(c.run.encoding, Encoding::Utf8);
 }
 
 TEST(Options, ScriptArguments) {
@@ -100,6 +104,7 @@ TEST(Options, UsageErrors) {
       {{"run", "s.bas", "--answer"}, "--answer 需要一个值"},
       {{"run", "--record", "select 1", "s.bas"}, "--record 需要 --db"},
       {{"run", "--db=", "s.bas"}, "--db 需要一个数据库文件"},
+      {{"run", "--sheet", "x", "s.bas"}, "--workbook"}, {{"run", "--save", "x", "s.bas"}, "--workbook"},
       {{"batch", "s.bas", "--record", "q"}, "需要 --db PATH"},
       {{"batch", "s.bas", "--db", "p.db"}, "需要 --record SQL"},
       {{"batch", "--db", "p.db", "--record", "q"}, "缺少脚本文件"},

@@ -1,3 +1,7 @@
+// `korvex run` parsed and run as the command does: reading the script,
+// pre-sets, console output and replies, the usage errors that run nothing,
+// the stop prompt and the workbook options. Exit codes are written as numbers: they
+// are what callers of the command see.
 #include "cli/run_command.hpp"
 
 #include <gtest/gtest.h>
@@ -5,14 +9,21 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
+#include "korvex/user_interface.hpp"
+#include "korvex/workbook.hpp"
+#include "support.hpp"
+
 namespace korvex::cli {
 namespace {
+
+using korvex::testing::ScratchDir;
 
 TEST(DecodeScript, KeepsLineBreaksAndSkipsTheByteOrderMark) {
   EXPECT_EQ(decodeScript("\xEF\xBB\xBF"
@@ -20,9 +31,52 @@ TEST(DecodeScript, KeepsLineBreaksAndSkipsTheByteOrderMark) {
                          Encoding::Utf8),
             u"a\r\nb\rc\n\r");
   EXPECT_EQ(decodeScript("a\xEF\xBB\xBF", Encoding::Utf8), u"a\uFEFF");  // only a leading mark
-  EXPECT_EQ(decodeScript("x = \"\xE4\xB8\xAD\"", Encoding::Utf8), u"x = \"中\"");
   EXPECT_EQ(decodeScript("\xD6\xD0\xCE\xC4\r\n", Encoding::Gbk), u"中文\r\n");
   EXPECT_EQ(decodeScript("", Encoding::Utf8), u"");
+}
+
+using Answer = UserInterface::Answer;
+using Buttons = UserInterface::Buttons;
+
+TEST(ConsoleUserInterface, YesNoReadsOneReply) {
+  struct Case {
+    const char* input;
+    Answer expected;
+  };
+  const Case cases[] = {
+      {"n\n", Answer::No},     {"No\r\n", Answer::No}, {"  \xE5\x90\xA6 \n", Answer::No},
+      {"y\n", Answer::Yes},    {"\n", Answer::Yes},    {"", Answer::Yes},  // end of input
+      {"nope\n", Answer::Yes},
+  };
+  for (const auto& c : cases) {
+    std::istringstream in(c.input);
+    std::ostringstream out;
+    ConsoleUserInterface ui(in, out);
+    EXPECT_EQ(ui.messageBox(u"stop?", Buttons::YesNo, u""), c.expected) << c.input;
+    EXPECT_EQ(out.str().rfind("stop?", 0), 0u);
+  }
+}
+
+// Each prompt reads the next line; an empty reply takes the default and the
+// end of input cancels.
+TEST(ConsoleUserInterface, InputBoxReadsALine) {
+  struct Case {
+    const char* input;
+    std::vector<std::optional<std::u16string>> answers;
+  };
+  const Case cases[] = {
+      {"abc\n", {u"abc"}},  {"\xE4\xB8\xAD\r\n", {u"中"}},          {"\n", {u"dflt"}},
+      {"", {std::nullopt}}, {"1\n2\n", {u"1", u"2", std::nullopt}},
+  };
+  for (const auto& c : cases) {
+    std::istringstream in(c.input);
+    std::ostringstream out;
+    ConsoleUserInterface ui(in, out);
+    for (const auto& expected : c.answers) {
+      EXPECT_EQ(ui.inputBox(u"Amount", u"", u"dflt"), expected) << c.input;
+    }
+    EXPECT_NE(out.str().find("Amount"), std::string::npos);
+  }
 }
 
 struct RunResult {
@@ -31,34 +85,22 @@ struct RunResult {
   std::string err;
 };
 
-RunResult run(RunOptions options, const std::string& input = {}) {
+// `korvex run ARGS`, with `input` as standard input.
+RunResult run(std::vector<std::string_view> args, const std::string& input = {}) {
+  args.insert(args.begin(), "run");
+  const CommandLine c = parseCommandLine(args);
+  EXPECT_EQ(c.action, CommandLine::Action::Run) << c.error;
   std::istringstream in(input);
   std::ostringstream out, err;
-  RunResult r;
-  r.status = runScript(options, in, out, err);
-  r.out = out.str();
-  r.err = err.str();
-  return r;
-}
-
-RunOptions fromStdin(bool json = true) {
-  RunOptions o;
-  o.script = "-";
-  o.json = json;
-  return o;
-}
-
-std::string writeTemp(const std::string& name, const std::string& bytes) {
-  const std::string path = testing::TempDir() + "/" + name;
-  std::ofstream(path, std::ios::binary) << bytes;
-  return path;
+  const int status = runScript(c.run, in, out, err);
+  return {status, out.str(), err.str()};
 }
 
 TEST(RunScript, PresetsAreEvaluatedInOrder) {
-  RunOptions o = fromStdin();
-  o.presets = {{"N", "NULL"}, {"s", "\"abc\""}, {"D", "#2005-03-01#"}, {"A", "1"}, {"a", "4 + 1"}};
-  const RunResult r = run(o, "DIM x\r\nx = A + 1\r\n");
-  EXPECT_EQ(r.status, kExitSuccess) << r.err;
+  const RunResult r = run({"--json", "--set", "N=NULL", "--set", "s=\"abc\"", "--set",
+                           "D=#2005-03-01#", "--set", "A=1", "--set", "a=4 + 1", "-"},
+                          "DIM x\r\nx = A + 1\r\n");
+  EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find(R"("variables": {"N": {"type": "Null", "value": null}, )"
                        R"("S": {"type": "String", "value": "abc"}, )"
                        R"("D": {"type": "Date", "value": "2005-03-01 00:00:00"}, )"
@@ -68,40 +110,37 @@ TEST(RunScript, PresetsAreEvaluatedInOrder) {
       << r.out;
 }
 
-TEST(RunScript, PresetThatFailsToEvaluateIsAUsageError) {
-  RunOptions o = fromStdin();
-  o.presets = {{"A", "1+"}};
-  const RunResult r = run(o, "MSGBOX 1\r\n");
-  EXPECT_EQ(r.status, kExitUsage);
-  EXPECT_EQ(r.out, "");  // nothing ran
-  EXPECT_NE(r.err.find("--set A=1+"), std::string::npos) << r.err;
-  EXPECT_NE(r.err.find("\xE7\xBC\xBA\xE6\x93\x8D\xE4\xBD\x9C\xE6\x95\xB0"), std::string::npos)
-      << r.err;  // 缺操作数
-}
-
 TEST(RunScript, ConsoleModePrintsMessagesAndTheError) {
-  const RunResult r = run(fromStdin(false), "MSGBOX \"hi\"\r\nRAISEERROR \"bad\"\r\nMSGBOX 2\r\n");
-  EXPECT_EQ(r.status, kExitScriptFailed);
-  EXPECT_EQ(r.out, "hi\n");
+  const RunResult r = run({"-"}, "MSGBOX \"工资 12\"\r\nRAISEERROR \"bad\"\r\nMSGBOX 2\r\n");
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.out, "\xE5\xB7\xA5\xE8\xB5\x84 12\n");
   EXPECT_EQ(r.err, "\xE9\x94\x99\xE8\xAF\xAF 2000: bad : \xE8\xA1\x8C\xE5\x8F\xB7 2\n");
 }
 
-// A missing script, and a directory that opens but whose read fails (no
-// empty script): neither runs anything.
-TEST(RunScript, UnreadableScriptIsAUsageError) {
+// A pre-set that does not evaluate, a missing script, a directory that
+// opens but whose read fails (no empty script), a workbook that is no
+// workbook, a sheet it does not have: exit 2, nothing runs.
+TEST(RunScript, UsageErrorsRunNothing) {
+  ScratchDir dir;
+  const std::string missing = dir.file("no/such/x.bas"), text = dir.file("text.xlsx"),
+                    fresh = dir.file("fresh.xlsx");
+  std::ofstream(text) << "plain text";
   const struct {
-    std::string path;
-    const char *verb, *reason;
-  } kCases[] = {{testing::TempDir() + "/no/such/dir/x.bas", "无法打开", "文件不存在"},
-                {testing::TempDir(), "无法读取", "是一个目录"}};
+    std::vector<std::string_view> args;
+    std::vector<std::string> errParts;
+  } kCases[] = {
+      {{"--set", "A=1+", "-"}, {"--set A=1+", "缺操作数"}},
+      {{missing}, {"无法打开", "文件不存在"}},
+      {{dir.path()}, {"无法读取", "是一个目录"}},
+      {{"--workbook", text, "-"}, {"不是可读的 .xlsx 工作簿"}},
+      {{"--workbook", fresh, "--sheet", "二月", "-"}, {"二月"}},
+  };
   for (const auto& c : kCases) {
-    RunOptions o;
-    o.script = c.path;
-    const RunResult r = run(o);
-    EXPECT_EQ(r.status, kExitUsage);
+    SCOPED_TRACE(c.args.front());
+    const RunResult r = run(c.args, "MSGBOX 1\r\n");
+    EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.out, "");
-    EXPECT_NE(r.err.find(c.verb), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find(c.reason), std::string::npos) << r.err;
+    for (const auto& part : c.errParts) EXPECT_NE(r.err.find(part), std::string::npos) << r.err;
   }
 }
 
@@ -112,16 +151,16 @@ TEST(RunScript, AnOutcomeThatCannotBeWrittenIsNoSuccess) {
   std::istringstream in("MSGBOX 1\r\n");
   std::ostream out(&full);
   std::ostringstream err;
-  EXPECT_EQ(runScript(fromStdin(), in, out, err), kExitUsage);
+  RunOptions o;
+  o.script = "-";
+  o.json = true;
+  EXPECT_EQ(runScript(o, in, out, err), 2);
   EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
 }
 
 TEST(RunScript, EndlessInputIsAnOverLongScript) {
-  RunOptions o;
-  o.json = true;
-  o.script = "/dev/zero";
-  const RunResult r = run(o);
-  EXPECT_EQ(r.status, kExitScriptFailed);
+  const RunResult r = run({"--json", "/dev/zero"});
+  EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.out.rfind(R"({"errNum": 6, "errMsg": "溢出",)", 0), 0u) << r.out;
 }
 
@@ -141,8 +180,10 @@ bool awaitOutput(int fd, const std::string& text) {
 }
 
 TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
+  ScratchDir dir;
   RunOptions o;
-  o.script = writeTemp("endless.bas", "MSGBOX \"go\"\r\nDO WHILE 1\r\nLOOP\r\n");
+  o.script = dir.file("endless.bas");
+  std::ofstream(o.script, std::ios::binary) << "MSGBOX \"go\"\r\nDO WHILE 1\r\nLOOP\r\n";
   int input[2], output[2];
   ASSERT_EQ(::pipe(input), 0);
   ASSERT_EQ(::pipe(output), 0);
@@ -176,6 +217,49 @@ TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
   ::close(output[0]);
   EXPECT_TRUE(prompted);
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+}
+
+// Cell (row, column) of the first sheet of the workbook on disk, as text.
+std::string cellText(const std::string& path, std::int32_t row, std::int32_t column) {
+  std::u16string error;
+  auto book = Workbook::open(path, error);
+  if (!book) return "unreadable: " + toUtf8(error);
+  const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
+  const auto cell = book->sheet(Value::lng(1)).value.objectValue()->getProperty(u"Cells", at);
+  return toUtf8(
+      vb::toString(cell.value.objectValue()->getProperty(u"Value", {}).value, Locale::zhCN()));
+}
+
+TEST(RunWorkbook, WrittenOnlyOnceACellIsWritten) {
+  ScratchDir dir;
+  const std::string book = dir.file("new.xlsx");
+  EXPECT_EQ(run({"--workbook", book, "-"}, "DIM x\r\nx = GETCELL(\"A\", 1)\r\n").status, 0);
+  EXPECT_FALSE(std::filesystem::exists(book));  // nothing written, nothing saved
+  EXPECT_EQ(run({"--workbook", book, "-"}, "DIM x\r\nx = SETCELL(\"B\", 2, \"工资\")\r\n").status,
+            0);
+  EXPECT_EQ(cellText(book, 2, 2), "工资");
+}
+
+TEST(RunWorkbook, SheetAndSaveTargets) {
+  ScratchDir dir;
+  const std::string a = dir.file("a.xlsx"), b = dir.file("b.xlsx");
+  ASSERT_EQ(run({"--workbook", a, "-"}, "DIM x\r\nx = SETCELL(\"A\", 1, 5)\r\n").status, 0);
+  std::ifstream original(a, std::ios::binary);
+  const std::string before((std::istreambuf_iterator<char>(original)), {});
+
+  RunResult r = run({"--workbook", a, "--sheet", "sheet1", "--save", b, "-"},
+                    "DIM x\r\nx = GETCELL(\"A\", 1) + 1\r\nx = SETCELL(\"A\", 2, x)\r\n");
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(cellText(b, 2, 1), "6");
+  std::ifstream after(a, std::ios::binary);
+  EXPECT_EQ(std::string((std::istreambuf_iterator<char>(after)), {}), before);
+
+  // Cells written before an error are saved too.
+  r = run({"--json", "--workbook", a, "--sheet", "1", "-"},
+          "DIM x\r\nx = SETCELL(\"C\", 3, 7)\r\nx = GETCELL(\"AAA\", 1)\r\n");
+  EXPECT_EQ(r.status, 1);
+  EXPECT_NE(r.out.find("变量未定义 'AAA'"), std::string::npos) << r.out;
+  EXPECT_EQ(cellText(a, 3, 3), "7");
 }
 
 }  // namespace

@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -21,9 +19,6 @@ namespace korvex::testing {
 class DatabaseTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/korvex-db-XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern), nullptr);
-    dir_ = pattern;
     path_ = createFile("pay");
     DispatchResult c = openConnection(*objects_, fromUtf8(path_));
     ASSERT_TRUE(c.ok()) << toUtf8(c.description);
@@ -37,11 +32,10 @@ class DatabaseTest : public ::testing::Test {
         "insert into 工资表2005年03月 values ('0012', '李四', NULL, '2005-03-31 08:30:00', 0, "
         "5000000000, NULL);");
   }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
 
   /// An empty database file NAME.db in the test's folder.
   std::string createFile(const std::string& name) {
-    const std::string path = dir_ + "/" + name + ".db";
+    const std::string path = dir_.file(name + ".db");
     std::ofstream{path};
     return path;
   }
@@ -75,7 +69,8 @@ class DatabaseTest : public ::testing::Test {
     return out;
   }
 
-  std::string dir_, path_;
+  ScratchDir dir_;
+  std::string path_;
   std::shared_ptr<SqlLog> log_ = std::make_shared<SqlLog>();
   std::shared_ptr<ObjectFactory> objects_ = sqliteObjectFactory(log_);
   ObjectRef connection_;

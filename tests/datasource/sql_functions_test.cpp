@@ -17,60 +17,42 @@ struct Case {
 };
 
 TEST_F(SqlFunctions, ResultsMessagesAndTextsSent) {
-  const char* upd = "update 工资表2005年03月 set 工龄 = 5 where 工号 = '001'";
-  const char* dup =
-      "insert into 工资表2005年03月 select '003', 姓名, 基本工资, 入职日期, 在职, 工龄, 系数 from "
-      "工资表2005年03月";
+  const std::string upd = "update 工资表2005年03月 set 工龄 = 5 where 工号 = '001'";
+  const std::string dup =
+      "insert into 工资表2005年03月 select '003', 姓名, 基本工资, 入职日期, "
+      "在职, 工龄, 系数 from 工资表2005年03月";
+  const std::string item = "select [基本工资] as WA_Value from [工资表2005年";
+  // clang-format off
   const std::vector<Case> cases = {
       {"DoSQL(\"update 工资表2005年03月 set 工龄 = 5 where 工号 = '001'\")", 0, "Empty:", {upd}},
-      {"ExecuteSQL(\"select 姓名 from 工资表2005年03月 where 工号 = 'x'\")",
-       0,
-       "Null:",
+      {"ExecuteSQL(\"select 姓名 from 工资表2005年03月 where 工号 = 'x'\")", 0, "Null:",
        {"select 姓名 from 工资表2005年03月 where 工号 = 'x'"}},
       {"DoSQL(\"select 5, 6\")", 0, "Long:5", {"select 5, 6"}},
       // Lines are cut at CR LF, CR or LF, trimmed; go and empty lines are skipped.
-      {"DoSQL(\" select 1 \" & CRLF & \"go\" & Chr(13) & \"GO\" & Chr(10) & Chr(10) & \"select "
-       "2\")",
-       0,
-       "Long:2",
-       {"select 1", "select 2"}},
+      {"DoSQL(\" select 1 \" & CRLF & \"go\" & Chr(13) & \"GO\" & Chr(10) & Chr(10) & \"select 2\")",
+       0, "Long:2", {"select 1", "select 2"}},
       {"DoSQL(12)", 30, "函数:DoSQL\r\nnear \"12\": syntax error", {"12"}},
       {"DoSQL(\"go\")", 30, "函数:DoSQL\r\n对象变量或 With 块变量未设置", {}},
       // One statement that fails half-way changes nothing.
       {"DoSQL(\"insert into 工资表2005年03月 select '003', 姓名, 基本工资, 入职日期, 在职, 工龄, "
-       "系数 from 工资表2005年03月\")",
-       30,
-       "函数:DoSQL\r\nUNIQUE constraint failed: 工资表2005年03月.工号",
-       {dup}},
-      {"DoSqlEx(\"select nosuch\")",
-       30,
-       "函数:DoSqlEx\r\nno such column: nosuch",
-       {"select nosuch"}},
+       "系数 from 工资表2005年03月\")", 30, "函数:DoSQL\r\nUNIQUE constraint failed: 工资表2005年03月.工号", {dup}},
+      {"DoSqlEx(\"select nosuch\")", 30, "函数:DoSqlEx\r\nno such column: nosuch", {"select nosuch"}},
       {"DoSQL()", 6, "错误的参数表达式或参数个数{函数:DoSQL()}", {}},
-      {"_员工工资项目值(2005, 3, \"001\", \"基本工资\", 0)",
-       0,
-       "Currency:3000.5",
-       {"select [基本工资] as WA_Value from [工资表2005年03月] Where (工号 = '001')"}},
+      {"_员工工资项目值(2005, 3, \"001\", \"基本工资\", 0)", 0, "Currency:3000.5",
+       {item + "03月] Where (工号 = '001')"}},
       // A Null item, a missing monthly table: the default, silently.
-      {"_员工工资项目值(2005, 3, \"0012\", \"基本工资\", \"无\")",
-       0,
-       "String:无",
-       {"select [基本工资] as WA_Value from [工资表2005年03月] Where (工号 = '0012')"}},
-      {"_员工工资项目值(2005, 12, \"001\", \"基本工资\", 0)",
-       0,
-       "Double:0",
-       {"select [基本工资] as WA_Value from [工资表2005年12月] Where (工号 = '001')"}},
+      {"_员工工资项目值(2005, 3, \"0012\", \"基本工资\", \"无\")", 0, "String:无",
+       {item + "03月] Where (工号 = '0012')"}},
+      {"_员工工资项目值(2005, 12, \"001\", \"基本工资\", 0)", 0, "Double:0",
+       {item + "12月] Where (工号 = '001')"}},
       {"_员工工资项目值(\"x\", 3, \"001\", \"a\", 0)", 4, "类型不匹配", {}},
       {"_员工工资项目值(2005, 3, 1, \"a\", 0)", 4, "类型不匹配", {}},
-      {"_员工工资项目值(2005, -1, \"001\", \"a\", 0)",
-       6,
-       "错误的参数表达式或参数个数{函数:_员工工资项目值(2005, -1, \"001\", \"a\", 0)}",
-       {}},
-      {"_员工工资项目值(2005, 3, \"001\", \"a\")",
-       6,
-       "错误的参数表达式或参数个数{函数:_员工工资项目值(2005, 3, \"001\", \"a\")}",
-       {}},
+      {"_员工工资项目值(2005, -1, \"001\", \"a\", 0)", 6,
+       "错误的参数表达式或参数个数{函数:_员工工资项目值(2005, -1, \"001\", \"a\", 0)}", {}},
+      {"_员工工资项目值(2005, 3, \"001\", \"a\")", 6,
+       "错误的参数表达式或参数个数{函数:_员工工资项目值(2005, 3, \"001\", \"a\")}", {}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     const Outcome o = evaluate(c.expression);
     EXPECT_EQ(o.errNum, c.errNum) << c.expression;

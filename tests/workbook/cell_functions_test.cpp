@@ -24,13 +24,8 @@ class CellFunctions : public ::testing::Test {
 
   // "value" or "error N: message" of one expression.
   std::string eval(std::string_view expression) {
-    engine_.SetErrNum(0);
-    engine_.SetErrMsg(u"");
-    const Value v = engine_.Evaluate(fromUtf8(expression));
-    if (engine_.ErrNum() != 0) {
-      return "error " + std::to_string(engine_.ErrNum()) + ": " + toUtf8(engine_.ErrMsg());
-    }
-    return describe(v);
+    const Outcome o = EvaluateOn(engine_, expression);
+    return o.errNum != 0 ? "error " + std::to_string(o.errNum) + ": " + o.errMsg : o.value;
   }
 
   std::string cellAt(std::int32_t row, std::int32_t column, std::int32_t sheet = 1) {
@@ -40,7 +35,7 @@ class CellFunctions : public ::testing::Test {
     return describe(cell->getProperty(u"Value", {}).value);
   }
 
-  TempDir dir_;
+  ScratchDir dir_;
   std::shared_ptr<Workbook> book_;
   BasicEngine engine_;
 };
@@ -77,14 +72,14 @@ TEST_F(CellFunctions, AddressCellsByLettersRowAndSheet) {
 
 TEST_F(CellFunctions, WriteValuesFormulasAndTwoLetterColumns) {
   EXPECT_FALSE(book_->modified());
-  EXPECT_EQ(eval("SETCELL(\"aa\", 1, 27)"), "Empty");
-  EXPECT_EQ(eval("SETCELL(\"ZZ\", 1, \"末列\", \"Other\")"), "Empty");
-  EXPECT_EQ(eval("SetCellFormula(\"C\", 5, 1 + 1)"), "Empty");
+  EXPECT_EQ(eval("SETCELL(\"aa\", 1, 27)"), "Empty:");
+  EXPECT_EQ(eval("SETCELL(\"ZZ\", 1, \"末列\", \"Other\")"), "Empty:");
+  EXPECT_EQ(eval("SetCellFormula(\"C\", 5, 1 + 1)"), "Empty:");
   EXPECT_EQ(cellAt(1, 27), "Double:27");
   EXPECT_EQ(cellAt(1, 702, 2), "String:末列");
   EXPECT_EQ(cellAt(5, 3), "Double:2");  // a formula text without "=" is a constant
-  EXPECT_EQ(eval("SetCellFormula(\"D\", 5, \"=C5*3\")"), "Empty");
-  EXPECT_EQ(eval("GETCELL(\"D\", 5)"), "Empty");  // no result until recalculated
+  EXPECT_EQ(eval("SetCellFormula(\"D\", 5, \"=C5*3\")"), "Empty:");
+  EXPECT_EQ(eval("GETCELL(\"D\", 5)"), "Empty:");  // no result until recalculated
   EXPECT_TRUE(book_->modified());
 }
 
@@ -118,12 +113,12 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
   for (const auto& c : kCases) {
     SetUp();
     engine_.SetSysVar(u"ARR", Value::array(c.array));
-    ASSERT_EQ(eval("SETCELL(\"F\", 10, ARR)"), "Empty") << c.name;
+    ASSERT_EQ(eval("SETCELL(\"F\", 10, ARR)"), "Empty:") << c.name;
     for (std::int32_t r = 0; r < 4; ++r) {
       std::string row;
       for (std::int32_t col = 0; col < 4; ++col) {
         const std::string v = cellAt(10 + r, 6 + col);
-        row += (col ? " " : "") + (v == "Empty" ? "-" : v.substr(v.find(':') + 1));
+        row += (col ? " " : "") + (v == "Empty:" ? "-" : v.substr(v.find(':') + 1));
       }
       EXPECT_EQ(row, c.block[static_cast<std::size_t>(r)]) << c.name << " row " << r;
     }

@@ -2,14 +2,10 @@
 // to a private temporary directory.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
 #include <map>
 #include <string>
 
-#include "values/ops.hpp"
+#include "support.hpp"
 #include "workbook/zip_package.hpp"
 
 namespace korvex::testing {
@@ -19,60 +15,45 @@ inline const char* kNs = "xmlns=\"http://schemas.openxmlformats.org/spreadsheetm
 /// The parts of a two-sheet workbook with every kind of cell on "工资" and
 /// an untouched sheet "Other"; tests change parts before writing it.
 inline std::map<std::string, std::string> sampleParts() {
-  const std::string rel = "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
-  const std::string ct = "application/vnd.openxmlformats-officedocument.spreadsheetml.";
+  const std::string ns = "http://schemas.openxmlformats.org/";
+  const std::string rels = "<Relationships xmlns=\"" + ns + "package/2006/relationships\">";
+  const auto relation = [&](int id, const std::string& type, const std::string& target) {
+    return "<Relationship Id=\"rId" + std::to_string(id) + "\" Type=\"" + ns +
+           "officeDocument/2006/relationships/" + type + "\" Target=\"" + target + "\"/>";
+  };
   std::map<std::string, std::string> p;
-  p["[Content_Types].xml"] =
-      "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
-      "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package."
-      "relationships+xml\"/><Default Extension=\"xml\" ContentType=\"application/xml\"/>"
-      "<Override PartName=\"/xl/workbook.xml\" ContentType=\"" +
-      ct +
-      "sheet.main+xml\"/>"
-      "<Override PartName=\"/xl/worksheets/sheet1.xml\" ContentType=\"" +
-      ct +
-      "worksheet+xml\"/>"
-      "<Override PartName=\"/xl/worksheets/sheet2.xml\" ContentType=\"" +
-      ct +
-      "worksheet+xml\"/>"
-      "<Override PartName=\"/xl/styles.xml\" ContentType=\"" +
-      ct +
-      "styles+xml\"/>"
-      "<Override PartName=\"/xl/sharedStrings.xml\" ContentType=\"" +
-      ct +
-      "sharedStrings+xml\"/>"
-      "<Override PartName=\"/xl/calcChain.xml\" ContentType=\"" +
-      ct + "calcChain+xml\"/></Types>";
-  p["_rels/.rels"] =
-      "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-      "<Relationship Id=\"rId1\" Type=\"" +
-      rel +
-      "officeDocument\" Target=\"xl/workbook.xml\"/>"
-      "</Relationships>";
-  p["xl/workbook.xml"] = std::string("<workbook ") + kNs + " xmlns:r=\"" +
-                         rel.substr(0, rel.size() - 1) +
-                         "\">"
+  std::string& types = p["[Content_Types].xml"];
+  std::string& bookRels = p["xl/_rels/workbook.xml.rels"];
+  types = "<Types xmlns=\"" + ns +
+          "package/2006/content-types\"><Default Extension=\"rels\" ContentType=\""
+          "application/vnd.openxmlformats-package.relationships+xml\"/>"
+          "<Default Extension=\"xml\" ContentType=\"application/xml\"/>";
+  bookRels = rels;
+  // Each part of xl/, its content type (also the type of the workbook's
+  // relationship to it) and the target the workbook names, both forms.
+  const struct {
+    const char *part, *type, *target;
+  } kParts[] = {{"workbook", "sheet.main", nullptr},
+                {"worksheets/sheet1", "worksheet", "worksheets/sheet1.xml"},
+                {"worksheets/sheet2", "worksheet", "/xl/worksheets/sheet2.xml"},
+                {"styles", "styles", "styles.xml"},
+                {"sharedStrings", "sharedStrings", "sharedStrings.xml"},
+                {"calcChain", "calcChain", "calcChain.xml"}};
+  int id = 0;
+  for (const auto& part : kParts) {
+    types += std::string("<Override PartName=\"/xl/") + part.part +
+             ".xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml." +
+             part.type + "+xml\"/>";
+    if (part.target != nullptr) bookRels += relation(++id, part.type, part.target);
+  }
+  types += "</Types>";
+  bookRels += "</Relationships>";
+  p["_rels/.rels"] = rels + relation(1, "officeDocument", "xl/workbook.xml") + "</Relationships>";
+  p["xl/workbook.xml"] = std::string("<workbook ") + kNs + " xmlns:r=\"" + ns +
+                         "officeDocument/2006/relationships\">"
                          "<sheets><sheet name=\"工资\" sheetId=\"1\" r:id=\"rId1\"/>"
                          "<sheet name=\"Other\" sheetId=\"2\" r:id=\"rId2\"/></sheets>"
                          "<calcPr calcId=\"191029\"/></workbook>";
-  p["xl/_rels/workbook.xml.rels"] =
-      "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-      "<Relationship Id=\"rId1\" Type=\"" +
-      rel +
-      "worksheet\" Target=\"worksheets/sheet1.xml\"/>"
-      "<Relationship Id=\"rId2\" Type=\"" +
-      rel +
-      "worksheet\" Target=\"/xl/worksheets/sheet2.xml\"/>"
-      "<Relationship Id=\"rId3\" Type=\"" +
-      rel +
-      "styles\" Target=\"styles.xml\"/>"
-      "<Relationship Id=\"rId4\" Type=\"" +
-      rel +
-      "sharedStrings\" Target=\"sharedStrings.xml\"/>"
-      "<Relationship Id=\"rId5\" Type=\"" +
-      rel +
-      "calcChain\" Target=\"calcChain.xml\"/>"
-      "</Relationships>";
   // Formats: 0 general, 1 a custom date format, 2 bold general.
   p["xl/styles.xml"] = std::string("<styleSheet ") + kNs +
                        "><numFmts count=\"1\"><numFmt numFmtId=\"164\" "
@@ -106,30 +87,8 @@ inline std::map<std::string, std::string> sampleParts() {
   return p;
 }
 
-/// "Type:text" of a value, the type alone where there is no text.
-inline std::string describe(const Value& v) {
-  std::string out(typeName(v.type()));
-  if (v.isEmpty() || v.isNull() || v.isObject() || v.isArray()) return out;
-  return out + ":" + toUtf8(vb::toString(v, Locale::zhCN()));
-}
-
-/// A private directory removed after the test.
-class TempDir {
- public:
-  TempDir() {
-    char name[] = "/tmp/korvex-workbook-XXXXXX";
-    path_ = ::mkdtemp(name);
-  }
-  ~TempDir() { std::filesystem::remove_all(path_); }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 /// Writes the parts as an .xlsx file; returns its path.
-inline std::string writeWorkbook(const TempDir& dir,
+inline std::string writeWorkbook(const ScratchDir& dir,
                                  const std::map<std::string, std::string>& parts,
                                  const std::string& name = "book.xlsx") {
   xlsx::ZipPackage pkg;
