@@ -45,6 +45,41 @@ const ErrorCase kArgumentLists[] = {
 };
 INSTANTIATE_TEST_SUITE_P(ArgumentLists, FunctionError, ::testing::ValuesIn(kArgumentLists));
 
+// Each function's own count and own kind of argument, as the message shows
+// the call (written, shown).
+const std::pair<const char*, const char*> kWrongCounts[] = {
+    {"CSTR()", "CStr()"},
+    {"LCase(1,2)", "LCase(1,2)"},
+    {"UCase()", "UCase()"},
+    {"HEX()", "Hex()"},
+    {"ATN()", "Atn()"},
+    {"CLng()", "CLng()"},
+    {"IsEmpty()", "IsEmpty()"},
+    {"IsNumeric(1, 2)", "IsNumeric(1, 2)"},
+    {"DAY()", "Day()"},
+    {"WeekDayName(1, 2)", "WeekDayName(1, 2)"},
+    {"GetVar()", "GetVar()"},
+    {"Input()", "Input()"},
+    {"UBound()", "UBound()"},
+    {"LBound()", "LBound()"},
+    {"IsVarExist()", "IsVarExist()"}};
+const std::pair<const char*, const char*> kWrongKinds[] = {{R"(HEX("x"))", R"(Hex("x"))"},
+                                                           {R"(SIN("x"))", R"(Sin("x"))"},
+                                                           {"IsVarExist(1)", "IsVarExist(1)"}};
+
+TEST(FunctionErrors, EachFunctionChecksItsOwnCountAndKinds) {
+  for (const auto& [written, shown] : kWrongCounts) {
+    const Outcome got = EvaluateFresh(written);
+    EXPECT_EQ(got.errNum, 6) << written;
+    EXPECT_EQ(got.errMsg, std::string("错误的参数表达式或参数个数{函数:") + shown + "}") << written;
+  }
+  for (const auto& [written, shown] : kWrongKinds) {
+    const Outcome got = EvaluateFresh(written);
+    EXPECT_EQ(got.errNum, 4) << written;
+    EXPECT_EQ(got.errMsg, std::string("类型不匹配{函数:") + shown + "}") << written;
+  }
+}
+
 const ErrorCase kArgumentKinds[] = {
     {R"(LEFT("abc", -1))", 4, R"(类型不匹配{函数:Left("abc", -1)})"},
     {R"(LEFT("abc", "x"))", 4, R"(类型不匹配{函数:Left("abc", "x")})"},
