@@ -43,7 +43,6 @@ const ScriptCase kStatements[] = {
     {"DIM x\nx = 7\nx = 1 XOR 2",
      "err 2 错误的表达式 : 行号 3 | X=Double:7 | box 栈中含多个结果, 请检查表达式是否正确"},
     {"DIM x\nx =", "err 1 语法错 : 行号 2 | X=Empty:"}, {"abc", "err 22 不支持的语句体 : 行号 1"},
-    {"DIM x\nx = ' only a comment", "err 1 语法错 : 行号 2 | X=Empty:"},
     {"y = 1", "err 5 变量未定义 'y' : 行号 1"}, {"DIM a\na = 1 + 2*3", "A=Double:7"},
     {"DIM x\n  X =  1", "X=Double:1"}, {"DIM x\nx=1", "X=Double:1"},
     {"DIM x\nx = \"it's\" ' note", "X=String:it's"},
@@ -65,8 +64,6 @@ const ScriptCase kStatements[] = {
     {"DIM a,", "err 1 语法错{DIM} : 行号 1 | A=Empty:"},
     {"DIM 1x", "err 3 错误的符号或变量名称 '1'{DIM} : 行号 1"},
     {"DIM ab#c", "err 3 错误的符号或变量名称 '#' : 行号 1"},
-    {"DIM 1a", "err 3 错误的符号或变量名称 '1'{DIM} : 行号 1"},
-    {"DIM a, DIM", "err 1 语法错{DIM} : 行号 1 | A=Empty:"},
     {"DIM a DIM", "err 1 语法错 : 行号 1 | A=Empty:"}, {"DIM ,a", "err 1 语法错 : 行号 1"},
     {"DIM", "err 1 语法错{DIM} : 行号 1"},
     {"DIM a, b ,c\nc = (1 + 2) * 3\na = 1 + 2 * 3\nb = \"it's\" ' note\nDIM a",
@@ -107,7 +104,6 @@ const ScriptCase kStatements[] = {
     {"Do While 0\nIf a\nLoop\nDIM z", "err 0 If 语句缺 'Then' | Z=Empty:"},
     {"DIM n\nDo While 0\nIf 1 Then\nn = 1\nEnd If\nLoop", "N=Empty:"},
     {"DIM i\ni = 0\nDo Until i >= 3\ni = i + 1\nEnd Do", "I=Double:3"},
-    {"DIM i\ni = 0\nDo While i < 3\ni = i + 1\nLoop", "I=Double:3"},
     {"DIM n\nDo While 0\nDo While 0\nn = 1\nLoop\nn = 2\nLoop", "N=Empty:"},
     // else
     {"Do While 1\nElse\nLoop", "err 7 Else 没有 If : 行号 2"},
@@ -135,7 +131,6 @@ const ScriptCase kStatements[] = {
     {"Exit", "err 1 语法错 : 行号 1"},
     {"Do While 1\nExit Do\nEnd If\nLoop", "err 11 End If 语句无 If : 行号 2"},
     {"Do While 1\nExit Do now\nLoop", "err 1 语法错 : 行号 2"},
-    {"DIM a\nExit Do", "err 16 Exit Do 不在 Do...Loop 内 : 行号 2 | A=Empty:"},
     {"Do While 1\nExit Do", "err 14 Do 没有 Loop 或 End Do : 行号 2"},
     {"DIM n\nn = 0\nDo While 1\n  n = n + 1\n  If n >= 2 Then Exit Do\nLoop",
      "err 16 Exit Do 不在 Do...Loop 内 : 行号 1 : 行号 5 | N=Double:2"},
@@ -181,10 +176,7 @@ const ScriptCase kStatements[] = {
     {"DIM a, n\nIf True Then\nElse\nIf a Then\nEnd If\nn = 1\nEnd If",
      "err 11 End If 语句无 If : 行号 7 | A=Empty: | N=Double:1"},
     {"If True Then\nElse\nn = 1", "err 10 If 语句无 End If : 行号 2"},
-    {"Do While 1\nElse", "err 7 Else 没有 If : 行号 2"},
-    {"If True Then\nElse x = 1\nEnd If", "err 8 Else 语句错误 : 行号 2"},
     {"Else", "err 7 Else 没有 If : 行号 1"},
-    {"If True Then\nEnd If x", "err 12 End If 语法错 : 行号 2"},
     {"End If", "err 11 End If 语句无 If : 行号 1"},
     {"If False Then\nn = 1", "err 10 If 语句无 End If : 行号 1"},
     {"DIM n\nIf 1 Then y = 1", "err 5 变量未定义 'y' : 行号 1 : 行号 2 | N=Empty:"},
@@ -192,7 +184,6 @@ const ScriptCase kStatements[] = {
      "err 15 Loop 或 End Do 缺少 Do : 行号 2 | C=Empty:"},
     {"If False Then\nIf a\nEnd If", "err 9 If 语句缺 'Then' : 行号 1"},
     {"If False Then\nIf a", "err 10 If 语句无 End If : 行号 1"},
-    {"DIM a\nIf a>1Then", "err 9 If 语句缺 'Then' : 行号 2 | A=Empty:"},
     {"DIM s\nIf s = \"abc Then", "err 2 错误的表达式 : 行号 2 | S=Empty:"},
     {"DIM a\nIf 1 > 0 Then\na = 1", "err -2147220004 If 语句无 End If : 行号 4 | A=Double:1"},
     {"DIM n\nIf False Then\nn = 1\nElse ' note\nn = 2\nEnd If", "N=Double:2"},
@@ -204,7 +195,6 @@ const ScriptCase kStatements[] = {
     {"DIM a, b\na = 0\nIf a > 1 Then b = 2", "B=Empty: | A=Double:0"},
     {"DIM n\nn = 1\nIf n = 1 Then MSGBOX \"one\"\nIf n = 2 Then MSGBOX \"two\"\nMSGBOX n + 1",
      "N=Double:1 | box one | box 2"},
-    {"If 1 Then MsgBox \"one\"", "box one"},
     {"DIM c\nIf False Then\nDo Until c\nLoop\nEnd If", "C=Empty:"},
     {"DIM s, n\ns = \"x\"\nIf s <> \" THEN \" Then n = 1", "S=String:x | N=Double:1"},
     {"DIM x\nIf 1 Then x = \"abc", "err 2 错误的表达式 : 行号 2 | X=Empty:"},
@@ -221,7 +211,6 @@ const ScriptCase kStatements[] = {
     // messages
     {"MsgBox 'x", "err 1 语法错 : 行号 1"}, {"RaiseError NULL", "err 94 无效使用 Null"},
     {"RaiseError 42\nMsgBox 1", "err 2000 42 : 行号 1"},
-    {"DIM s\ns = \"Bad data\"\nRaiseError s", "err 2000 Bad data : 行号 3 | S=String:Bad data"},
     {"DIM s, x\ns = \"a\"\nx = 1\nMsgBox s & x", "S=String:a | X=Double:1 | box a1"},
     {"msgbox 1 + 1", "box 2"}, {"DIM x\nx = NULL\nMsgBox x\nMsgBox 2", "X=Null: | box  | box 2"},
     {"MsgBox \"it's\" ' c", "box it's"},
@@ -236,7 +225,6 @@ const ScriptCase kStatements[] = {
      "box True | box it's | box  | box 0.25"},
     {"DIM s, x\ns = \"Bad\"\nx = NULL\nMsgBox s & \" data\"\nMsgBox x\nmsgbox 1 + 2 * 3 & \"!\"",
      "S=String:Bad | X=Null: | box Bad data | box  | box 7!"},
-    {"MsgBox \"a\" & 1", "box a1"},
     // name
     {"DIM a, b, c, d, e\na = len(\"abc\")\nb = Len(12.5)\nc = ucase(\"ab\")\nd = lCaSe(\"AB\")\ne "
      "= UCASE(12)",
@@ -252,22 +240,18 @@ const ScriptCase kStatements[] = {
     {"RaiseError  \"a, b\" & 1 + 1", "err 2000 a, b2 : 行号 1"},
     {"RaiseError 1，2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1，2} : 行号 1"},
     {"DIM n\nn = NULL\nRaiseError n", "err 94 无效使用 Null | N=Null:"},
-    {"RaiseError(5)", "err -2147220004 错误的符号或变量名称(' : 行号 1"},
     {"RaiseError (7)", "err 2000 7 : 行号 1"},
     {"RaiseError (1, 2)", "err 6 错误的参数表达式或参数个数{语句:RaiseError(1, 2)} : 行号 1"},
     {"RaiseError ", "err 6 错误的参数表达式或参数个数{语句:RaiseError} : 行号 1"},
     {"  RaiseError a,", "err 6 错误的参数表达式或参数个数{语句:RaiseErrora,} : 行号 1"},
     {"DIM s\ns = \"Bad data\"\nRaiseError s\nMSGBOX \"not shown\"",
      "err 2000 Bad data : 行号 3 | S=String:Bad data"},
-    {"RaiseError \"Bad data\"", "err 2000 Bad data : 行号 1"},
-    {"RaiseError 1, 2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1, 2} : 行号 1"},
     // rem
     {"DIM remark\nREM x = = ( !!\n  rem\n\t' tab comment\nremark = 2 ' c", "REMARK=Double:2"},
     // reserved
     {"DIM a\nnum2chinese = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 2 | A=Empty:"},
     {"\t  Then = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 1"},
     // single-line IF
-    {"DIM a, b\na = 5\nIf a > 1 Then b = 2", "A=Double:5 | B=Double:2"},
     // tabs as blanks
     {"DIM x\nx = 1 +\t2", "err 56 遇到不可识别的符号或变量名 : 行号 2 | X=Empty:"},
     // the first word of a line
@@ -286,8 +270,6 @@ const ScriptCase kStatements[] = {
      "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
     {"DIM x\nx = 1 XOR 2",
      "err 2 错误的表达式 : 行号 2 | X=Empty: | box 栈中含多个结果, 请检查表达式是否正确"},
-    {"DIM a\na = 1 XOR 2",
-     "err 2 错误的表达式 : 行号 2 | A=Empty: | box 栈中含多个结果, 请检查表达式是否正确"},
 };
 // clang-format on
 
