@@ -204,10 +204,16 @@ void Compiler::number() {
   literal(Value::dbl(d));
 }
 
+// The readers take 16-bit positions; a text longer than that overflows
+// where the scan reaches past it.
+std::int16_t position16(std::size_t position) {
+  if (position > 32767) vb::raise(vb::kOverflow);
+  return static_cast<std::int16_t>(position);
+}
+
 void Compiler::stringLiteral() {
   StringOp reader;
-  if (i_ + 1 > 32767) vb::raise(vb::kOverflow);  // positions are 16-bit
-  std::int16_t pos = static_cast<std::int16_t>(i_ + 1);
+  std::int16_t pos = position16(i_ + 1);
   std::u16string piece;
   if (reader.ReadStringQueto(text_, pos, piece) != 0) fail(reader.ErrNum(), reader.ErrMsg());
   i_ = static_cast<std::size_t>(pos) - 1;
@@ -255,8 +261,7 @@ void Compiler::call(const NameEntry* builtin, const HostFunctionEntry* host) {
   // The argument text runs from just after the name through the matching
   // ")"; it is handed over with its parentheses.
   StringOp reader;
-  if (i_ + 2 > 32767) vb::raise(vb::kOverflow);  // positions are 16-bit
-  std::int16_t pos = static_cast<std::int16_t>(i_ + 2);
+  std::int16_t pos = position16(i_ + 2);
   std::u16string_view args;
   if (reader.ReadStringParentheses(text_, pos, args) != 0) fail(reader.ErrNum(), reader.ErrMsg());
   // pos is on the last character read; scanning goes on after it.
