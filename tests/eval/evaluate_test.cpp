@@ -261,7 +261,11 @@ TEST(Evaluate, PlatformFaultsPropagate) {
   f.engine.SetSysVar(u"LOWEST", Value::currency(Currency{INT64_MIN}));
   EXPECT_EQ(fault(u"ABS(LOWEST)"), vb::kOverflow);
   // Positions and numbers beyond their range.
-  EXPECT_EQ(fault(u"\"" + std::u16string(40000, u'a') + u"\""), vb::kOverflow);
+  // A literal may open at the last 16-bit position, not one after it.
+  // A literal must close by the last 16-bit position.
+  const std::u16string pad(32764, u' ');
+  EXPECT_EQ(describe(Evaluate(f.engine, pad + u"\"a\"")), "String:a");
+  EXPECT_EQ(fault(pad + u" \"a\""), vb::kOverflow);
   EXPECT_NE(fault(std::u16string(400, u'9')), 0);
   EXPECT_EQ(describe(Evaluate(f.engine, u"0." + std::u16string(400, u'0') + u"1")), "Double:0");
   // Below the limit a long literal is an ordinary operand.
