@@ -5,7 +5,6 @@
 
 #include <memory>
 
-#include "engine/engine_services.hpp"
 #include "korvex/memory_recordset.hpp"
 #include "support.hpp"
 
@@ -122,18 +121,6 @@ TEST(RecordBinding, MoveStatementsRunThroughTheRecord) {
             "BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。"
             " : 行号 3");
   EXPECT_TRUE(rs->eof());
-}
-
-TEST(RecordBinding, AChildEngineSeesTheSameRecord) {
-  auto rs = staff();
-  BasicEngine parent;
-  parent.SetRecordSet(rs);
-  BasicEngine child;
-  services::ShareStateOf(child, parent);
-  EXPECT_EQ(child.RecordSet(), rs);
-  EXPECT_TRUE(child.isFieldNameByArr(u"name"));
-  EXPECT_TRUE(child.MoveNext());
-  EXPECT_EQ(describe(parent.GetFieldValue(Value::string(u"Code"))), "String:E02");
 }
 
 }  // namespace
