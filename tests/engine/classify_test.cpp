@@ -32,10 +32,9 @@ TEST(Classify, KindAndError) {
       {u"AddRecord", kStmtAddRecord}, {u"增加记录", kStmtAddRecord},
       {u"DelRecord", kStmtDelRecord}, {u"删除记录", kStmtDelRecord},
       // the second word
-      {u"Do", kStmtSyntaxError}, {u"Do x < 3", kStmtSyntaxError},
-      {u"Do ' While", kStmtSyntaxError}, {u"Do While(x)", kStmtSyntaxError},
-      {u"End Loop", kStmtSyntaxError}, {u"End Sub", kStmtSyntaxError},
-      {u"Exit Sub", kStmtSyntaxError}, {u"Exit", kStmtSyntaxError},
+      {u"Do x < 3", kStmtSyntaxError}, {u"Do ' While", kStmtSyntaxError},
+      {u"Do While(x)", kStmtSyntaxError}, {u"End Loop", kStmtSyntaxError},
+      {u"End Sub", kStmtSyntaxError}, {u"Exit Sub", kStmtSyntaxError}, {u"Exit", kStmtSyntaxError},
       // record moves, in either language, take nothing after them
       {u"MoveFirst", kStmtMoveFirst}, {u"movenext ' go on", kStmtMoveNext},
       {u"MovePrevious   ", kStmtMovePrevious}, {u"MOVELAST", kStmtMoveLast},
@@ -44,16 +43,13 @@ TEST(Classify, KindAndError) {
       {u"MoveNext x", 0, 1, "语法错"}, {u"MoveFirst=1", 0, 1, "语法错"},
       {u"移至底部 2", 0, 1, "语法错"},
       // assignments, also to names that start with a keyword
-      {u"x=1", kStmtAssign}, {u"  X =  1", kStmtAssign}, {u"abc", kStmtAssign},
-      {u"工资 = 1", kStmtAssign}, {u"Doit = 1", kStmtAssign}, {u"Ifx = 2", kStmtAssign},
-      {u"_tmp = 2", kStmtAssign}, {u"AVeryLongVariableName = 1", kStmtAssign},
-      {u"If2 = 1", kStmtAssign},
+      {u"  X =  1", kStmtAssign}, {u"工资 = 1", kStmtAssign}, {u"Doit = 1", kStmtAssign},
+      {u"Ifx = 2", kStmtAssign}, {u"_tmp = 2", kStmtAssign}, {u"If2 = 1", kStmtAssign},
       // reserved words and bad names
       {u"For i = 1 To 3", 0, 23, kReserved}, {u"next", 0, 23, kReserved},
-      {u"Then", 0, 23, kReserved}, {u"len = 5", 0, 23, kReserved}, {u"EOF", 0, 23, kReserved},
-      {u"num2chinese=1", 0, 23, kReserved}, {u"True = 1", 0, 23, kReserved},
-      {u"a#b = 1", 0, 3, "错误的符号或变量名称#'"}, {u"1x = 2", 0, 3, kBadName},
-      {u"  (x) = 2", 0, 3, kBadName}, {u"MsgBox(\"x\")", 0, 3, "错误的符号或变量名称('"},
+      {u"len = 5", 0, 23, kReserved}, {u"EOF", 0, 23, kReserved}, {u"True = 1", 0, 23, kReserved},
+      {u"1x = 2", 0, 3, kBadName}, {u"  (x) = 2", 0, 3, kBadName},
+      {u"MsgBox(\"x\")", 0, 3, "错误的符号或变量名称('"},
       {u"If(a > 1) Then", 0, 3, "错误的符号或变量名称('"},
       {u"Loop'again", 0, 3, "错误的符号或变量名称''"},
   };
