@@ -10,17 +10,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <random>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "korvex/engine.hpp"
-#include "korvex/user_interface.hpp"
+#include "support.hpp"
 
-namespace korvex {
+namespace korvex::testing {
 namespace {
 
 // Pieces a script is glued from, separated by "|". DATE and TIME are left
@@ -56,38 +54,31 @@ constexpr std::array<std::u16string_view, 4> kBreaks = {u"\r\n", u"\n", u"\r", u
 
 std::u16string randomScript(std::mt19937& rng) {
   static const std::vector<std::u16string_view> kPieces = pieces();
+  auto pick = [&rng](const auto& from) {
+    return from[std::uniform_int_distribution<std::size_t>(0, std::size(from) - 1)(rng)];
+  };
   auto below = [&rng](std::size_t n) {
     return std::uniform_int_distribution<std::size_t>(0, n - 1)(rng);
   };
-  std::u16string text;
-  if (below(10) < 8) text += u"DIM x, y, 中\r\n";
-  auto expression = [&] {
-    std::u16string e(kOperands[below(kOperands.size())]);
-    for (std::size_t more = below(3); more > 0; --more) {
-      e += kOperators[below(kOperators.size())];
-      e += kOperands[below(kOperands.size())];
-    }
-    return e;
-  };
-  const std::size_t lines = 1 + below(8);
-  for (std::size_t l = 0; l < lines; ++l) {
-    if (below(6) != 0) {
-      for (const char16_t c : kShapes[below(kShapes.size())]) {
-        if (c == u'%') {
-          text += expression();
-        } else {
+  std::u16string text = below(10) < 8 ? u"DIM x, y, 中\r\n" : u"";
+  for (std::size_t lines = 1 + below(8); lines > 0; --lines) {
+    if (below(6) != 0) {  // a well-formed shape, "%" filled with an expression
+      for (const char16_t c : pick(kShapes)) {
+        if (c != u'%') {
           text += c;
+          continue;
+        }
+        text += pick(kOperands);
+        for (std::size_t more = below(3); more > 0; --more) {
+          text += pick(kOperators);
+          text += pick(kOperands);
         }
       }
       text += u"\r\n";
-      continue;
+    } else {  // up to nine pieces glued by blanks, then any kind of break
+      for (std::size_t w = below(10); w > 0; --w) (text += pick(kPieces)) += u' ';
+      text += pick(kBreaks);
     }
-    const std::size_t words = below(10);
-    for (std::size_t w = 0; w < words; ++w) {
-      if (w > 0) text += u' ';
-      text += kPieces[below(kPieces.size())];
-    }
-    text += kBreaks[below(kBreaks.size())];
   }
   return text;
 }
@@ -95,42 +86,21 @@ std::u16string randomScript(std::mt19937& rng) {
 struct Outcome {
   std::int32_t errNum;
   std::u16string errMsg;
-  std::int16_t currentLine;
-  std::int16_t lineCount;
+  std::int16_t currentLine, lineCount;
   bool stopped;
 };
 
 // Runs a script on a fresh engine; an endless loop is cut off after a
 // generous number of lines through the host's per-line hook.
 Outcome run(const std::u16string& script) {
-  BasicEngine engine;
-  engine.SetUserInterface(std::make_shared<RecordingUserInterface>());
+  Harness h;
   int linesRun = 0;
   bool stopped = false;
-  engine.SetLineHook([&](std::int16_t) {
-    if (++linesRun <= 5000) return true;
-    stopped = true;
-    return false;
-  });
-  engine.SetCodeBlock(script);
-  engine.Execute();
-  return {engine.ErrNum(), engine.ErrMsg(), engine.CurrentLineNum(), engine.LineCount(), stopped};
-}
-
-std::string show(const std::u16string& s) {
-  std::string out;
-  for (const char16_t c : s) {
-    if (c == u'\r') {
-      out += "\\r";
-    } else if (c == u'\n') {
-      out += "\\n";
-    } else if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else {
-      out += "?";
-    }
-  }
-  return out;
+  h.engine.SetLineHook([&](std::int16_t) { return ++linesRun <= 5000 || !(stopped = true); });
+  h.engine.SetCodeBlock(script);
+  h.engine.Execute();
+  return {h.engine.ErrNum(), h.engine.ErrMsg(), h.engine.CurrentLineNum(), h.engine.LineCount(),
+          stopped};
 }
 
 TEST(RandomScripts, EveryRunEndsWithAnExplainedAndRepeatableOutcome) {
@@ -139,7 +109,10 @@ TEST(RandomScripts, EveryRunEndsWithAnExplainedAndRepeatableOutcome) {
   int succeeded = 0;
   for (int i = 0; i < 2000; ++i) {
     const std::u16string script = randomScript(rng);
-    SCOPED_TRACE(show(script));
+    std::string shown = u8(script);
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return c == '\r' || c == '\n'; }, '|');
+    SCOPED_TRACE(shown);
     const Outcome first = run(script);
     if (first.errNum != 0) {
       errorNumbers.insert(first.errNum);
@@ -164,4 +137,4 @@ TEST(RandomScripts, EveryRunEndsWithAnExplainedAndRepeatableOutcome) {
 }
 
 }  // namespace
-}  // namespace korvex
+}  // namespace korvex::testing
