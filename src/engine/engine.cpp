@@ -201,7 +201,7 @@ Value BasicEngine::Evaluate(std::u16string_view expression) noexcept {
 
 // ---- the statement-flag stack and counters ---------------------------------
 
-void services::PushFlag(BasicEngine& engine, FlagFrame frame) {
+void services::PushFlag(BasicEngine& engine, FlagFrame&& frame) {
   EngineAccess::state(engine).flags.push(std::move(frame));
 }
 FlagFrame services::PopFlag(BasicEngine& engine) { return EngineAccess::state(engine).flags.pop(); }

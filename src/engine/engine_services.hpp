@@ -50,7 +50,7 @@ const HostFunctionEntry* HostFunctionNamed(const BasicEngine& engine,
 /// GetLineCode does, and the subscript fault (9) raised below line 1.
 std::u16string LineCode(BasicEngine& engine, std::int16_t line);
 /// Pushes on the statement-flag stack; the 32768th entry raises error 6.
-void PushFlag(BasicEngine& engine, FlagFrame frame);
+void PushFlag(BasicEngine& engine, FlagFrame&& frame);
 /// The top entry, removed / left in place; an empty stack reports 18 / 20
 /// and gives an entry without marker.
 FlagFrame PopFlag(BasicEngine& engine);

@@ -69,7 +69,7 @@ FlagFrame FlagFrame::fromValue(const Value& v) {
   return f;
 }
 
-void FlagStack::push(FlagFrame frame) {
+void FlagStack::push(FlagFrame&& frame) {
   const std::int16_t count = toInt16Checked(std::int32_t{count_} + 1);
   if (static_cast<std::size_t>(count) > frames_.size()) frames_.resize(count);
   frames_[static_cast<std::size_t>(count) - 1] = std::move(frame);

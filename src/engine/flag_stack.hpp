@@ -44,7 +44,7 @@ class FlagStack {
 
   std::int16_t size() const noexcept { return count_; }
   /// The 32768th entry is an overflow (error 6, raised).
-  void push(FlagFrame frame);
+  void push(FlagFrame&& frame);
   /// Removes the top entry; an empty stack reports error 18 and gives an
   /// entry without marker.
   FlagFrame pop();

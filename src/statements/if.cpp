@@ -128,7 +128,9 @@ struct ElseForm : KeywordForm {
   explicit ElseForm(std::u16string_view line) : KeywordForm(line, u"ELSE") {}
 };
 struct EndIfForm : KeywordForm {
-  explicit EndIfForm(std::u16string_view line) : KeywordForm(line, u"END") {}
+  explicit EndIfForm(std::u16string_view line)
+      : KeywordForm(line, u"END"), closesIf(equalsNoCase(rest, u"IF")) {}
+  bool closesIf;
 };
 
 }  // namespace
@@ -219,7 +221,7 @@ std::int32_t EndIf(BasicEngine& engine, KeptLine& line) {
   if (!form.verdict.go()) return form.verdict.replay(engine);
   // A bare END is the stop statement's business, not this one's.
   if (form.rest.empty()) return engine.ErrNum();
-  if (!equalsNoCase(form.rest, u"IF")) return fail(engine, 12, msg::kEndIfSyntax);
+  if (!form.closesIf) return fail(engine, 12, msg::kEndIfSyntax);
   if (engine.StmtFlagCount() < 1 || services::PeekFlag(engine).marker != FlagFrame::Marker::If) {
     return fail(engine, 11, msg::kEndIfWithoutIf);
   }
