@@ -29,6 +29,7 @@
 
 #include "korvex/host_object.hpp"
 #include "korvex/locale.hpp"
+#include "korvex/statement_kind.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/value.hpp"
 
@@ -36,7 +37,7 @@ namespace korvex {
 
 class BasicEngine;
 struct HostFunction;  // <korvex/host_function.hpp>
-struct EngineAccess;  // the engine's own statements and functions reach its state through this
+class Context;        // the run context behind the engine
 
 /// What Run reports: the error number (0 = success), its text, and the line
 /// where the run stopped.
@@ -46,33 +47,6 @@ struct RunResult {
   std::int16_t line = 0;
 
   bool ok() const noexcept { return errNum == 0; }
-};
-
-/// Statement-kind codes returned by WhatSTMT.
-enum StatementKind : std::int16_t {
-  kStmtDim = 101,
-  kStmtAssign = 102,
-  kStmtIf = 103,
-  kStmtElse = 104,
-  kStmtEndIf = 105,
-  kStmtDoWhile = 106,
-  kStmtDoUntil = 107,
-  kStmtExitDo = 108,
-  kStmtLoop = 109,
-  kStmtEndDo = 110,
-  kStmtExitFor = 112,
-  kStmtComment = 114,
-  kStmtMoveFirst = 115,
-  kStmtMoveNext = 116,
-  kStmtMovePrevious = 117,
-  kStmtMoveLast = 118,
-  kStmtEnd = 120,
-  kStmtMsgBox = 122,
-  kStmtAddRecord = 123,
-  kStmtDelRecord = 124,
-  kStmtRaiseError = 125,
-  kStmtBlank = 145,
-  kStmtSyntaxError = 150,
 };
 
 class BasicEngine {
@@ -226,9 +200,10 @@ class BasicEngine {
   bool Eof() noexcept;  // the record set's EOF ("EOF" itself is a C library macro)
 
  private:
-  friend struct EngineAccess;
-  struct State;
-  std::unique_ptr<State> s_;
+  // The library's own units (and their tests) reach the context through
+  // this; hosts have no use for it.
+  friend Context& contextOf(BasicEngine& engine) noexcept;
+  std::unique_ptr<Context> ctx_;
 };
 
 }  // namespace korvex

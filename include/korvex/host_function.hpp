@@ -39,7 +39,7 @@
 namespace korvex {
 
 class BasicEngine;
-struct EngineAccess;
+struct HostFunctionBridge;
 namespace fn {
 class Call;
 }
@@ -76,7 +76,7 @@ class HostFunctionCall {
   std::int32_t fail(std::int32_t number, std::u16string_view message) const noexcept;
 
  private:
-  friend struct EngineAccess;
+  friend struct HostFunctionBridge;
   explicit HostFunctionCall(const fn::Call& call) noexcept : call_(call) {}
   const fn::Call& call_;
 };

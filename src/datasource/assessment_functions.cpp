@@ -72,9 +72,9 @@ std::int32_t workGroupWage(Call& call, Value& result) {
   if (const std::int32_t e = readText(call, 4, first)) return e;
   if (const std::int32_t e = readText(call, 5, second)) return e;
   code = call.arg(1).stringValue();
-  BasicEngine& engine = call.engine();
-  const ObjectRef command = createObject(engine, u"Command");
-  setMember(command, u"ActiveConnection", Value::object(hostConnection(engine)));
+  Context& ctx = call.context();
+  const ObjectRef command = createObject(ctx, u"Command");
+  setMember(command, u"ActiveConnection", Value::object(hostConnection(ctx)));
   setMember(command, u"CommandType", Value::lng(4));
   setMember(command, u"CommandText", Value::string(u"CalcByWorkGroup"));
   const ObjectRef parameters = objectOf(getMember(command, u"Parameters"));

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
-#include "korvex/engine.hpp"
 #include "korvex/host_object.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -50,7 +50,7 @@ std::optional<std::int32_t> columnNumber(const std::u16string& upper) {
 // sheet's index, else sheet 1.
 Value sheetSelector(Call& call, std::size_t selectorPosition) {
   if (call.count() >= selectorPosition) return call.arg(selectorPosition);
-  const ObjectRef& active = call.engine().ActiveExcelSheet();
+  const ObjectRef& active = call.context().activeSheet();
   if (!active) return Value::integer(1);
   return unwrap(active->getProperty(u"index", {}));
 }
@@ -63,7 +63,7 @@ std::int16_t rowOf(const Call& call) { return vb::toInteger(call.arg(2), call.lo
 std::int32_t accessCell(Call& call, std::int16_t row, std::u16string_view source,
                         std::size_t selectorPosition, ObjectRef& cell) {
   const Value selector = sheetSelector(call, selectorPosition);
-  const ObjectRef& book = call.engine().ExcelBook();
+  const ObjectRef& book = call.context().excelBook();
   if (!book) {
     throw vb::RuntimeError(kNoWorkbook, std::u16string(kNoWorkbookText), std::u16string(source));
   }

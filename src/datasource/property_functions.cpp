@@ -73,7 +73,7 @@ constexpr Alias kEmployeeColumns[] = {
 
 // From here on a failure of the database gives Null, not an error.
 Value columnOfFirstRow(Call& call, const std::u16string& sql, std::u16string_view column) {
-  return queryFieldOrFallback(call.engine(), sql, column, Value::null());
+  return queryFieldOrFallback(call.context(), sql, column, Value::null());
 }
 
 std::int32_t employeeProperty(Call& call, Value& result) {
@@ -97,7 +97,7 @@ std::int32_t employeeCount(Call& call, Value& result) {
   // The count has no name of its own: the first field. Any failure counts 0.
   try {
     const Value count =
-        currentField(executeOnHost(call.engine(), sql), Value::lng(0), Value::dbl(0));
+        currentField(executeOnHost(call.context(), sql), Value::lng(0), Value::dbl(0));
     result = Value::dbl(vb::toDouble(count, call.locale()));
   } catch (...) {
     result = Value::dbl(0);
@@ -111,7 +111,7 @@ std::int32_t employeeCount(Call& call, Value& result) {
 std::unordered_map<std::u16string, std::u16string> productColumns(Call& call) {
   std::unordered_map<std::u16string, std::u16string> names;
   const ObjectRef fields =
-      objectOf(getMember(executeOnHost(call.engine(), kProductColumnsSql), u"Fields"));
+      objectOf(getMember(executeOnHost(call.context(), kProductColumnsSql), u"Fields"));
   const std::int32_t count = vb::toLong(getMember(fields, u"Count"), call.locale());
   for (std::int32_t i = 0; i < count; ++i) {
     const std::array<Value, 1> index{Value::lng(i)};

@@ -2,9 +2,8 @@
 
 #include <array>
 
-#include "engine/faults.hpp"
+#include "engine/context.hpp"
 #include "korvex/datasource.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
@@ -41,21 +40,19 @@ ObjectRef objectOf(const Value& v) {
   return present(v.objectValue());
 }
 
-ObjectRef hostConnection(BasicEngine& engine) {
-  return objectOf(getMember(engine.Parent(), u"Connect"));
-}
+ObjectRef hostConnection(Context& ctx) { return objectOf(getMember(ctx.parent(), u"Connect")); }
 
-ObjectRef createObject(BasicEngine& engine, std::u16string_view className) {
+ObjectRef createObject(Context& ctx, std::u16string_view className) {
   static const std::shared_ptr<ObjectFactory> sqlite = sqliteObjectFactory();
-  const std::shared_ptr<ObjectFactory>& own = engine.Objects();
+  const std::shared_ptr<ObjectFactory>& own = ctx.objects();
   ObjectRef obj = (own ? *own : *sqlite).create(className);
   if (!obj) vb::raise(429);  // the platform's "cannot create object"
   return obj;
 }
 
-ObjectRef executeOnHost(BasicEngine& engine, std::u16string_view sql) {
+ObjectRef executeOnHost(Context& ctx, std::u16string_view sql) {
   const std::array<Value, 1> text{Value::string(sql)};
-  return objectOf(callMember(hostConnection(engine), u"Execute", text));
+  return objectOf(callMember(hostConnection(ctx), u"Execute", text));
 }
 
 Value currentField(const ObjectRef& recordset, const Value& field, const Value& fallback) {
@@ -67,17 +64,16 @@ Value currentField(const ObjectRef& recordset, const Value& field, const Value& 
   return v.isNull() ? fallback : v;
 }
 
-Value queryField(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+Value queryField(Context& ctx, std::u16string_view sql, std::u16string_view field,
                  const Value& fallback) {
-  return currentField(executeOnHost(engine, sql), Value::string(field), fallback);
+  return currentField(executeOnHost(ctx, sql), Value::string(field), fallback);
 }
 
-Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+Value queryFieldOrFallback(Context& ctx, std::u16string_view sql, std::u16string_view field,
                            const Value& fallback) {
   try {
-    return queryField(engine, sql, field, fallback);
-  } catch (...) {
-    (void)currentFault();  // reported as the fallback
+    return queryField(ctx, sql, field, fallback);
+  } catch (const vb::RuntimeError&) {  // reported as the fallback
     return fallback;
   }
 }

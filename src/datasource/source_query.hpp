@@ -12,7 +12,7 @@
 //
 //   std::int32_t deptTotal(fn::Call& call, Value& result) {
 //     ...
-//     const Value v = ds::queryField(call.engine(), sql, u"WA_Total", Value::dbl(0));
+//     const Value v = ds::queryField(call.context(), sql, u"WA_Total", Value::dbl(0));
 //     result = Value::dbl(vb::toDouble(v, call.locale()));
 //     return 0;
 //   }
@@ -26,7 +26,7 @@
 #include "korvex/value.hpp"
 
 namespace korvex {
-class BasicEngine;
+class Context;
 }
 
 namespace korvex::ds {
@@ -42,14 +42,14 @@ ObjectRef objectOf(const Value& v);
 // ---- the engine's data source ----------------------------------------------
 
 /// Parent.Connect of the engine.
-ObjectRef hostConnection(BasicEngine& engine);
+ObjectRef hostConnection(Context& ctx);
 /// A new object of a class ("Connection", "Recordset", "Command") from the
 /// engine's object factory (the SQLite objects when the host set none);
 /// a new Connection records its SQL texts where the factory's do.
-ObjectRef createObject(BasicEngine& engine, std::u16string_view className);
+ObjectRef createObject(Context& ctx, std::u16string_view className);
 
 /// Parent.Connect.Execute(sql): the record set it returns.
-ObjectRef executeOnHost(BasicEngine& engine, std::u16string_view sql);
+ObjectRef executeOnHost(Context& ctx, std::u16string_view sql);
 
 /// `field` (a name or an index) of the current row of an open record set;
 /// `fallback` at EOF or when the value is Null.
@@ -57,11 +57,11 @@ Value currentField(const ObjectRef& recordset, const Value& field, const Value& 
 
 /// The whole shape: executeOnHost(sql), then currentField(field, fallback).
 /// Database failures throw (a run-time failure of the run).
-Value queryField(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+Value queryField(Context& ctx, std::u16string_view sql, std::u16string_view field,
                  const Value& fallback);
 /// The same, for functions that report no failure: any failure gives the
 /// fallback and leaves the engine's error as it was.
-Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u16string_view field,
+Value queryFieldOrFallback(Context& ctx, std::u16string_view sql, std::u16string_view field,
                            const Value& fallback);
 
 }  // namespace korvex::ds

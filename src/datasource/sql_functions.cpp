@@ -7,9 +7,8 @@
 #include "datasource/source_query.hpp"
 #include "datasource/sql_descriptors.hpp"
 #include "datasource/wage_sql.hpp"
-#include "engine/faults.hpp"
+#include "engine/context.hpp"
 #include "engine/string_op.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
@@ -56,8 +55,8 @@ void closeIfOpen(const ObjectRef& connection) {
   if (connection && stateOf(connection) == 1) callMember(connection, u"Close");
 }
 
-ObjectRef newPrivateConnection(BasicEngine& engine, const ObjectRef& host) {
-  ObjectRef c = createObject(engine, u"Connection");
+ObjectRef newPrivateConnection(Context& ctx, const ObjectRef& host) {
+  ObjectRef c = createObject(ctx, u"Connection");
   setMember(c, u"ConnectionString", getMember(host, u"ConnectionString"));
   return c;
 }
@@ -73,8 +72,7 @@ Value recordsetToArray(const ObjectRef& rs, bool header, const Locale& loc) {
   const auto ignoring = [](auto&& step) {
     try {
       step();
-    } catch (...) {
-      (void)currentFault();
+    } catch (const vb::RuntimeError&) {
     }
   };
   ignoring([&] { callMember(rs, u"MoveLast"); });
@@ -121,13 +119,13 @@ Value recordsetToArray(const ObjectRef& rs, bool header, const Locale& loc) {
 // own, on the private connection once a use line was seen.
 std::int32_t runSqlScript(Call& call, std::u16string_view sql, bool asArray, bool header,
                           Value& result, std::u16string_view name) {
-  BasicEngine& engine = call.engine();
+  Context& ctx = call.context();
   const Locale& loc = call.locale();
   ObjectRef privateConnection;
   ObjectRef rs;
   try {
-    const ObjectRef host = hostConnection(engine);
-    privateConnection = newPrivateConnection(engine, host);
+    const ObjectRef host = hostConnection(ctx);
+    privateConnection = newPrivateConnection(ctx, host);
     callMember(privateConnection, u"Open");
     bool useSeen = false;
     for (const std::u16string_view raw : splitSqlLines(sql)) {
@@ -135,7 +133,7 @@ std::int32_t runSqlScript(Call& call, std::u16string_view sql, bool asArray, boo
       std::u16string_view database;
       if (parseUseStatement(line, database)) {
         closeIfOpen(privateConnection);
-        privateConnection = newPrivateConnection(engine, host);
+        privateConnection = newPrivateConnection(ctx, host);
         const std::array<Value, 1> key{Value::string(u"Initial Catalog")};
         setMember(objectOf(getMember(privateConnection, u"Properties", key)), u"Value",
                   Value::string(database));
@@ -149,7 +147,7 @@ std::int32_t runSqlScript(Call& call, std::u16string_view sql, bool asArray, boo
         rs = objectOf(callMember(host, u"Execute", text));
         continue;
       }
-      rs = createObject(engine, u"Recordset");
+      rs = createObject(ctx, u"Recordset");
       setMember(rs, u"CursorLocation", Value::lng(3));
       setMember(rs, u"CursorType", Value::lng(3));
       setMember(rs, u"LockType", Value::lng(3));
@@ -176,18 +174,16 @@ std::int32_t runSqlScript(Call& call, std::u16string_view sql, bool asArray, boo
     rs.reset();
     closeIfOpen(privateConnection);
     return 0;
-  } catch (...) {
-    const Fault f = currentFault();
+  } catch (const vb::RuntimeError& f) {
     rs.reset();
     try {
       closeIfOpen(privateConnection);
-    } catch (...) {
-      (void)currentFault();
+    } catch (const vb::RuntimeError&) {
     }
     std::u16string message = u"函数:";
     message += name;
     message += u"\r\n";
-    message += f.description;
+    message += f.description();
     return call.fail(kSqlFailed, std::move(message));
   }
 }
@@ -224,7 +220,7 @@ std::int32_t wageItem(Call& call, Value& result) {
   const std::u16string& item = call.arg(4).stringValue();
   const std::u16string sql = u"select [" + item + u"] as WA_Value from [" +
                              wageTableName(year, month) + u"] Where (工号 = '" + code + u"')";
-  result = queryFieldOrFallback(call.engine(), sql, u"WA_Value", call.arg(5));
+  result = queryFieldOrFallback(call.context(), sql, u"WA_Value", call.arg(5));
   return 0;
 }
 

@@ -40,7 +40,7 @@ std::int32_t readText(const fn::Call& call, std::size_t i, std::u16string& text)
 }
 
 double queryTotal(const fn::Call& call, std::u16string_view sql, std::u16string_view field) {
-  const Value v = queryField(call.engine(), sql, field, Value::dbl(0));
+  const Value v = queryField(call.context(), sql, field, Value::dbl(0));
   return vb::toDouble(v, call.locale());
 }
 

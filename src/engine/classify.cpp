@@ -2,18 +2,16 @@
 // DO, END and EXIT its second). Runs for every line executed and every line
 // a block statement scans past, so it works on the view in place: words are
 // upper-cased into a small fixed buffer, never into a new string.
+#include "engine/classify.hpp"
+
 #include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 
-#include "engine/engine_services.hpp"
-#include "engine/engine_state.hpp"
-#include "engine/faults.hpp"
-#include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
-#include "korvex/engine.hpp"
+#include "korvex/statement_kind.hpp"
 #include "values/text_scan.hpp"
 
 namespace korvex {
@@ -172,36 +170,8 @@ std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16st
 
 }  // namespace
 
-std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) noexcept {
-  try {
-    std::int32_t number = 0;
-    std::u16string message;
-    const std::int16_t kind = classify(line, number, message);
-    if (number != 0) services::Report(*this, number, message);
-    return kind;
-  } catch (...) {  // only running out of memory for a message
-    Fault f = currentFault();
-    SetErrMsg(std::move(f.description));
-    SetErrNum(f.number);
-  }
-  return 0;
-}
-
-std::int16_t services::KindOf(BasicEngine& engine, KeptLine& line) {
-  if (!line.classified) {
-    line.kind = classify(line.text, line.errorNumber, line.errorMessage);
-    line.classified = true;
-  }
-  if (line.errorNumber != 0) services::Report(engine, line.errorNumber, line.errorMessage);
-  return line.kind;
-}
-
-KeptLine* services::KeptLineAt(BasicEngine& engine, std::int16_t line) {
-  KeptScript* script = EngineAccess::state(engine).kept.get();
-  if (script == nullptr || line < 1 || static_cast<std::size_t>(line) > script->lines.size()) {
-    return nullptr;
-  }
-  return &script->lines[static_cast<std::size_t>(line) - 1];
+std::int16_t classifyLine(std::u16string_view line, std::int32_t& number, std::u16string& message) {
+  return classify(line, number, message);
 }
 
 }  // namespace korvex

@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "engine/checked.hpp"
-#include "engine/engine_services.hpp"
 #include "engine/messages.hpp"
 
 namespace korvex {
@@ -78,7 +77,7 @@ void FlagStack::push(FlagFrame&& frame) {
 
 FlagFrame FlagStack::pop() {
   if (count_ == 0) {
-    if (parent_ != nullptr) services::Report(*parent_, 18, msg::kPopEmpty);
+    errors_->set(18, msg::kPopEmpty);
     return nothing();
   }
   --count_;
@@ -88,7 +87,7 @@ FlagFrame FlagStack::pop() {
 const FlagFrame& FlagStack::top() {
   static const FlagFrame kNone = nothing();
   if (count_ == 0) {
-    if (parent_ != nullptr) services::Report(*parent_, 20, msg::kGetPopValueEmpty);
+    errors_->set(20, msg::kGetPopValueEmpty);
     return kNone;
   }
   return frames_[static_cast<std::size_t>(count_) - 1];

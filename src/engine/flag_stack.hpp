@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "korvex/value.hpp"
+#include "values/error.hpp"
 
 namespace korvex {
 
-class BasicEngine;
 namespace eval {
 class Expression;
 }
@@ -39,8 +39,8 @@ struct FlagFrame {
 
 class FlagStack {
  public:
-  /// `parent` receives the error reports.
-  explicit FlagStack(BasicEngine* parent) noexcept : parent_(parent) {}
+  /// `errors` receives the error reports.
+  explicit FlagStack(Error* errors) noexcept : errors_(errors) {}
 
   std::int16_t size() const noexcept { return count_; }
   /// The 32768th entry is an overflow (error 6, raised).
@@ -54,7 +54,7 @@ class FlagStack {
   void clear() noexcept;
 
  private:
-  BasicEngine* parent_;
+  Error* errors_;
   std::vector<FlagFrame> frames_;
   std::int16_t count_ = 0;
 };

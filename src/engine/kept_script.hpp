@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/generation.hpp"
@@ -22,7 +23,7 @@ struct Form {
 }  // namespace stmt
 
 struct KeptLine {
-  explicit KeptLine(std::u16string t) : text(std::move(t)) {}
+  explicit KeptLine(std::u16string_view t) : text(t) {}
 
   std::u16string text;
   // The statement kind and, when the line does not classify, its error.

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "engine/checked.hpp"
-#include "engine/engine_state.hpp"
+#include "engine/context.hpp"
 
 namespace korvex {
 
@@ -25,16 +25,15 @@ std::int64_t smallerNonZero(std::int64_t a, std::int64_t b) {
 
 }  // namespace
 
-void services::SplitCodeBlock(BasicEngine& engine) {
-  EngineAccess::State& s = EngineAccess::state(engine);
-  std::u16string& code = s.codeBlock;
+void Context::splitScript() {
+  Frame& f = *frame_;
+  std::u16string& code = f.codeBlock;
   if (!code.ends_with(u"\r\n")) code += u"\r\n";
-  if (s.splitValid && code == s.splitSource) return;
+  if (f.kept && code == f.splitSource) return;
 
-  s.splitValid = false;
-  s.kept.reset();
-  s.lines = std::make_unique<Stack>(&engine);
-  s.lineCount = 0;
+  f.kept.reset();
+  f.lineCount = 0;
+  auto kept = std::make_shared<KeptScript>();
 
   // The next CR and LF are remembered between searches: a script with LF
   // breaks has its only CR at the very end, and searching for it afresh on
@@ -44,9 +43,9 @@ void services::SplitCodeBlock(BasicEngine& engine) {
   std::int16_t pos = 1;
   std::int16_t brk = toInt16Checked(smallerNonZero(toInt16Checked(nextCr), toInt16Checked(nextLf)));
   while (brk != 0) {
-    s.lines->Push(Value::string(std::u16string_view(code).substr(
-        static_cast<std::size_t>(pos) - 1, static_cast<std::size_t>(brk - pos))));
-    s.lineCount = s.lines->StackSize();
+    kept->lines.emplace_back(std::u16string_view(code).substr(static_cast<std::size_t>(pos) - 1,
+                                                              static_cast<std::size_t>(brk - pos)));
+    f.lineCount = toInt16Checked(static_cast<std::int64_t>(kept->lines.size()));
     const std::size_t at = static_cast<std::size_t>(brk) - 1;
     const bool crlf = code[at] == u'\r' && at + 1 < code.size() && code[at + 1] == u'\n';
     pos = toInt16Checked(std::int64_t{brk} + (crlf ? 2 : 1));
@@ -54,15 +53,8 @@ void services::SplitCodeBlock(BasicEngine& engine) {
     if (nextLf != 0 && nextLf < pos) nextLf = findFrom(code, u'\n', pos);
     brk = toInt16Checked(smallerNonZero(toInt16Checked(nextCr), toInt16Checked(nextLf)));
   }
-  auto kept = std::make_shared<KeptScript>();
-  kept->lines.reserve(static_cast<std::size_t>(s.lineCount));
-  for (std::int16_t n = 1; n <= s.lineCount; ++n) {
-    const Value* line = s.lines->LineRef(n);
-    kept->lines.emplace_back(line != nullptr ? line->stringValue() : std::u16string());
-  }
-  s.kept = std::move(kept);
-  s.splitSource = code;
-  s.splitValid = true;
+  f.kept = std::move(kept);
+  f.splitSource = code;
 }
 
 }  // namespace korvex

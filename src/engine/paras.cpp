@@ -1,8 +1,8 @@
 // Argument lists: splitting a function's argument text and evaluating it.
 #include "engine/paras.hpp"
 
+#include "engine/context.hpp"
 #include "engine/string_op.hpp"
-#include "korvex/engine.hpp"
 
 namespace korvex {
 

@@ -12,7 +12,7 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 
 struct Para {
   std::u16string_view Expression;  // source text as cut from the list

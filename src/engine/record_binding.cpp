@@ -7,9 +7,7 @@
 #include <array>
 #include <string>
 
-#include "engine/engine_services.hpp"
-#include "engine/engine_state.hpp"
-#include "engine/faults.hpp"
+#include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
@@ -49,95 +47,81 @@ ObjectRef fieldOf(const ObjectRef& record, const Value& field) {
   return asObject(get(fieldsOf(record), u"Item", args));
 }
 
-// Calls `fn`; a fault sets the engine's error 102 with its description
-// (plus a line break and `suffix`) and gives false.
+// Calls `fn`; a fault reports error 102 with its description (plus a line
+// break and `suffix`) and gives false.
 template <typename Fn>
-bool guarded(BasicEngine& engine, Fn&& fn, std::u16string_view suffix = {}) {
+bool guarded(Context& ctx, Fn&& fn, std::u16string_view suffix = {}) {
   try {
     fn();
     return true;
-  } catch (...) {
-    Fault f = currentFault();
+  } catch (const vb::RuntimeError& e) {
+    std::u16string text = e.description();
     if (!suffix.empty()) {
-      f.description += u"\r\n";
-      f.description += suffix;
+      text += u"\r\n";
+      text += suffix;
     }
-    services::Report(engine, kRecordError, f.description);
+    ctx.report(kRecordError, text);
     return false;
   }
 }
 
+std::vector<std::u16string> fieldNamesOf(const ObjectRef& record, const Locale& loc) {
+  const ObjectRef fields = fieldsOf(record);
+  const std::int32_t count = vb::toLong(get(fields, u"Count"), loc);
+  std::vector<std::u16string> names;
+  names.reserve(static_cast<std::size_t>(std::max(count, 0)));
+  for (std::int32_t i = 0; i < count; ++i) {
+    const std::array<Value, 1> index{Value::lng(i)};
+    const ObjectRef field = asObject(get(fields, u"Item", index));
+    names.push_back(upperName(vb::toString(get(field, u"Name"), loc)));
+  }
+  return names;
+}
+
 }  // namespace
 
-void BasicEngine::SetRecordSet(ObjectRef rs) noexcept {
-  State& s = *s_;
-  s.record = std::move(rs);
-  s.fieldNamesGeneration = nextGeneration();
+void Context::setRecord(ObjectRef rs) {
+  record_ = std::move(rs);
+  fieldNamesGeneration_ = nextGeneration();
+  fieldNames_.assign(1, std::u16string{});
+  if (!record_) return;
   try {
-    s.fieldNames = noRecordFieldNames();
-    if (!s.record) return;
-    const ObjectRef fields = fieldsOf(s.record);
-    const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
-    std::vector<std::u16string> names;
-    names.reserve(static_cast<std::size_t>(std::max(count, 0)));
-    for (std::int32_t i = 0; i < count; ++i) {
-      const std::array<Value, 1> index{Value::lng(i)};
-      const ObjectRef field = asObject(get(fields, u"Item", index));
-      names.push_back(upperName(vb::toString(get(field, u"Name"), Locale())));
-    }
-    s.fieldNames = std::make_shared<const std::vector<std::u16string>>(std::move(names));
-  } catch (...) {
-    // Nothing may escape towards the host: the failure is left in ErrNum.
-    Fault f = currentFault();
-    s.errMsg = std::move(f.description);
-    s.errNum = f.number;
+    fieldNames_ = fieldNamesOf(record_, locale());
+  } catch (const vb::RuntimeError& e) {
+    report(e.number(), e.description());
   }
 }
 
-bool BasicEngine::isFieldName(std::u16string_view name) noexcept {
-  State& s = *s_;
-  if (!s.record) return false;
+bool Context::isFieldName(std::u16string_view name) {
+  if (!record_) return false;
   try {
-    const std::u16string wanted = upperName(name);
-    const ObjectRef fields = fieldsOf(s.record);
-    const std::int32_t count = vb::toLong(get(fields, u"Count"), Locale());
-    for (std::int32_t i = 0; i < count; ++i) {
-      const std::array<Value, 1> index{Value::lng(i)};
-      const ObjectRef field = asObject(get(fields, u"Item", index));
-      if (upperName(vb::toString(get(field, u"Name"), Locale())) == wanted) return true;
-    }
-  } catch (...) {
-    (void)currentFault();  // a record that cannot answer has no such field
+    const std::vector<std::u16string> names = fieldNamesOf(record_, locale());
+    return std::find(names.begin(), names.end(), upperName(name)) != names.end();
+  } catch (const vb::RuntimeError&) {
+    return false;  // a record that cannot answer has no such field
   }
-  return false;
 }
 
-bool BasicEngine::isFieldNameByArr(std::u16string_view name) const noexcept {
-  try {
-    std::u16string wanted;
-    upperNameInto(name, wanted);
-    const auto& names = *s_->fieldNames;
-    return std::find(names.begin(), names.end(), wanted) != names.end();
-  } catch (...) {
-    (void)currentFault();  // out of memory for the upper-cased name: no answer
-  }
-  return false;
+bool Context::isCachedFieldName(std::u16string_view name) const {
+  std::u16string wanted;
+  upperNameInto(name, wanted);
+  return std::find(fieldNames_.begin(), fieldNames_.end(), wanted) != fieldNames_.end();
 }
 
-Value BasicEngine::GetFieldValue(const Value& field) noexcept {
+Value Context::fieldValue(const Value& field) {
   Value result;
   guarded(*this, [&] {
-    const ObjectRef f = fieldOf(s_->record, field);
+    const ObjectRef f = fieldOf(record_, field);
     result = unwrap(f->getDefault({}));
   });
   return result;
 }
 
-bool BasicEngine::ChangeField(const Value& field, const Value& value) noexcept {
+bool Context::changeField(const Value& field, const Value& value) {
   return guarded(
       *this,
       [&] {
-        const ObjectRef& record = requireObject(s_->record);
+        const ObjectRef& record = requireObject(record_);
         (void)record->callMethod(u"Edit", {});  // a record already editable may refuse
         const ObjectRef f = fieldOf(record, field);
         unwrap(f->setProperty(u"Value", {}, value));
@@ -146,23 +130,14 @@ bool BasicEngine::ChangeField(const Value& field, const Value& value) noexcept {
       msg::kChangeFieldSource);
 }
 
-namespace {
-bool callMove(BasicEngine& engine, const ObjectRef& record, std::u16string_view member) {
-  return guarded(engine, [&] { unwrap(requireObject(record)->callMethod(member, {})); });
+bool Context::move(std::u16string_view member) {
+  return guarded(*this, [&] { unwrap(requireObject(record_)->callMethod(member, {})); });
 }
 
-bool readFlag(BasicEngine& engine, const ObjectRef& record, std::u16string_view member) {
+bool Context::recordFlag(std::u16string_view member) {
   bool flag = false;
-  guarded(engine, [&] { flag = vb::toBoolean(get(record, member), engine.Locale()); });
+  guarded(*this, [&] { flag = vb::toBoolean(get(record_, member), locale()); });
   return flag;
 }
-}  // namespace
-
-bool BasicEngine::MoveFirst() noexcept { return callMove(*this, s_->record, u"MoveFirst"); }
-bool BasicEngine::MoveNext() noexcept { return callMove(*this, s_->record, u"MoveNext"); }
-bool BasicEngine::MovePrevious() noexcept { return callMove(*this, s_->record, u"MovePrevious"); }
-bool BasicEngine::MoveLast() noexcept { return callMove(*this, s_->record, u"MoveLast"); }
-bool BasicEngine::BOF() noexcept { return readFlag(*this, s_->record, u"BOF"); }
-bool BasicEngine::Eof() noexcept { return readFlag(*this, s_->record, u"EOF"); }
 
 }  // namespace korvex

@@ -2,16 +2,14 @@
 
 #include <algorithm>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
-#include "korvex/engine.hpp"
 
 namespace korvex {
 
-SymbolTable::SymbolTable(BasicEngine* owner) noexcept
-    : owner_(owner), generation_(nextGeneration()) {}
+SymbolTable::SymbolTable(Context* owner) noexcept : owner_(owner), generation_(nextGeneration()) {}
 
 SymbolTable::Entry* SymbolTable::slot(std::u16string_view upperName) {
   keyBuffer_.assign(upperName);
@@ -30,22 +28,18 @@ void SymbolTable::reportUndefined(const std::u16string& upperName) const {
   text += u" '";
   text += upperName;
   text += u'\'';
-  services::Report(*owner_, 5, text);
+  owner_->top().error.set(5, text);
 }
 
 void SymbolTable::Add(std::u16string_view name, const Value& value) {
   const std::u16string& k = key(name);
   if (entries_.contains(k)) {
     if (owner_ != nullptr) {
-      owner_->UI().messageBox(msg::kSymbolDefined, UserInterface::Buttons::Ok, u"");
+      owner_->ui().messageBox(msg::kSymbolDefined, UserInterface::Buttons::Ok, u"");
     }
     return;
   }
   entries_.emplace(k, Entry{value, nextOrder_++});
-}
-
-void SymbolTable::Delete(std::u16string_view name) {
-  if (entries_.erase(key(name)) != 0) generation_ = nextGeneration();
 }
 
 bool SymbolTable::IsSymbolDefined(std::u16string_view name) const {

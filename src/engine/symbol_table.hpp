@@ -1,9 +1,9 @@
 // SymbolTable: the variables of a script, keyed by upper-cased name, kept in
 // the order they were last written.
 //
-// A table belongs to the engine that created it (its owner); the child
-// engine that runs a single-line IF's tail shares the table but errors of
-// the table are still reported on the owner, as they always were. Lookups
+// A table belongs to a run context; its errors are reported on the host's
+// frame, also while a single-line IF's tail runs in a frame of its own, as
+// they always were. Lookups
 // are hashed; the order is kept as a sequence stamp per entry, so writing a
 // variable moves it to the end without touching the others.
 #pragma once
@@ -19,20 +19,16 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 
 class SymbolTable {
  public:
-  explicit SymbolTable(BasicEngine* owner) noexcept;
-
-  BasicEngine* Parent() const noexcept { return owner_; }
-  void SetParent(BasicEngine* owner) noexcept { owner_ = owner; }
+  /// `owner` receives the reports; may be null (errors then only give Empty).
+  explicit SymbolTable(Context* owner) noexcept;
 
   /// Appends a new variable. An existing name (any case) is not changed;
   /// the owner's user is shown "符号或变量已定义" instead.
   void Add(std::u16string_view name, const Value& value);
-  /// Removes the variable; a missing name is ignored.
-  void Delete(std::u16string_view name);
   bool IsSymbolDefined(std::u16string_view name) const;
   /// The variable's value; a missing name reports error 5 on the owner and
   /// gives Empty.
@@ -59,14 +55,14 @@ class SymbolTable {
     entry.value = std::move(value);
     entry.order = nextOrder_++;
   }
-  /// Changes when a variable is removed (unique among all tables).
+  /// Unique among all tables: a slot found in another table is not valid here.
   std::uint64_t generation() const noexcept { return generation_; }
 
  private:
   const std::u16string& key(std::u16string_view name) const;
   void reportUndefined(const std::u16string& upperName) const;
 
-  BasicEngine* owner_;
+  Context* owner_;
   std::unordered_map<std::u16string, Entry> entries_;
   std::uint64_t nextOrder_ = 0;
   std::uint64_t generation_;

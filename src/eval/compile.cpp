@@ -10,13 +10,12 @@
 #include <string_view>
 #include <system_error>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
 #include "eval/expression.hpp"
 #include "functions/host_functions.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 #include "values/text_scan.hpp"
@@ -59,8 +58,8 @@ struct Stop {};
 
 class Compiler {
  public:
-  Compiler(BasicEngine& engine, std::u16string_view text, Expression::Form& form)
-      : engine_(engine), text_(text), f_(form) {}
+  Compiler(Context& ctx, std::u16string_view text, Expression::Form& form)
+      : ctx_(ctx), text_(text), f_(form) {}
 
   void run();
 
@@ -80,7 +79,7 @@ class Compiler {
   void token(char16_t c);
   void emitOperator(Op op);
 
-  BasicEngine& engine_;
+  Context& ctx_;
   std::u16string_view text_;
   Expression::Form& f_;
   std::vector<Op> ops_;
@@ -285,7 +284,7 @@ void Compiler::name() {
     if (e->kind == NameKind::Constant) return constant(*e);
     return call(e, nullptr);
   }
-  if (const HostFunctionEntry* h = services::HostFunctionNamed(engine_, upper)) {
+  if (const HostFunctionEntry* h = hostFunctionNamed(ctx_, upper)) {
     return call(nullptr, h);
   }
   NameRef& n = f_.names.emplace_back();
@@ -331,10 +330,10 @@ void Compiler::run() {
 
 }  // namespace
 
-void compile(BasicEngine& engine, std::u16string_view text, Expression::Form& form) {
-  form.hostGeneration = hostGeneration(engine);
+void compile(Context& ctx, std::u16string_view text, Expression::Form& form) {
+  form.hostGeneration = hostGeneration(ctx);
   try {
-    Compiler(engine, text, form).run();
+    Compiler(ctx, text, form).run();
     form.namesOnly = std::all_of(form.actions.begin(), form.actions.end(), [](const Action& a) {
       return a.kind == Action::Kind::Name && !a.missingOperator;
     });

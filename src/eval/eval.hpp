@@ -7,12 +7,12 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 
 /// Evaluates one expression against the engine's variables, record and
 /// functions. On an error the engine's ErrNum/ErrMsg are set and Empty is
 /// returned. Platform run-time faults raised by built-in functions (e.g. an
 /// overflow in CLng) propagate as vb::RuntimeError to the run loop.
-Value Evaluate(BasicEngine& engine, std::u16string_view expression);
+Value Evaluate(Context& ctx, std::u16string_view expression);
 
 }  // namespace korvex

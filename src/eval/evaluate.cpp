@@ -4,8 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "engine/engine_services.hpp"
-#include "engine/engine_state.hpp"
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
 #include "eval/eval.hpp"
@@ -15,7 +14,6 @@
 #include "functions/function_call.hpp"
 #include "functions/host_functions.hpp"
 #include "functions/protocol.hpp"
-#include "korvex/engine.hpp"
 #include "values/numeric.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -29,16 +27,16 @@ CallRef::~CallRef() = default;
 Expression::Expression(std::u16string_view text) : text_(text) {}
 Expression::~Expression() = default;
 
-std::uint64_t hostGeneration(const BasicEngine& engine) noexcept {
-  const auto& table = EngineAccess::state(engine).hostFunctions;
+std::uint64_t hostGeneration(const Context& ctx) noexcept {
+  const FunctionRegistry* table = ctx.hostFunctions();
   return table ? table->generation() : 0;
 }
 
-const Expression::Form& Expression::derive(BasicEngine& engine, std::uint64_t generation) const {
+const Expression::Form& Expression::derive(Context& ctx, std::uint64_t generation) const {
   // First use, or a host function added since: names may read differently.
   if (form_) retired_.push_back(std::move(form_));
   auto fresh = std::make_unique<Form>();
-  compile(engine, text_, *fresh);
+  compile(ctx, text_, *fresh);
   fresh->hostGeneration = generation;
   form_ = std::move(fresh);
   return *form_;
@@ -49,15 +47,15 @@ namespace {
 // A type fault stops the evaluation; thrown inside this unit only.
 struct TypeFault {};
 
-bool fail(BasicEngine& engine, std::int32_t number, std::u16string_view message) {
-  services::Report(engine, number, message);
+bool fail(Context& ctx, std::int32_t number, std::u16string_view message) {
+  ctx.report(number, message);
   return false;
 }
 
 // ---- the actions --------------------------------------------------------
 
-bool resolveName(BasicEngine& engine, const NameRef& n, Value& out) {
-  SymbolTable& table = *EngineAccess::state(engine).symbols;
+bool resolveName(Context& ctx, const NameRef& n, Value& out) {
+  SymbolTable& table = ctx.symbols();
   if (n.slot == nullptr || n.tableGeneration != table.generation()) {
     n.slot = nullptr;
     if (SymbolTable::Entry* e = table.slot(n.upper)) {
@@ -70,43 +68,43 @@ bool resolveName(BasicEngine& engine, const NameRef& n, Value& out) {
     return true;
   }
   // The cached field names give the record's answer without asking it.
-  const std::uint64_t fields = services::FieldNamesGeneration(engine);
+  const std::uint64_t fields = ctx.fieldNamesGeneration();
   if (n.fieldGeneration != fields) {
-    n.isField = engine.isFieldNameByArr(n.upper);
+    n.isField = ctx.isCachedFieldName(n.upper);
     n.fieldGeneration = fields;
   }
   if (n.isField) {
-    out = engine.GetFieldValue(Value::string(n.written));
-    return engine.ErrNum() == 0;
+    out = ctx.fieldValue(Value::string(n.written));
+    return ctx.errNum() == 0;
   }
   if (n.statementWord) {
     std::u16string m(msg::kKeywordMisused);
     m += u":'";
     m += n.written;
     m += u'\'';
-    return fail(engine, 23, m);
+    return fail(ctx, 23, m);
   }
-  return fail(engine, 56, msg::kUnknownSymbol);
+  return fail(ctx, 56, msg::kUnknownSymbol);
 }
 
-bool resolveCall(BasicEngine& engine, const CallRef& c, Value& out) {
+bool resolveCall(Context& ctx, const CallRef& c, Value& out) {
   if (c.builtin != nullptr && c.builtin->kind == NameKind::Inline) {
     if (!c.inlineArgument) c.inlineArgument = std::make_unique<Expression>(c.args);
-    const Value v = c.inlineArgument->evaluate(engine);
-    if (engine.ErrNum() != 0) return false;
-    out = applyInline(c.builtin->inlineOp(), v, engine.Locale());
+    const Value v = c.inlineArgument->evaluate(ctx);
+    if (ctx.errNum() != 0) return false;
+    out = applyInline(c.builtin->inlineOp(), v, ctx.locale());
     return true;
   }
   if (!c.list) c.list = std::make_unique<fn::ArgList>(c.args);
   Value result;
   const std::int32_t status =
       c.builtin != nullptr
-          ? CallFunction(c.builtin->functionClass(), c.builtin->scriptName, *c.list, result, engine)
-          : CallHostFunction(*c.host, *c.list, result, engine);
+          ? CallFunction(c.builtin->functionClass(), c.builtin->scriptName, *c.list, result, ctx)
+          : CallHostFunction(*c.host, *c.list, result, ctx);
   if (static_cast<std::int16_t>(status) != 0) {
     // The function has stored its error; a status without one still
     // must not pass for success.
-    if (engine.ErrNum() == 0) engine.SetErrNum(status);
+    if (ctx.errNum() == 0) ctx.frame().error.number = status;
     return false;
   }
   out = std::move(result);
@@ -114,8 +112,8 @@ bool resolveCall(BasicEngine& engine, const CallRef& c, Value& out) {
 }
 
 // Whether every name of a names-only form is a variable whose slot is known.
-bool variablesKnown(BasicEngine& engine, const Expression::Form& f) {
-  const std::uint64_t generation = EngineAccess::state(engine).symbols->generation();
+bool variablesKnown(Context& ctx, const Expression::Form& f) {
+  const std::uint64_t generation = ctx.symbols().generation();
   for (const NameRef& n : f.names) {
     if (n.slot == nullptr || n.tableGeneration != generation) return false;
   }
@@ -123,41 +121,42 @@ bool variablesKnown(BasicEngine& engine, const Expression::Form& f) {
 }
 
 // Runs the actions; false when one failed (its error is on the engine).
-bool resolve(BasicEngine& engine, const Expression::Form& f, ValueBuffer& operands) {
+bool resolve(Context& ctx, const Expression::Form& f, ValueBuffer& operands) {
   for (const Action& a : f.actions) {
     // Resolved in place, in the operand's own slot.
     operands.push(Value());
     Value& v = operands.back();
     switch (a.kind) {
       case Action::Kind::Name:
-        if (!resolveName(engine, f.names[a.index], v)) return false;
+        if (!resolveName(ctx, f.names[a.index], v)) return false;
         break;
       case Action::Kind::Call:
-        if (!resolveCall(engine, f.calls[a.index], v)) return false;
+        if (!resolveCall(ctx, f.calls[a.index], v)) return false;
         break;
       case Action::Kind::Date: {
-        const auto serial = vb::parseDate(f.dates[a.index], engine.Locale());
-        if (!serial) return fail(engine, 4, msg::kTypeMismatch);
+        const auto serial = vb::parseDate(f.dates[a.index], ctx.locale());
+        if (!serial) return fail(ctx, 4, msg::kTypeMismatch);
         v = Value::date(*serial);
         break;
       }
       case Action::Kind::Eof:
       case Action::Kind::Bof: {
-        const bool flag = a.kind == Action::Kind::Eof ? engine.Eof() : engine.BOF();
-        if (engine.ErrNum() != 0) return false;
+        const bool flag =
+            a.kind == Action::Kind::Eof ? ctx.recordFlag(u"EOF") : ctx.recordFlag(u"BOF");
+        if (ctx.errNum() != 0) return false;
         v = Value::boolean(flag);
         break;
       }
       case Action::Kind::Fail: {
         const Failure& failure = f.failures[a.index];
-        return fail(engine, failure.number, failure.message);
+        return fail(ctx, failure.number, failure.message);
       }
       case Action::Kind::Raise: {
         const Failure& failure = f.failures[a.index];
         throw vb::RuntimeError(failure.number, failure.message);
       }
     }
-    if (a.missingOperator) return fail(engine, 50, msg::kMissingOperator);
+    if (a.missingOperator) return fail(ctx, 50, msg::kMissingOperator);
   }
   return true;
 }
@@ -168,15 +167,15 @@ bool resolve(BasicEngine& engine, const Expression::Form& f, ValueBuffer& operan
 // the same buffer.
 class ValueStack {
  public:
-  ValueStack(BasicEngine& engine, ValueBuffer& items, std::size_t base)
-      : engine_(engine), items_(items), base_(base) {}
+  ValueStack(Context& ctx, ValueBuffer& items, std::size_t base)
+      : ctx_(ctx), items_(items), base_(base) {}
 
   void push(Value v) { items_.push(std::move(v)); }
   // Popping an empty stack is reported on the engine and gives Empty; the
   // evaluation goes on.
   Value pop() {
     if (size() == 0) {
-      services::Report(engine_, 18, msg::kPopEmpty);
+      ctx_.report(18, msg::kPopEmpty);
       return {};
     }
     Value v = std::move(items_.back());
@@ -202,7 +201,7 @@ class ValueStack {
   }
 
  private:
-  BasicEngine& engine_;
+  Context& ctx_;
   ValueBuffer& items_;
   std::size_t base_;
 };
@@ -324,14 +323,14 @@ void apply(Op op, ValueStack& stack, const Locale& loc) {
   }
 }
 
-Value typeMismatch(BasicEngine& engine) {
-  services::Report(engine, 4, msg::kTypeMismatch);
+Value typeMismatch(Context& ctx) {
+  ctx.report(4, msg::kTypeMismatch);
   std::u16string box(msg::kExpressionError);
   box += msg::kTypeMismatch;
   box += u" Line:";
-  const std::string line = std::to_string(engine.CurrentLineNum());
+  const std::string line = std::to_string(ctx.currentLine());
   box.append(line.begin(), line.end());
-  engine.UI().messageBox(box, UserInterface::Buttons::Ok, u"");
+  ctx.ui().messageBox(box, UserInterface::Buttons::Ok, u"");
   return {};
 }
 
@@ -347,9 +346,9 @@ void unwrap(Value& v) {
 
 // Runs the postfix sequence; `operand(k)` gives the k-th resolved operand.
 template <typename Operand>
-Value run(BasicEngine& engine, const Expression::Form& f, ValueBuffer& work, Operand&& operand) {
-  const Locale& loc = engine.Locale();
-  ValueStack stack(engine, work, work.size());
+Value run(Context& ctx, const Expression::Form& f, ValueBuffer& work, Operand&& operand) {
+  const Locale& loc = ctx.locale();
+  ValueStack stack(ctx, work, work.size());
   std::size_t next = 0;
   try {
     for (const Item& item : f.items) {
@@ -376,15 +375,15 @@ Value run(BasicEngine& engine, const Expression::Form& f, ValueBuffer& work, Ope
       }
     }
   } catch (const TypeFault&) {
-    return typeMismatch(engine);
+    return typeMismatch(ctx);
   } catch (const vb::RuntimeError&) {
-    return typeMismatch(engine);
+    return typeMismatch(ctx);
   }
 
   if (stack.size() == 0) return {};
   if (stack.size() == 1) return stack.pop();
-  services::Report(engine, 2, msg::kBadExpression);
-  engine.UI().messageBox(msg::kSeveralResults, UserInterface::Buttons::Ok, u"");
+  ctx.report(2, msg::kBadExpression);
+  ctx.ui().messageBox(msg::kSeveralResults, UserInterface::Buttons::Ok, u"");
   return {};
 }
 
@@ -461,35 +460,35 @@ bool runOnDoubles(const Expression::Form& f, Value& out) {
 
 }  // namespace
 
-Value Expression::evaluate(BasicEngine& engine) const {
+Value Expression::evaluate(Context& ctx) const {
   // Function arguments are evaluated from inside this call.
   const NestingLevel level;
-  const Form& f = form(engine);
+  const Form& f = form(ctx);
   // A lone literal (a constant, a number, a text) needs no stack.
   if (f.actions.empty() && f.items.size() == 1 && f.items.front().kind == Item::Kind::Literal) {
     return f.literals[f.items.front().index];
   }
-  if (f.namesOnly && variablesKnown(engine, f)) {
+  if (f.namesOnly && variablesKnown(ctx, f)) {
     // Every operand is a variable whose place is known: reading one can
     // neither fail nor do anything, so each is read when the sequence needs it.
     Value out;
     if (runOnDoubles(f, out)) return out;
     ValueBuffer work;
-    return run(engine, f, work, [&f](std::size_t k) { return *f.names[f.actions[k].index].slot; });
+    return run(ctx, f, work, [&f](std::size_t k) { return *f.names[f.actions[k].index].slot; });
   }
   // The resolved operands first, the value stack above them.
   ValueBuffer work;
-  if (!resolve(engine, f, work)) return {};
-  return run(engine, f, work, [&work](std::size_t k) { return std::move(work[k]); });
+  if (!resolve(ctx, f, work)) return {};
+  return run(ctx, f, work, [&work](std::size_t k) { return std::move(work[k]); });
 }
 
 }  // namespace korvex::eval
 
 namespace korvex {
 
-Value Evaluate(BasicEngine& engine, std::u16string_view expression) {
+Value Evaluate(Context& ctx, std::u16string_view expression) {
   const eval::Expression kept(expression);
-  return kept.evaluate(engine);
+  return kept.evaluate(ctx);
 }
 
 }  // namespace korvex

@@ -22,7 +22,7 @@
 #include "korvex/value.hpp"
 
 namespace korvex {
-class BasicEngine;
+class Context;
 class HostFunctionEntry;
 struct Locale;
 namespace fn {
@@ -93,7 +93,7 @@ struct Failure {
 };
 
 /// The generation of the engine's host function table (0 without one).
-std::uint64_t hostGeneration(const BasicEngine& engine) noexcept;
+std::uint64_t hostGeneration(const Context& ctx) noexcept;
 
 class Expression {
  public:
@@ -108,7 +108,7 @@ class Expression {
   /// Evaluates against the engine's variables, record and functions. On an
   /// error the engine's ErrNum/ErrMsg are set and Empty is returned;
   /// platform run-time faults propagate as vb::RuntimeError.
-  Value evaluate(BasicEngine& engine) const;
+  Value evaluate(Context& ctx) const;
 
   // The derived form (compile.cpp fills it).
   struct Form {
@@ -128,14 +128,14 @@ class Expression {
   };
 
  private:
-  const Form& form(BasicEngine& engine) const {
-    const std::uint64_t generation = hostGeneration(engine);
+  const Form& form(Context& ctx) const {
+    const std::uint64_t generation = hostGeneration(ctx);
     if (form_ && form_->hostGeneration == generation) [[likely]] {
       return *form_;
     }
-    return derive(engine, generation);
+    return derive(ctx, generation);
   }
-  const Form& derive(BasicEngine& engine, std::uint64_t generation) const;
+  const Form& derive(Context& ctx, std::uint64_t generation) const;
 
   std::u16string text_;
   mutable std::unique_ptr<Form> form_;
@@ -146,6 +146,6 @@ class Expression {
 
 /// Derives the form of `text` (compile.cpp). Views in the form point into
 /// `text`.
-void compile(BasicEngine& engine, std::u16string_view text, Expression::Form& form);
+void compile(Context& ctx, std::u16string_view text, Expression::Form& form);
 
 }  // namespace korvex::eval

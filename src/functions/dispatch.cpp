@@ -110,24 +110,24 @@ std::u16string_view displayName(FunctionClass cls, std::u16string_view scriptNam
 // A class that is not available fails like a bad argument list, under the
 // name the class would use.
 std::int32_t unavailable(FunctionClass cls, std::u16string_view scriptName,
-                         std::u16string_view argText, BasicEngine& engine) {
+                         std::u16string_view argText, Context& ctx) {
   const FunctionDescriptor desc{displayName(cls, scriptName), 0, 0, {}, nullptr};
-  return Call(desc, argText, engine, {}).countError();
+  return Call(desc, argText, ctx, {}).countError();
 }
 
 }  // namespace
 
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName, const ArgList& args,
-                          Value& result, BasicEngine& engine) {
+                          Value& result, Context& ctx) {
   const FunctionDescriptor* desc = descriptorOf(cls);
-  if (desc == nullptr) return unavailable(cls, scriptName, args.text(), engine);
-  return Invoke(*desc, args, result, engine);
+  if (desc == nullptr) return unavailable(cls, scriptName, args.text(), ctx);
+  return Invoke(*desc, args, result, ctx);
 }
 
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
-                          std::u16string_view argText, Value& result, BasicEngine& engine) {
+                          std::u16string_view argText, Value& result, Context& ctx) {
   const ArgList args(argText);
-  return CallFunction(cls, scriptName, args, result, engine);
+  return CallFunction(cls, scriptName, args, result, ctx);
 }
 
 }  // namespace korvex

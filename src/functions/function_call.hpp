@@ -9,7 +9,7 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 namespace fn {
 class ArgList;
 }
@@ -82,9 +82,9 @@ enum class FunctionClass : std::uint8_t {
 /// table lists it, for the message of a class that is not available.
 /// Platform run-time faults propagate as vb::RuntimeError.
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
-                          std::u16string_view argText, Value& result, BasicEngine& engine);
+                          std::u16string_view argText, Value& result, Context& ctx);
 /// The same with the argument list already split (a kept call site).
 std::int32_t CallFunction(FunctionClass cls, std::u16string_view scriptName,
-                          const fn::ArgList& args, Value& result, BasicEngine& engine);
+                          const fn::ArgList& args, Value& result, Context& ctx);
 
 }  // namespace korvex

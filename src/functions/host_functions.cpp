@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <new>
 
-#include "engine/engine_state.hpp"
+#include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
 #include "eval/function_table.hpp"
 
 namespace korvex {
+
+struct HostFunctionBridge {
+  static HostFunctionCall call(const fn::Call& c) noexcept { return HostFunctionCall(c); }
+};
 
 namespace {
 
@@ -48,7 +52,7 @@ std::int32_t runHostFunction(fn::Call& call, Value& result) {
       return call.typeError();
     }
   }
-  return function.operation(EngineAccess::hostCall(call), result);
+  return function.operation(HostFunctionBridge::call(call), result);
 }
 
 template <typename Fn>
@@ -85,7 +89,7 @@ bool HostFunctionTable::acceptable(const HostFunction& function) {
   return static_cast<bool>(function.operation);
 }
 
-HostFunctionTable::HostFunctionTable() : generation_(nextGeneration()) {}
+HostFunctionTable::HostFunctionTable() { generation_ = nextGeneration(); }
 
 void HostFunctionTable::add(HostFunction function) {
   std::u16string key = upperName(function.name);
@@ -100,8 +104,21 @@ const HostFunctionEntry* HostFunctionTable::find(std::u16string_view upperName) 
 }
 
 std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
-                              Value& result, BasicEngine& engine) {
-  return fn::Invoke(entry.descriptor(), args, result, engine);
+                              Value& result, Context& ctx) {
+  return fn::Invoke(entry.descriptor(), args, result, ctx);
+}
+
+bool registerHostFunction(Context& ctx, HostFunction function) {
+  if (!HostFunctionTable::acceptable(function)) return false;
+  if (ctx.hostFunctions() == nullptr) ctx.setHostFunctions(std::make_unique<HostFunctionTable>());
+  static_cast<HostFunctionTable*>(ctx.hostFunctions())->add(std::move(function));
+  return true;
+}
+
+const HostFunctionEntry* hostFunctionNamed(const Context& ctx,
+                                           std::u16string_view upperName) noexcept {
+  const auto* table = static_cast<const HostFunctionTable*>(ctx.hostFunctions());
+  return table ? table->find(upperName) : nullptr;
 }
 
 // ---- the call as the host sees it -------------------------------------------
@@ -113,7 +130,7 @@ const Value& HostFunctionCall::arg(std::size_t i) const noexcept {
   return i >= 1 && i <= call_.count() ? call_.arg(i) : kNone;
 }
 
-BasicEngine& HostFunctionCall::engine() const noexcept { return call_.engine(); }
+BasicEngine& HostFunctionCall::engine() const noexcept { return call_.context().host(); }
 const Locale& HostFunctionCall::locale() const noexcept { return call_.locale(); }
 
 std::int32_t HostFunctionCall::countError() const noexcept {

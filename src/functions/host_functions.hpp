@@ -11,6 +11,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/context.hpp"
 #include "functions/protocol.hpp"
 #include "korvex/host_function.hpp"
 
@@ -30,16 +31,13 @@ class HostFunctionEntry {
   fn::FunctionDescriptor descriptor_;
 };
 
-class HostFunctionTable {
+class HostFunctionTable final : public FunctionRegistry {
  public:
   /// Whether the function may be registered (see BasicEngine::RegisterFunction).
   static bool acceptable(const HostFunction& function);
   void add(HostFunction function);
   const HostFunctionEntry* find(std::u16string_view upperName) const noexcept;
   bool empty() const noexcept { return entries_.empty(); }
-  /// Changes whenever a function is added (unique among all tables): what
-  /// was derived from the names of the table before is stale.
-  std::uint64_t generation() const noexcept { return generation_; }
 
  private:
   struct NameHash {
@@ -50,14 +48,21 @@ class HostFunctionTable {
   };
   std::unordered_map<std::u16string, std::unique_ptr<HostFunctionEntry>, NameHash, std::equal_to<>>
       entries_;
-  std::uint64_t generation_;
 
  public:
   HostFunctionTable();
 };
 
+/// Adds the function to the context's registry (see
+/// BasicEngine::RegisterFunction); false when it is not acceptable.
+bool registerHostFunction(Context& ctx, HostFunction function);
+
+/// The function a host registered under this upper-cased name, or nullptr.
+const HostFunctionEntry* hostFunctionNamed(const Context& ctx,
+                                           std::u16string_view upperName) noexcept;
+
 /// Calls a host function with the argument list its name was followed by.
 std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
-                              Value& result, BasicEngine& engine);
+                              Value& result, Context& ctx);
 
 }  // namespace korvex

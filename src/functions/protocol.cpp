@@ -1,16 +1,15 @@
 #include "functions/protocol.hpp"
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/paras.hpp"
 #include "engine/string_op.hpp"
 #include "eval/expression.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
 
-const Locale& Call::locale() const noexcept { return engine_.Locale(); }
+const Locale& Call::locale() const noexcept { return ctx_.locale(); }
 
 std::u16string Call::suffix(std::u16string_view extra) const {
   if (!desc_.fixedSuffix.empty()) return std::u16string(desc_.fixedSuffix);
@@ -25,7 +24,7 @@ std::u16string Call::suffix(std::u16string_view extra) const {
 }
 
 std::int32_t Call::fail(std::int32_t number, std::u16string message) const {
-  services::Report(engine_, number, message);
+  ctx_.report(number, message);
   return number;
 }
 
@@ -107,10 +106,10 @@ ArgList::ArgList(std::u16string_view argText)
 ArgList::~ArgList() = default;
 
 std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& result,
-                    BasicEngine& engine) {
+                    Context& ctx) {
   const std::size_t n = args.parsed() ? args.count() : 0;
   ArgValues values(n);
-  Call call(desc, args.text(), engine, values.all());
+  Call call(desc, args.text(), ctx, values.all());
   if ((desc.quirks & kRequiresParenthesis) && !args.opensWithParenthesis()) {
     return call.countError();
   }
@@ -119,9 +118,9 @@ std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& 
   // leaves the rest Empty.
   std::int32_t evaluated = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    Value v = args.item(i).evaluate(engine);
-    if (engine.ErrNum() != 0) {
-      evaluated = engine.ErrNum();
+    Value v = args.item(i).evaluate(ctx);
+    if (ctx.errNum() != 0) {
+      evaluated = ctx.errNum();
       break;
     }
     values.data()[i] = std::move(v);
@@ -129,17 +128,17 @@ std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& 
   const bool engineStatus = (desc.quirks & kEngineStatus) != 0;
   if (!engineStatus) {
     if (evaluated != 0) return evaluated;
-    if (engine.ErrNum() != 0) return engine.ErrNum();
+    if (ctx.errNum() != 0) return ctx.errNum();
   }
   const std::size_t checked = std::min(n, desc.checks.size());
   for (std::size_t i = 1; i <= checked; ++i) {
     if (!Passes(desc.checks[i - 1], call.arg(i), call.locale())) {
       const std::int32_t status = call.typeError();
-      return engineStatus ? engine.ErrNum() : status;
+      return engineStatus ? ctx.errNum() : status;
     }
   }
   const std::int32_t status = desc.operation(call, result);
-  return engineStatus ? engine.ErrNum() : status;
+  return engineStatus ? ctx.errNum() : status;
 }
 
 }  // namespace korvex::fn

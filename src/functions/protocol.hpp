@@ -19,7 +19,7 @@
 #include "korvex/value.hpp"
 
 namespace korvex {
-class BasicEngine;
+class Context;
 namespace eval {
 class Expression;
 }
@@ -101,14 +101,14 @@ struct FunctionDescriptor {
 /// One call in progress: the arguments and the error helpers.
 class Call {
  public:
-  Call(const FunctionDescriptor& desc, std::u16string_view argText, BasicEngine& engine,
+  Call(const FunctionDescriptor& desc, std::u16string_view argText, Context& ctx,
        std::span<const Value> args) noexcept
-      : desc_(desc), argText_(argText), engine_(engine), args_(args) {}
+      : desc_(desc), argText_(argText), ctx_(ctx), args_(args) {}
 
   std::size_t count() const noexcept { return args_.size(); }
   /// Argument i (1-based), evaluated.
   const Value& arg(std::size_t i) const { return args_[i - 1]; }
-  BasicEngine& engine() const noexcept { return engine_; }
+  Context& context() const noexcept { return ctx_; }
   const Locale& locale() const noexcept;
   const FunctionDescriptor& descriptor() const noexcept { return desc_; }
 
@@ -125,13 +125,13 @@ class Call {
 
   const FunctionDescriptor& desc_;
   std::u16string_view argText_;
-  BasicEngine& engine_;
+  Context& ctx_;
   std::span<const Value> args_;
 };
 
 /// Runs the common steps for one call of the class described by `desc`.
 std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& result,
-                    BasicEngine& engine);
+                    Context& ctx);
 
 /// Whether a value passes a check (exposed for the classes whose test
 /// depends on the argument count).

@@ -2,11 +2,11 @@
 #include <optional>
 #include <string>
 
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
 #include "functions/function_descriptors.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -17,26 +17,26 @@ constexpr Check S = Check::String;
 constexpr Check T = Check::Textual;
 
 std::int32_t setVar(Call& call, Value& result) {
-  call.engine().SetSysVar(call.arg(1).stringValue(), call.arg(2));
+  call.context().setSymbol(call.arg(1).stringValue(), call.arg(2));
   result = Value::boolean(true);
   return 0;
 }
 
 std::int32_t getVar(Call& call, Value& result) {
   const std::u16string& name = call.arg(1).stringValue();
-  if (!call.engine().IsVarDefined(name)) {
+  if (!call.context().symbolDefined(name)) {
     std::u16string message(msg::kUndefinedVariable);
     message += u" '";
     message += upperName(name);  // as the table spells it
     message += u'\'';
     return call.fail(5, std::move(message));
   }
-  result = call.engine().GetVarValue(name);
+  result = call.context().symbolValue(name);
   return 0;
 }
 
 std::int32_t isVarExist(Call& call, Value& result) {
-  result = Value::boolean(call.engine().IsVarDefined(call.arg(1).stringValue()));
+  result = Value::boolean(call.context().symbolDefined(call.arg(1).stringValue()));
   return 0;
 }
 
@@ -46,7 +46,7 @@ std::int32_t input(Call& call, Value& result) {
   for (std::size_t i = 1; i <= call.count(); ++i) {
     texts[i - 1] = vb::toString(call.arg(i), call.locale());
   }
-  std::optional<std::u16string> answer = call.engine().UI().inputBox(texts[0], texts[1], texts[2]);
+  std::optional<std::u16string> answer = call.context().ui().inputBox(texts[0], texts[1], texts[2]);
   result = Value::string(answer ? std::move(*answer) : std::u16string());
   return 0;
 }

@@ -3,13 +3,11 @@
 #include <memory>
 #include <string>
 
-#include "engine/engine_services.hpp"
-#include "engine/engine_state.hpp"
+#include "engine/context.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/expression.hpp"
-#include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"
@@ -90,14 +88,14 @@ AssignForm::AssignForm(std::u16string_view line) {
 
 }  // namespace
 
-std::int32_t Assign(BasicEngine& engine, KeptLine& line) {
+std::int32_t Assign(Context& ctx, KeptLine& line) {
   AssignForm& form = formOf<AssignForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
 
-  Value value = form.expression->evaluate(engine);
-  if (engine.ErrNum() != 0) return engine.ErrNum();
+  Value value = form.expression->evaluate(ctx);
+  if (ctx.errNum() != 0) return ctx.errNum();
 
-  SymbolTable& table = *EngineAccess::state(engine).symbols;
+  SymbolTable& table = ctx.symbols();
   if (form.slot == nullptr || form.tableGeneration != table.generation()) {
     form.slot = table.slot(form.upper);
     form.tableGeneration = table.generation();
@@ -107,15 +105,15 @@ std::int32_t Assign(BasicEngine& engine, KeptLine& line) {
     return 0;
   }
   // The record decides for itself how its field names match.
-  if (engine.isFieldNameByArr(form.name)) {
-    engine.ChangeField(Value::string(form.name), value);
-    return engine.ErrNum();
+  if (ctx.isCachedFieldName(form.name)) {
+    ctx.changeField(Value::string(form.name), value);
+    return ctx.errNum();
   }
   std::u16string message(msg::kUndefinedVariable);
   message += u" '";
   message += form.name;
   message += u'\'';
-  return detail::fail(engine, 5, message);
+  return detail::fail(ctx, 5, message);
 }
 
 }  // namespace korvex::stmt

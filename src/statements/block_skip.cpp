@@ -2,11 +2,10 @@
 
 #include <string>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/flag_stack.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
-#include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 
@@ -40,16 +39,16 @@ bool plain(const KeptLine* kept, std::int16_t kind) {
 
 }  // namespace
 
-std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifCondition, SkipStop& stop) {
+std::int32_t skipForward(Context& ctx, Skip mode, const Value& ifCondition, SkipStop& stop) {
   const bool ifMode = mode == Skip::FalseIf;
-  const std::int16_t depth = ifMode ? engine.IfCount() : engine.DoCount();
-  const std::int16_t last = engine.LineCount();
+  const std::int16_t depth = ifMode ? ctx.frame().ifCount : ctx.frame().doCount;
+  const std::int16_t last = ctx.lineCount();
 
   // Lines a scan from here passed before without doing anything are passed
   // again at once: the scan goes on at the line where it stopped before.
-  KeptLine* from = services::KeptLineAt(engine, engine.CurrentLineNum());
+  KeptLine* from = ctx.keptLine(ctx.currentLine());
   const std::int16_t first =
-      from != nullptr && from->skipStop > 0 ? from->skipStop : nextLine(engine.CurrentLineNum());
+      from != nullptr && from->skipStop > 0 ? from->skipStop : nextLine(ctx.currentLine());
   bool allPlain = true;
   const auto stopAt = [&](std::int16_t line, std::int16_t kind) -> std::int32_t {
     stop = {line, kind};
@@ -59,40 +58,39 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
 
   for (std::int16_t line = first;; line = nextLine(line)) {
     if (line > last) {
-      return ifMode ? fail(engine, 10, msg::kIfWithoutEndIf)
-                    : fail(engine, 14, msg::kDoWithoutLoop);
+      return ifMode ? fail(ctx, 10, msg::kIfWithoutEndIf) : fail(ctx, 14, msg::kDoWithoutLoop);
     }
-    KeptLine* kept = services::KeptLineAt(engine, line);
-    const std::int16_t kind = kindAt(engine, line);
+    KeptLine* kept = ctx.keptLine(line);
+    const std::int16_t kind = kindAt(ctx, line);
     // Only the false-IF scan stops at an error: a line that does not
     // classify, or one left by the line before. The loop scans pass over
     // such lines, and the 0 they return at the LOOP line clears the number
     // (not the message).
-    if (ifMode && engine.ErrNum() != 0) return engine.ErrNum();
+    if (ifMode && ctx.errNum() != 0) return ctx.errNum();
     const bool isPlain = plain(kept, kind);
 
     switch (kind) {
       case kStmtIf: {
         // A malformed IF reports its error and counts as no block.
-        if (kept != nullptr && IsIfBlock(engine, *kept)) {
+        if (kept != nullptr && IsIfBlock(ctx, *kept)) {
           // The entry records the running statement's line, not the nested one.
           FlagFrame frame;
           frame.marker = FlagFrame::Marker::If;
-          frame.line = Value::integer(engine.CurrentLineNum());
+          frame.line = Value::integer(ctx.currentLine());
           if (ifMode) frame.detail = ifCondition;
-          services::PushFlag(engine, std::move(frame));
-          engine.SetIfCount(step16(engine.IfCount(), 1));
+          ctx.flags().push(std::move(frame));
+          ctx.frame().ifCount = step16(ctx.frame().ifCount, 1);
         }
         break;
       }
       case kStmtElse:
-        if (ifMode && engine.IfCount() == depth) return stopAt(line, kind);
+        if (ifMode && ctx.frame().ifCount == depth) return stopAt(line, kind);
         break;
       case kStmtEndIf:
-        if (engine.IfCount() <= 0) return fail(engine, 11, msg::kEndIfWithoutIf);
-        if (ifMode && engine.IfCount() == depth) return stopAt(line, kind);
-        services::PopFlag(engine);
-        engine.SetIfCount(step16(engine.IfCount(), -1));
+        if (ctx.frame().ifCount <= 0) return fail(ctx, 11, msg::kEndIfWithoutIf);
+        if (ifMode && ctx.frame().ifCount == depth) return stopAt(line, kind);
+        ctx.flags().pop();
+        ctx.frame().ifCount = step16(ctx.frame().ifCount, -1);
         break;
       case kStmtDoWhile:
       case kStmtDoUntil:
@@ -102,21 +100,21 @@ std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifConditio
               kind == kStmtDoWhile ? FlagFrame::Marker::DoWhile : FlagFrame::Marker::DoUntil;
           frame.line = Value::integer(line);
           frame.detail = Value::string(u"");
-          services::PushFlag(engine, std::move(frame));
-          engine.SetDoCount(step16(engine.DoCount(), 1));
+          ctx.flags().push(std::move(frame));
+          ctx.frame().doCount = step16(ctx.frame().doCount, 1);
         }
         break;
       case kStmtLoop:
       case kStmtEndDo: {
-        if (mode == Skip::ExitDo && engine.DoCount() <= 0) {
-          return fail(engine, 15, msg::kLoopWithoutDo);
+        if (mode == Skip::ExitDo && ctx.frame().doCount <= 0) {
+          return fail(ctx, 15, msg::kLoopWithoutDo);
         }
-        if (!ifMode && engine.DoCount() == depth) return stopAt(line, kind);
+        if (!ifMode && ctx.frame().doCount == depth) return stopAt(line, kind);
         // Whatever is on top is taken as the nested loop's entry; an IF
         // entry there (a DO WHILE passed over) is the structure error.
-        const FlagFrame popped = services::PopFlag(engine);
-        engine.SetDoCount(step16(engine.DoCount(), -1));
-        if (!popped.isDo()) return fail(engine, 15, msg::kLoopWithoutDo);
+        const FlagFrame popped = ctx.flags().pop();
+        ctx.frame().doCount = step16(ctx.frame().doCount, -1);
+        if (!popped.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
         break;
       }
       default:

@@ -10,7 +10,7 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 
 namespace stmt::detail {
 
@@ -35,7 +35,7 @@ struct SkipStop {
 /// ends the skipped part in `stop`, or an error number already reported on
 /// the engine. `ifCondition` is the third element of the entries a FalseIf
 /// scan pushes for nested block IFs.
-std::int32_t skipForward(BasicEngine& engine, Skip mode, const Value& ifCondition, SkipStop& stop);
+std::int32_t skipForward(Context& ctx, Skip mode, const Value& ifCondition, SkipStop& stop);
 
 }  // namespace stmt::detail
 }  // namespace korvex

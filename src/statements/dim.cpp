@@ -1,11 +1,10 @@
 // DIM name [, name ...]: declares variables (Empty) in the engine's table.
 #include <string>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
-#include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"
@@ -36,25 +35,25 @@ std::u16string badCharacter(char16_t c, bool withMarker) {
 
 }  // namespace
 
-std::int32_t Dim(BasicEngine& engine, KeptLine& kept) {
+std::int32_t Dim(Context& ctx, KeptLine& kept) {
   // Declares as it reads: nothing of the line is worth keeping.
   const std::u16string_view line = kept.text;
   DimState state = DimState::Start;
   for (std::size_t pos = 0; pos < line.size(); ++pos) {
     const char16_t c = line[pos];
     if (c == u',') {
-      if (state != DimState::Declared) return fail(engine, 1, msg::kSyntax);
+      if (state != DimState::Declared) return fail(ctx, 1, msg::kSyntax);
       state = DimState::NeedsName;
       continue;
     }
     if (c == u'\'') break;
     if (isBlank(c)) continue;
 
-    if (state == DimState::Declared) return fail(engine, 1, msg::kSyntax);
-    if (!isIdentStart(c)) return fail(engine, 3, badCharacter(c, true));
+    if (state == DimState::Declared) return fail(ctx, 1, msg::kSyntax);
+    if (!isIdentStart(c)) return fail(ctx, 3, badCharacter(c, true));
     const std::size_t start = pos;
     for (++pos; pos < line.size() && !isBlank(line[pos]) && line[pos] != u','; ++pos) {
-      if (!isIdentChar(line[pos])) return fail(engine, 3, badCharacter(line[pos], false));
+      if (!isIdentChar(line[pos])) return fail(ctx, 3, badCharacter(line[pos], false));
     }
     // The blank or comma that ends the word is consumed with it (the loop's
     // ++pos steps over it).
@@ -62,14 +61,14 @@ std::int32_t Dim(BasicEngine& engine, KeptLine& kept) {
     if (equalsNoCase(word, kDimKeyword)) continue;
     state = pos < line.size() && line[pos] == u',' ? DimState::NeedsName : DimState::Declared;
     // A name that exists already keeps its value; that is no error here.
-    services::DefineSymbol(engine, vb::upperCase(word), Value());
+    ctx.defineSymbol(vb::upperCase(word), Value());
   }
   if (state != DimState::Declared) {
     std::u16string message(msg::kSyntax);
     message += kDimMarker;
-    return fail(engine, 1, message);
+    return fail(ctx, 1, message);
   }
-  return engine.ErrNum();
+  return ctx.errNum();
 }
 
 }  // namespace korvex::stmt

@@ -3,14 +3,13 @@
 #include <memory>
 #include <string>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/flag_stack.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
 #include "eval/expression.hpp"
-#include "korvex/engine.hpp"
 #include "statements/block_skip.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
@@ -91,96 +90,95 @@ struct ExitForm : Form {
 
 // The condition of the loop an entry stands for: the DO line's kept form
 // while this script runs, else the entry's text read afresh.
-Value loopCondition(BasicEngine& engine, const FlagFrame& entry) {
-  if (entry.condition != nullptr && entry.scriptGeneration == services::ScriptGeneration(engine)) {
-    return entry.condition->evaluate(engine);
+Value loopCondition(Context& ctx, const FlagFrame& entry) {
+  if (entry.condition != nullptr && entry.scriptGeneration == ctx.scriptGeneration()) {
+    return entry.condition->evaluate(ctx);
   }
   const Value& text = entry.detail;
-  return Evaluate(engine, text.isString() ? std::u16string_view(text.stringValue()) : u"");
+  return Evaluate(ctx, text.isString() ? std::u16string_view(text.stringValue()) : u"");
 }
 
 }  // namespace
 
-std::int32_t Do(BasicEngine& engine, KeptLine& line) {
+std::int32_t Do(Context& ctx, KeptLine& line) {
   const DoForm& form = formOf<DoForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
 
-  const Value value = form.condition->evaluate(engine);
-  if (engine.ErrNum() != 0) return engine.ErrNum();
-  if (!value.isNull() && !vb::isNumeric(value, engine.Locale())) {
-    return fail(engine, 13, msg::kDoMissingExpression);
+  const Value value = form.condition->evaluate(ctx);
+  if (ctx.errNum() != 0) return ctx.errNum();
+  if (!value.isNull() && !vb::isNumeric(value, ctx.locale())) {
+    return fail(ctx, 13, msg::kDoMissingExpression);
   }
 
   FlagFrame frame;
   frame.marker = form.marker;
-  frame.line = Value::integer(engine.CurrentLineNum());
+  frame.line = Value::integer(ctx.currentLine());
   frame.detail = form.conditionText;
   frame.condition = form.condition.get();
-  frame.scriptGeneration = services::ScriptGeneration(engine);
-  services::PushFlag(engine, std::move(frame));
-  engine.SetDoCount(detail::step16(engine.DoCount(), 1));
+  frame.scriptGeneration = ctx.scriptGeneration();
+  ctx.flags().push(std::move(frame));
+  ctx.frame().doCount = detail::step16(ctx.frame().doCount, 1);
 
-  if (bodyRuns(form.marker, value, engine.Locale())) {
-    engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+  if (bodyRuns(form.marker, value, ctx.locale())) {
+    ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
     return 0;
   }
   // Skip to the loop's LOOP line, which tests once more and leaves.
   detail::SkipStop stop;
   const auto mode = form.marker == FlagFrame::Marker::DoWhile ? detail::Skip::DoWhileBody
                                                               : detail::Skip::DoUntilBody;
-  if (const std::int32_t err = detail::skipForward(engine, mode, Value(), stop); err != 0) {
+  if (const std::int32_t err = detail::skipForward(ctx, mode, Value(), stop); err != 0) {
     return err;
   }
-  engine.SetCurrentLineNum(stop.line);
+  ctx.setCurrentLine(stop.line);
   return 0;
 }
 
-std::int32_t LoopOrEndDo(BasicEngine& engine, KeptLine& line) {
+std::int32_t LoopOrEndDo(Context& ctx, KeptLine& line) {
   const LoopForm& form = formOf<LoopForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
 
-  if (engine.StmtFlagCount() < 1) return fail(engine, 15, msg::kLoopWithoutDo);
-  const FlagFrame& entry = services::PeekFlag(engine);
-  if (!entry.isDo()) return fail(engine, 15, msg::kLoopWithoutDo);
+  if (ctx.flags().size() < 1) return fail(ctx, 15, msg::kLoopWithoutDo);
+  const FlagFrame& entry = ctx.flags().top();
+  if (!entry.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
 
   // The evaluation may change the stack (a host function can): keep what
   // is needed of the entry.
   const FlagFrame::Marker marker = entry.marker;
   const Value doLine = entry.line;
-  const Value value = loopCondition(engine, entry);
-  if (engine.ErrNum() != 0) return engine.ErrNum();
+  const Value value = loopCondition(ctx, entry);
+  if (ctx.errNum() != 0) return ctx.errNum();
 
-  if (bodyRuns(marker, value, engine.Locale())) {
+  if (bodyRuns(marker, value, ctx.locale())) {
     // Back to the first line of the body; the DO line itself does not run again.
-    const std::int16_t at = doLine.type() == VarType::Integer
-                                ? doLine.integerValue()
-                                : vb::toInteger(doLine, engine.Locale());
-    engine.SetCurrentLineNum(detail::nextLine(at));
+    const std::int16_t at = doLine.type() == VarType::Integer ? doLine.integerValue()
+                                                              : vb::toInteger(doLine, ctx.locale());
+    ctx.setCurrentLine(detail::nextLine(at));
     return 0;
   }
-  services::PopFlag(engine);
-  engine.SetDoCount(detail::step16(engine.DoCount(), -1));
-  engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+  ctx.flags().pop();
+  ctx.frame().doCount = detail::step16(ctx.frame().doCount, -1);
+  ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
   return 0;
 }
 
-std::int32_t ExitDo(BasicEngine& engine, KeptLine& line) {
+std::int32_t ExitDo(Context& ctx, KeptLine& line) {
   const ExitForm& form = formOf<ExitForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
-  if (engine.DoCount() == 0) return fail(engine, 16, msg::kExitDoOutside);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
+  if (ctx.frame().doCount == 0) return fail(ctx, 16, msg::kExitDoOutside);
 
   detail::SkipStop stop;
-  if (const std::int32_t err = detail::skipForward(engine, detail::Skip::ExitDo, Value(), stop);
+  if (const std::int32_t err = detail::skipForward(ctx, detail::Skip::ExitDo, Value(), stop);
       err != 0) {
     return err;
   }
   // Only the loop's own entry goes: IF blocks opened inside the loop stay
   // open on the stack and in IfCount.
-  engine.SetCurrentLineNum(stop.line);
-  const FlagFrame popped = services::PopFlag(engine);
-  engine.SetDoCount(detail::step16(engine.DoCount(), -1));
-  if (!popped.isDo()) return fail(engine, 15, msg::kLoopWithoutDo);
-  engine.SetCurrentLineNum(detail::nextLine(stop.line));
+  ctx.setCurrentLine(stop.line);
+  const FlagFrame popped = ctx.flags().pop();
+  ctx.frame().doCount = detail::step16(ctx.frame().doCount, -1);
+  if (!popped.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
+  ctx.setCurrentLine(detail::nextLine(stop.line));
   return 0;
 }
 

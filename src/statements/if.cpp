@@ -2,18 +2,19 @@
 #include <memory>
 #include <string>
 
-#include "engine/engine_services.hpp"
+#include "engine/context.hpp"
 #include "engine/flag_stack.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
 #include "engine/string_op.hpp"
 #include "eval/expression.hpp"
-#include "korvex/engine.hpp"
 #include "statements/block_skip.hpp"
 #include "statements/line_scan.hpp"
+#include "statements/run_loop.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"
+#include "values/runtime_error.hpp"
 
 namespace korvex::stmt {
 
@@ -42,8 +43,8 @@ struct IfForm : Form {
   std::unique_ptr<eval::Expression> condition;
   std::u16string_view tail;  // after THEN, up to a comment, trimmed
   bool tailReadable = true;  // false: a literal after THEN is not closed
-  // The engine that runs the tail, kept with its own forms between runs.
-  std::unique_ptr<BasicEngine> child;
+  // The frame that runs the tail, kept with its own forms between runs.
+  std::unique_ptr<Frame> tailFrame;
 };
 
 IfForm::IfForm(std::u16string_view line) {
@@ -74,33 +75,37 @@ IfForm::IfForm(std::u16string_view line) {
   verdict.fail(9, msg::kIfMissingThen);
 }
 
-// The tail of a true single-line IF runs as a script of its own on a child
-// engine that shares the variables and the record. The child is made once
-// per line and starts every run as a new engine would.
-std::int32_t runTail(BasicEngine& engine, IfForm& form) {
+// The tail of a true single-line IF runs as a script of its own in a frame
+// of its own: it shares the variables, the record and the host's objects
+// but not the workbook, and starts every run as a fresh script would. Its
+// error, already carrying the tail's own line, is the IF line's error.
+std::int32_t runTail(Context& ctx, IfForm& form) {
   // The tail may itself be a single-line IF.
   const NestingLevel level;
-  if (!form.child) {
-    form.child = std::make_unique<BasicEngine>();
-    form.child->SetCodeBlock(std::u16string(form.tail));
+  if (!form.tailFrame) {
+    form.tailFrame = std::make_unique<Frame>(true);
+    form.tailFrame->codeBlock = form.tail;
   }
-  BasicEngine& child = *form.child;
-  services::ResetForTail(child);
-  child.SetParent(engine.Parent());
-  services::ShareStateOf(child, engine);
-  child.Execute();
-  if (child.ErrNum() == 0) {
-    engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+  Frame& tail = *form.tailFrame;
+  tail.reset();
+  ctx.inFrame(tail, [&] {
+    try {
+      RunScript(ctx);
+    } catch (const vb::RuntimeError& e) {
+      tail.error.set(e.number(), e.description());
+    }
+  });
+  if (!tail.error.failed()) {
+    ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
     return 0;
   }
-  services::Report(engine, child.ErrNum(), child.ErrMsg());
-  return child.ErrNum();
+  return ctx.report(tail.error.number, tail.error.text);
 }
 
 // Moves to the line a skip scan stopped at; the run loop runs that line.
-std::int32_t jumpTo(BasicEngine& engine, std::int32_t scanResult, const detail::SkipStop& stop) {
+std::int32_t jumpTo(Context& ctx, std::int32_t scanResult, const detail::SkipStop& stop) {
   if (scanResult != 0) return scanResult;
-  engine.SetCurrentLineNum(stop.line);
+  ctx.setCurrentLine(stop.line);
   return 0;
 }
 
@@ -135,99 +140,99 @@ struct EndIfForm : KeywordForm {
 
 }  // namespace
 
-bool IsIfBlock(BasicEngine& engine, KeptLine& line) {
+bool IsIfBlock(Context& ctx, KeptLine& line) {
   const IfForm& form = formOf<IfForm>(line);
   if (!form.verdict.go()) {
-    form.verdict.replay(engine);
+    form.verdict.replay(ctx);
     return false;
   }
   return form.tailReadable && form.tail.empty();
 }
 
-std::int32_t If(BasicEngine& engine, KeptLine& line) {
+std::int32_t If(Context& ctx, KeptLine& line) {
   IfForm& form = formOf<IfForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
   // An unclosed literal after THEN: the statement cannot move on, and
   // returning "success" there would make the run loop repeat this line for
   // ever. Report it like an unclosed literal in the condition.
-  if (!form.tailReadable) return fail(engine, 2, msg::kBadExpression);
+  if (!form.tailReadable) return fail(ctx, 2, msg::kBadExpression);
   const bool block = form.tail.empty();
 
-  const Value condition = form.condition->evaluate(engine);
-  if (engine.ErrNum() != 0) return engine.ErrNum();
+  const Value condition = form.condition->evaluate(ctx);
+  if (ctx.errNum() != 0) return ctx.errNum();
 
   if (block) {
     FlagFrame frame;
     frame.marker = FlagFrame::Marker::If;
-    frame.line = Value::integer(engine.CurrentLineNum());
+    frame.line = Value::integer(ctx.currentLine());
     frame.detail = condition;
-    services::PushFlag(engine, std::move(frame));
-    engine.SetIfCount(detail::step16(engine.IfCount(), 1));
+    ctx.flags().push(std::move(frame));
+    ctx.frame().ifCount = detail::step16(ctx.frame().ifCount, 1);
   }
 
   bool holds = false;
   if (!condition.isNull()) {
-    if (!vb::isNumeric(condition, engine.Locale())) {
+    if (!vb::isNumeric(condition, ctx.locale())) {
       // The message is set to the number, then the number is taken from the
       // message text, which is no number: the platform's type mismatch ends
       // the line. The order of the two is what hosts see.
-      engine.SetErrMsg(u"4");
+      ctx.setErrMsg(u"4");
       vb::raise(vb::kTypeMismatch);
     }
-    holds = vb::toBoolean(condition, engine.Locale());
+    holds = vb::toBoolean(condition, ctx.locale());
   }
 
   if (holds) {
-    if (!block) return runTail(engine, form);
-    engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+    if (!block) return runTail(ctx, form);
+    ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
     return 0;
   }
   if (!block) {
-    engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+    ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
     return 0;
   }
   detail::SkipStop stop;
-  return jumpTo(engine, detail::skipForward(engine, detail::Skip::FalseIf, condition, stop), stop);
+  return jumpTo(ctx, detail::skipForward(ctx, detail::Skip::FalseIf, condition, stop), stop);
 }
 
-std::int32_t Else(BasicEngine& engine, KeptLine& line) {
+std::int32_t Else(Context& ctx, KeptLine& line) {
   const ElseForm& form = formOf<ElseForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
-  if (!form.rest.empty()) return fail(engine, 8, msg::kElseError);
-  if (engine.StmtFlagCount() < 1) return fail(engine, 7, msg::kElseWithoutIf);
-  const FlagFrame& entry = services::PeekFlag(engine);
-  if (entry.marker != FlagFrame::Marker::If) return fail(engine, 7, msg::kElseWithoutIf);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
+  if (!form.rest.empty()) return fail(ctx, 8, msg::kElseError);
+  if (ctx.flags().size() < 1) return fail(ctx, 7, msg::kElseWithoutIf);
+  const FlagFrame& entry = ctx.flags().top();
+  if (entry.marker != FlagFrame::Marker::If) return fail(ctx, 7, msg::kElseWithoutIf);
 
   // Only a condition exactly equal to True took the IF part; any other
   // value (5, Null, ...) leaves the ELSE part to run as well.
-  if (!equalsTrue(entry.detail, engine.Locale())) {
-    engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+  if (!equalsTrue(entry.detail, ctx.locale())) {
+    ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
     return 0;
   }
   // The ELSE part ends at the first END IF of any depth. Lines that do not
   // classify are passed over; the 0 returned at the END IF clears their
   // error number.
-  for (std::int16_t at = detail::nextLine(engine.CurrentLineNum());; at = detail::nextLine(at)) {
-    if (at > engine.LineCount()) return fail(engine, 10, msg::kIfWithoutEndIf);
-    if (detail::kindAt(engine, at) == kStmtEndIf) {
-      engine.SetCurrentLineNum(at);
+  for (std::int16_t at = detail::nextLine(ctx.currentLine());; at = detail::nextLine(at)) {
+    if (at > ctx.lineCount()) return fail(ctx, 10, msg::kIfWithoutEndIf);
+    if (detail::kindAt(ctx, at) == kStmtEndIf) {
+      ctx.setCurrentLine(at);
       return 0;
     }
   }
 }
 
-std::int32_t EndIf(BasicEngine& engine, KeptLine& line) {
+std::int32_t EndIf(Context& ctx, KeptLine& line) {
   const EndIfForm& form = formOf<EndIfForm>(line);
-  if (!form.verdict.go()) return form.verdict.replay(engine);
+  if (!form.verdict.go()) return form.verdict.replay(ctx);
   // A bare END is the stop statement's business, not this one's.
-  if (form.rest.empty()) return engine.ErrNum();
-  if (!form.closesIf) return fail(engine, 12, msg::kEndIfSyntax);
-  if (engine.StmtFlagCount() < 1 || services::PeekFlag(engine).marker != FlagFrame::Marker::If) {
-    return fail(engine, 11, msg::kEndIfWithoutIf);
+  if (form.rest.empty()) return ctx.errNum();
+  if (!form.closesIf) return fail(ctx, 12, msg::kEndIfSyntax);
+  if (ctx.flags().size() < 1 || ctx.flags().top().marker != FlagFrame::Marker::If) {
+    return fail(ctx, 11, msg::kEndIfWithoutIf);
   }
-  services::PopFlag(engine);
-  engine.SetIfCount(detail::step16(engine.IfCount(), -1));
-  engine.SetCurrentLineNum(detail::nextLine(engine.CurrentLineNum()));
+  ctx.flags().pop();
+  ctx.frame().ifCount = detail::step16(ctx.frame().ifCount, -1);
+  ctx.setCurrentLine(detail::nextLine(ctx.currentLine()));
   return 0;
 }
 

@@ -1,17 +1,17 @@
 #include "statements/line_scan.hpp"
 
 #include "engine/checked.hpp"
-#include "engine/engine_services.hpp"
+#include "engine/classify.hpp"
+#include "engine/context.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
-#include "korvex/engine.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::stmt::detail {
 
-std::int32_t fail(BasicEngine& engine, std::int32_t number, std::u16string_view message) {
-  services::Report(engine, number, message);
+std::int32_t fail(Context& ctx, std::int32_t number, std::u16string_view message) {
+  ctx.report(number, message);
   return number;
 }
 
@@ -20,18 +20,18 @@ std::size_t skipBlanks(std::u16string_view s, std::size_t pos) noexcept {
   return pos;
 }
 
-std::int32_t Verdict::replay(BasicEngine& engine) const {
+std::int32_t Verdict::replay(Context& ctx) const {
   switch (kind) {
     case Kind::Fail:
-      return detail::fail(engine, number, message);
+      return detail::fail(ctx, number, message);
     case Kind::MessageOnly:
-      engine.SetErrMsg(message);
-      return engine.ErrNum();
+      ctx.setErrMsg(message);
+      return ctx.errNum();
     case Kind::Go:
     case Kind::Status:
       break;
   }
-  return engine.ErrNum();
+  return ctx.errNum();
 }
 
 bool Verdict::fail(std::int32_t n, std::u16string_view text) {
@@ -93,9 +93,13 @@ Cut upToComment(std::u16string_view line, std::size_t from) noexcept {
   return Cut{line.substr(from), true};
 }
 
-std::int16_t kindAt(BasicEngine& engine, std::int16_t line) {
-  if (KeptLine* kept = services::KeptLineAt(engine, line)) return services::KindOf(engine, *kept);
-  return engine.WhatSTMT(services::LineCode(engine, line));
+std::int16_t kindAt(Context& ctx, std::int16_t line) {
+  if (KeptLine* kept = ctx.keptLine(line)) return ctx.kindOf(*kept);
+  std::int32_t number = 0;
+  std::u16string message;
+  const std::int16_t kind = classifyLine(ctx.lineCode(line), number, message);
+  if (number != 0) ctx.report(number, message);
+  return kind;
 }
 
 std::int16_t nextLine(std::int16_t line) { return step16(line, 1); }

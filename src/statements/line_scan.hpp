@@ -13,14 +13,14 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 struct Locale;
 
 namespace stmt::detail {
 
 /// Stores the message and then the number on the engine (the order every
 /// statement reports in) and returns the number.
-std::int32_t fail(BasicEngine& engine, std::int32_t number, std::u16string_view message);
+std::int32_t fail(Context& ctx, std::int32_t number, std::u16string_view message);
 
 /// What a line's text alone decides before anything of it runs: go on, or
 /// end the statement the same way every time it runs. A statement derives
@@ -38,7 +38,7 @@ struct Verdict {
 
   bool go() const noexcept { return kind == Kind::Go; }
   /// Ends the statement as decided; the statement's return value.
-  std::int32_t replay(BasicEngine& engine) const;
+  std::int32_t replay(Context& ctx) const;
   /// Records a failure (the verdict must still be Go) and returns false.
   bool fail(std::int32_t n, std::u16string_view text);
 };
@@ -80,7 +80,7 @@ Cut upToComment(std::u16string_view line, std::size_t from) noexcept;
 
 /// The statement kind of line n of the running script, its error reported
 /// as WhatSTMT reports it.
-std::int16_t kindAt(BasicEngine& engine, std::int16_t line);
+std::int16_t kindAt(Context& ctx, std::int16_t line);
 
 /// line + 1 with the platform's overflow (error 6) past 32767.
 std::int16_t nextLine(std::int16_t line);

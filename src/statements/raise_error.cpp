@@ -2,10 +2,10 @@
 // message. Its argument is an argument list, like a function's.
 #include <string>
 
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "eval/expression.hpp"
 #include "functions/protocol.hpp"
-#include "korvex/engine.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"
@@ -19,7 +19,7 @@ constexpr std::int32_t kUserError = 2000;
 
 }  // namespace
 
-std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText) {
+std::int32_t RaiseError(Context& ctx, std::u16string_view argText) {
   const fn::ArgList args(argText);
   if (!args.parsed() || args.count() != 1) {
     std::u16string message(msg::kBadArguments);
@@ -27,14 +27,14 @@ std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText) {
     message += kName;
     message += argText;
     message += u'}';
-    return detail::fail(engine, 6, message);
+    return detail::fail(ctx, 6, message);
   }
-  const Value value = args.item(0).evaluate(engine);
-  if (engine.ErrNum() != 0) return engine.ErrNum();
+  const Value value = args.item(0).evaluate(ctx);
+  if (ctx.errNum() != 0) return ctx.errNum();
 
   // Any value is accepted; a Null cannot become text and faults here.
-  std::u16string text = vb::toString(value, engine.Locale());
-  return detail::fail(engine, kUserError, text);
+  std::u16string text = vb::toString(value, ctx.locale());
+  return detail::fail(ctx, kUserError, text);
 }
 
 }  // namespace korvex::stmt

@@ -10,27 +10,27 @@
 
 namespace korvex {
 
-class BasicEngine;
+class Context;
 struct KeptLine;
 
 namespace stmt {
 
-std::int32_t Dim(BasicEngine& engine, KeptLine& line);
-std::int32_t Assign(BasicEngine& engine, KeptLine& line);
-std::int32_t If(BasicEngine& engine, KeptLine& line);
-std::int32_t Else(BasicEngine& engine, KeptLine& line);
-std::int32_t EndIf(BasicEngine& engine, KeptLine& line);
-std::int32_t Do(BasicEngine& engine, KeptLine& line);
-std::int32_t LoopOrEndDo(BasicEngine& engine, KeptLine& line);
-std::int32_t ExitDo(BasicEngine& engine, KeptLine& line);
-std::int32_t MsgBox(BasicEngine& engine, KeptLine& line);
+std::int32_t Dim(Context& ctx, KeptLine& line);
+std::int32_t Assign(Context& ctx, KeptLine& line);
+std::int32_t If(Context& ctx, KeptLine& line);
+std::int32_t Else(Context& ctx, KeptLine& line);
+std::int32_t EndIf(Context& ctx, KeptLine& line);
+std::int32_t Do(Context& ctx, KeptLine& line);
+std::int32_t LoopOrEndDo(Context& ctx, KeptLine& line);
+std::int32_t ExitDo(Context& ctx, KeptLine& line);
+std::int32_t MsgBox(Context& ctx, KeptLine& line);
 /// `argText` is what the run loop cut after the keyword.
-std::int32_t RaiseError(BasicEngine& engine, std::u16string_view argText);
+std::int32_t RaiseError(Context& ctx, std::u16string_view argText);
 
 /// Whether an IF line is a block IF (nothing but a comment after THEN);
 /// reports the IF's parse errors (1, 2, 9) on the engine like If() would.
 /// Returns false with ErrNum set on an error.
-bool IsIfBlock(BasicEngine& engine, KeptLine& line);
+bool IsIfBlock(Context& ctx, KeptLine& line);
 
 }  // namespace stmt
 }  // namespace korvex

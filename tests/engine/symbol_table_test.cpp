@@ -7,7 +7,7 @@
 
 #include <memory>
 
-#include "engine/engine_services.hpp"
+#include "facade/context_of.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {
@@ -34,7 +34,7 @@ TEST(SymbolTable, NamesAreUpperCasedAndWritingMovesTheVariableToTheEnd) {
   // Asking never reports an error.
   EXPECT_TRUE(engine.IsVarDefined(u"rAtE"));
   EXPECT_FALSE(engine.IsVarDefined(u"y"));
-  EXPECT_FALSE(services::SymbolDefined(engine, u"y"));
+  EXPECT_FALSE(contextOf(engine).symbolDefined(u"y"));
   EXPECT_EQ(engine.ErrNum(), 0);
   EXPECT_EQ(engine.ErrMsg(), u"");
 }
@@ -52,45 +52,41 @@ TEST(SymbolTable, MissingNamesReportErrorFiveWithTheUpperCasedName) {
 
 TEST(SymbolTable, AnExistingNameIsRefusedWithErrorOrBoxAndChangesNothing) {
   Harness h;
-  EXPECT_EQ(services::DefineSymbol(h.engine, u"a", Value::lng(1)), 0);
-  EXPECT_EQ(services::DefineSymbol(h.engine, u"A", Value::lng(9)), 24);
-  EXPECT_EQ(describe(services::SymbolValue(h.engine, u"a")), "Long:1");
+  Context& ctx = contextOf(h.engine);
+  EXPECT_EQ(ctx.defineSymbol(u"a", Value::lng(1)), 0);
+  EXPECT_EQ(ctx.defineSymbol(u"A", Value::lng(9)), 24);
+  EXPECT_EQ(describe(ctx.symbolValue(u"a")), "Long:1");
   EXPECT_TRUE(h.messages().empty());
 
-  SymbolTable table(&h.engine);
+  SymbolTable table(&ctx);
   table.Add(u"v", Value::lng(1));
   table.Add(u"V", Value::lng(2));
   EXPECT_EQ(table.Count(), 1);
   EXPECT_EQ(describe(table.value(u"v")), "Long:1");
   EXPECT_EQ(h.messages(), std::vector<std::string>{"符号或变量已定义"});
   EXPECT_EQ(h.engine.ErrNum(), 0);
-
-  table.Delete(u"missing");
-  EXPECT_EQ(table.Count(), 1);
-  table.Delete(u"v");
-  EXPECT_EQ(table.Count(), 0);
-  EXPECT_EQ(table.find(u"V"), nullptr);
+  EXPECT_EQ(table.find(u"x"), nullptr);
 }
 
-TEST(SymbolTable, ChildSharesTheTableErrorsGoToItsOwnerWhileThereIsOne) {
-  auto parent = std::make_unique<BasicEngine>();
-  parent->SetSysVar(u"x", Value::lng(1));
-  BasicEngine child;
-  services::ShareStateOf(child, *parent);
-  EXPECT_TRUE(child.IsVarDefined(u"X"));
-  child.Vaule(u"x", Value::lng(2));
-  child.SetSysVar(u"y", Value::lng(3));
-  EXPECT_TRUE(child.GetVarValue(u"missing").isEmpty());
-  EXPECT_EQ(child.ErrNum(), 0);
-  EXPECT_EQ(parent->ErrNum(), 5);
-  EXPECT_EQ(parent->ErrMsg(), u"变量未定义 'MISSING'");
-  EXPECT_EQ(describe(parent->GetVarValue(u"x")), "Long:2");
-  EXPECT_EQ(describe(parent->GetVarValue(u"y")), "Long:3");
+TEST(SymbolTable, ANestedFrameSharesTheTableAndItsErrorsGoToTheHostsFrame) {
+  BasicEngine engine;
+  engine.SetSysVar(u"x", Value::lng(1));
+  Context& ctx = contextOf(engine);
+  Frame tail(true);
+  ctx.inFrame(tail, [&] {
+    EXPECT_TRUE(ctx.symbolDefined(u"X"));
+    ctx.symbols().setValue(u"x", Value::lng(2));
+    ctx.setSymbol(u"y", Value::lng(3));
+    EXPECT_TRUE(ctx.symbolValue(u"missing").isEmpty());
+    EXPECT_EQ(ctx.errNum(), 0);
+  });
+  EXPECT_EQ(engine.ErrNum(), 5);
+  EXPECT_EQ(engine.ErrMsg(), u"变量未定义 'MISSING'");
+  EXPECT_EQ(describe(engine.GetVarValue(u"x")), "Long:2");
+  EXPECT_EQ(describe(engine.GetVarValue(u"y")), "Long:3");
 
-  parent.reset();  // the table outlives the engine that created it
-  EXPECT_EQ(describe(child.GetVarValue(u"y")), "Long:3");
-  EXPECT_TRUE(child.GetVarValue(u"gone").isEmpty());  // nobody left to report to
-  EXPECT_EQ(child.ErrNum(), 0);
+  SymbolTable orphan(nullptr);  // nobody to report to: only Empty
+  EXPECT_TRUE(orphan.value(u"gone").isEmpty());
 }
 
 }  // namespace

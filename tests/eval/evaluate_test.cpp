@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "eval/eval.hpp"
+#include "facade/context_of.hpp"
 #include "korvex/memory_recordset.hpp"
 #include "support.hpp"
 
@@ -28,7 +29,7 @@ TEST_P(EvaluatesTo, Value) {
   f.engine.SetSysVar(u"S", Value::string(u"abc"));
   f.engine.SetSysVar(u"N", Value::null());
   f.engine.SetSysVar(u"PLUS", Value::string(u"+"));
-  const Value v = Evaluate(f.engine, fromUtf8(c.expression));
+  const Value v = Evaluate(contextOf(f.engine), fromUtf8(c.expression));
   EXPECT_EQ(f.engine.ErrNum(), 0) << c.expression << ": " << toUtf8(f.engine.ErrMsg());
   EXPECT_EQ(describe(v), c.expected) << c.expression;
   EXPECT_TRUE(f.ui->messages().empty()) << c.expression;
@@ -124,7 +125,7 @@ TEST_P(FailsWith, NumberMessageAndBox) {
   Harness f;
   f.engine.SetSysVar(u"A", Value::dbl(5));
   f.engine.SetCurrentLineNum(7);
-  const Value v = Evaluate(f.engine, fromUtf8(c.expression));
+  const Value v = Evaluate(contextOf(f.engine), fromUtf8(c.expression));
   EXPECT_EQ(f.engine.ErrNum(), c.errNum) << c.expression;
   EXPECT_EQ(toUtf8(f.engine.ErrMsg()), c.errMsg) << c.expression;
   EXPECT_TRUE(v.isEmpty()) << c.expression;
@@ -203,7 +204,7 @@ TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
                                u"<>", u"!=", u"=", u"NOT", u"AND", u"OR"}) {
     Harness f;
     f.engine.SetSysVar(u"P", Value::string(text));
-    Evaluate(f.engine, u"P");
+    Evaluate(contextOf(f.engine), u"P");
     const bool divide = text == std::u16string_view(u"/");
     EXPECT_EQ(f.engine.ErrNum(), divide ? 4 : 18) << toUtf8(text);
     if (!divide) {
@@ -212,48 +213,48 @@ TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
   }
   // The same holds for a function's result.
   Harness g;
-  Evaluate(g.engine, u"1 & LEFT(\"-x\", 1)");
+  Evaluate(contextOf(g.engine), u"1 & LEFT(\"-x\", 1)");
   EXPECT_EQ(g.engine.ErrNum(), 18);
   // Not applied: an ordinary string.
   for (const char16_t* text : {u"MOD", u"XOR", u"and", u"Or", u"(+)", u"=>", u"ab", u""}) {
     Harness f;
     f.engine.SetSysVar(u"P", Value::string(text));
-    const Value v = Evaluate(f.engine, u"P");
+    const Value v = Evaluate(contextOf(f.engine), u"P");
     EXPECT_EQ(f.engine.ErrNum(), 0) << toUtf8(text);
     EXPECT_EQ(describe(v), "String:" + toUtf8(text));
   }
   // Literals are protected case-insensitively, except "&".
   Harness f;
-  EXPECT_EQ(describe(Evaluate(f.engine, u"\"Or\" & \"<=\"")), "String:Or<=");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"\"Or\" & \"<=\"")), "String:Or<=");
   EXPECT_EQ(f.engine.ErrNum(), 0);
-  Evaluate(f.engine, u"\"&\"");
+  Evaluate(contextOf(f.engine), u"\"&\"");
   EXPECT_EQ(f.engine.ErrNum(), 18);
 }
 
 TEST(Evaluate, RecordFieldsResolveAfterVariablesAndNeverHideFunctions) {
   Harness f;
   // Without a record EOF stops with the record error.
-  EXPECT_TRUE(Evaluate(f.engine, u"EOF").isEmpty());
+  EXPECT_TRUE(Evaluate(contextOf(f.engine), u"EOF").isEmpty());
   EXPECT_EQ(f.engine.ErrNum(), 102);
   f.engine.SetErrNum(0);
   auto rs =
       MemoryRecordset::create({u"Salary", u"编号"}, {{Value::dbl(1200), Value::string(u"E7")}});
   f.engine.SetRecordSet(rs);
-  EXPECT_EQ(describe(Evaluate(f.engine, u"salary + 1")), "Double:1201");
-  EXPECT_EQ(describe(Evaluate(f.engine, u"编号 & \"!\"")), "String:E7!");
-  EXPECT_EQ(describe(Evaluate(f.engine, u"EOF")), "Boolean:False");
-  EXPECT_EQ(describe(Evaluate(f.engine, u"bof() OR EOF ( )")), "Boolean:False");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"salary + 1")), "Double:1201");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"编号 & \"!\"")), "String:E7!");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"EOF")), "Boolean:False");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"bof() OR EOF ( )")), "Boolean:False");
   f.engine.SetSysVar(u"SALARY", Value::dbl(1));
-  EXPECT_EQ(describe(Evaluate(f.engine, u"Salary")), "Double:1");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"Salary")), "Double:1");
   f.engine.SetSysVar(u"LEN", Value::dbl(99));
-  EXPECT_EQ(describe(Evaluate(f.engine, u"LEN(\"ab\")")), "Long:2");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"LEN(\"ab\")")), "Long:2");
   EXPECT_EQ(f.engine.ErrNum(), 0);
 }
 
 TEST(Evaluate, PlatformFaultsPropagate) {
   Harness f;
   const auto fault = [&f](std::u16string_view text) {
-    return errorOf([&] { Evaluate(f.engine, std::u16string(text)); });
+    return errorOf([&] { Evaluate(contextOf(f.engine), std::u16string(text)); });
   };
   EXPECT_EQ(fault(u"SQR(-1)"), vb::kInvalidCall);
   EXPECT_EQ(fault(u"INT(NULL)"), vb::kInvalidNull);
@@ -264,13 +265,14 @@ TEST(Evaluate, PlatformFaultsPropagate) {
   // A literal may open at the last 16-bit position, not one after it.
   // A literal must close by the last 16-bit position.
   const std::u16string pad(32764, u' ');
-  EXPECT_EQ(describe(Evaluate(f.engine, pad + u"\"a\"")), "String:a");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), pad + u"\"a\"")), "String:a");
   EXPECT_EQ(fault(pad + u" \"a\""), vb::kOverflow);
   EXPECT_NE(fault(std::u16string(400, u'9')), 0);
-  EXPECT_EQ(describe(Evaluate(f.engine, u"0." + std::u16string(400, u'0') + u"1")), "Double:0");
+  EXPECT_EQ(describe(Evaluate(contextOf(f.engine), u"0." + std::u16string(400, u'0') + u"1")),
+            "Double:0");
   // Below the limit a long literal is an ordinary operand.
   const std::u16string shortLiteral = u"\"" + std::u16string(30000, u'a') + u"\"";
-  EXPECT_EQ(Evaluate(f.engine, u"LEN(" + shortLiteral + u")").longValue(), 30000);
+  EXPECT_EQ(Evaluate(contextOf(f.engine), u"LEN(" + shortLiteral + u")").longValue(), 30000);
   // The engine's own entry point traps them.
   EXPECT_TRUE(f.engine.Evaluate(u"SQR(\"x\")").isEmpty());
   EXPECT_NE(f.engine.ErrNum(), 0);

@@ -9,6 +9,7 @@
 
 #include "engine/string_op.hpp"
 #include "eval/eval.hpp"
+#include "facade/context_of.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {
@@ -38,7 +39,7 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
     ASSERT_NE(entry, nullptr) << toUtf8(name);
     for (const std::u16string& written : {std::u16string(name), lower(name)}) {
       Harness f;
-      Evaluate(f.engine, written + u" + 1");
+      Evaluate(contextOf(f.engine), written + u" + 1");
       EXPECT_EQ(f.engine.ErrNum(), 26) << toUtf8(written);
 
       // The inline functions evaluate their text as one expression, where
@@ -47,7 +48,7 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
       Harness g;
       const std::u16string call = written + u"(1, 2, 3, 4, 5, 6, 7, 8, 9, 10)";
       try {
-        Evaluate(g.engine, call);
+        Evaluate(contextOf(g.engine), call);
       } catch (const vb::RuntimeError&) {
         continue;  // a platform fault is a function's failure too
       }

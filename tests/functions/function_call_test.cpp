@@ -6,6 +6,7 @@
 
 #include <memory>
 
+#include "facade/context_of.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {
@@ -14,19 +15,21 @@ namespace {
 TEST(CallFunction, IsEmptyLeavesTheCallersValueWhenNotEmpty) {
   BasicEngine engine;
   Value result = Value::string(u"kept");
-  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(0)", result, engine), 0);
+  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(0)", result, contextOf(engine)), 0);
   EXPECT_EQ(describe(result), "String:kept");
-  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(\" \")", result, engine), 0);
+  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(\" \")", result, contextOf(engine)),
+            0);
   EXPECT_EQ(describe(result), "Double:-1");
 }
 
 TEST(CallFunction, MidNeedsAnOpeningParenthesis) {
   BasicEngine engine;
   Value result;
-  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"\"abc\", 2)", result, engine), 6);
+  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"\"abc\", 2)", result, contextOf(engine)), 6);
   EXPECT_EQ(engine.ErrMsg(), u"错误的参数表达式或参数个数{MID()}");
   engine.SetErrNum(0);
-  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"  (\"abc\", 2)", result, engine), 0);
+  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"  (\"abc\", 2)", result, contextOf(engine)),
+            0);
   EXPECT_EQ(describe(result), "String:bc");
 }
 

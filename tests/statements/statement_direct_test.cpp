@@ -6,6 +6,7 @@
 #include <string>
 
 #include "engine/kept_script.hpp"
+#include "facade/context_of.hpp"
 #include "korvex/memory_recordset.hpp"
 #include "statements/statement.hpp"
 #include "support.hpp"
@@ -14,13 +15,13 @@
 namespace korvex::testing {
 namespace {
 
-using StatementFn = std::int32_t (*)(BasicEngine&, KeptLine&);
+using StatementFn = std::int32_t (*)(Context&, KeptLine&);
 
 // A statement run on a line of its own, outside a script.
 template <typename Fn>
 auto onLine(Fn statement, BasicEngine& engine, std::u16string_view text) {
   KeptLine line{std::u16string(text)};
-  return statement(engine, line);
+  return statement(contextOf(engine), line);
 }
 
 struct DirectCase {

@@ -142,7 +142,7 @@ TEST(CellFunctionsWithoutWorkbook, FailWith1003FromTheirSource) {
     BasicEngine engine;
     Value result;
     try {
-      CallFunction(c.cls, u"", c.args, result, engine);
+      CallFunction(c.cls, u"", c.args, result, contextOf(engine));
       ADD_FAILURE() << toUtf8(c.source) << " did not fail";
     } catch (const vb::RuntimeError& e) {
       EXPECT_EQ(e.number(), 1003);

@@ -1,4 +1,4 @@
-#include "engine/faults.hpp"
+#include "facade/faults.hpp"
 
 #include <exception>
 #include <new>
@@ -8,13 +8,13 @@
 namespace korvex {
 
 namespace {
-Fault platformFault(std::int32_t number, std::u16string_view fallback) {
+Error platformFault(std::int32_t number, std::u16string_view fallback) {
   std::u16string_view text = vb::runtimeErrorText(number);
   return {number, std::u16string(text.empty() ? fallback : text)};
 }
 }  // namespace
 
-Fault currentFault() {
+Error currentFault() {
   try {
     throw;
   } catch (const vb::RuntimeError& e) {

@@ -1,12 +1,14 @@
-// Execute: the line-by-line run loop. Every line is classified afresh each
-// time control reaches it and handed to its statement; the first error ends
-// the run and is left for the host in ErrNum / ErrMsg.
+// The line-by-line run loop. Each line is handed to the statement its kind
+// names (the kind is derived once per line and kept); the first error ends
+// the run and stays in the frame's error register until someone clears it:
+// a frame whose register still holds an error fails at its first line.
+#include "statements/run_loop.hpp"
+
 #include <array>
 #include <string>
 
 #include "engine/checked.hpp"
-#include "engine/engine_state.hpp"
-#include "engine/faults.hpp"
+#include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/string_op.hpp"
 #include "statements/statement.hpp"
@@ -40,23 +42,29 @@ std::u16string_view raiseErrorArgument(std::u16string_view line) {
   return line.substr(line.size() - static_cast<std::size_t>(count));
 }
 
-// The record moves and RAISEERROR report through ErrNum / ErrMsg themselves.
-template <bool (BasicEngine::*Move)() noexcept>
-std::int32_t move(BasicEngine& engine, KeptLine&) {
-  (engine.*Move)();
-  return engine.ErrNum();
+// The record moves and RAISEERROR report in the error register themselves;
+// what the register holds afterwards is the line's outcome.
+template <const std::u16string_view* Member>
+std::int32_t move(Context& ctx, KeptLine&) {
+  ctx.move(*Member);
+  return ctx.errNum();
 }
 
-std::int32_t raiseError(BasicEngine& engine, KeptLine& line) {
-  stmt::RaiseError(engine, raiseErrorArgument(line.text));
-  return engine.ErrNum();
+constexpr std::u16string_view kMoveFirst = u"MoveFirst";
+constexpr std::u16string_view kMoveNext = u"MoveNext";
+constexpr std::u16string_view kMovePrevious = u"MovePrevious";
+constexpr std::u16string_view kMoveLast = u"MoveLast";
+
+std::int32_t raiseError(Context& ctx, KeptLine& line) {
+  stmt::RaiseError(ctx, raiseErrorArgument(line.text));
+  return ctx.errNum();
 }
 
 // The kinds that run a statement: its handler, and whether the loop moves
 // on after it (the block statements set the next line themselves).
 struct Arm {
   std::int16_t kind;
-  std::int32_t (*run)(BasicEngine&, KeptLine&);
+  std::int32_t (*run)(Context&, KeptLine&);
   bool advances;
 };
 
@@ -73,10 +81,10 @@ constexpr Arm kArms[] = {
     {kStmtExitDo, stmt::ExitDo, false},
     {kStmtMsgBox, stmt::MsgBox, true},
     {kStmtRaiseError, raiseError, true},
-    {kStmtMoveFirst, move<&BasicEngine::MoveFirst>, true},
-    {kStmtMoveNext, move<&BasicEngine::MoveNext>, true},
-    {kStmtMovePrevious, move<&BasicEngine::MovePrevious>, true},
-    {kStmtMoveLast, move<&BasicEngine::MoveLast>, true},
+    {kStmtMoveFirst, move<&kMoveFirst>, true},
+    {kStmtMoveNext, move<&kMoveNext>, true},
+    {kStmtMovePrevious, move<&kMovePrevious>, true},
+    {kStmtMoveLast, move<&kMoveLast>, true},
 };
 
 // The arms by kind, for a lookup per line without a search.
@@ -94,109 +102,82 @@ const Arm* armFor(std::int16_t kind) noexcept {
 }
 
 // Ends the run with `number` and the stored message plus " : 行号 n".
-[[noreturn]] void raiseLineError(const EngineAccess::State& s, std::int32_t number) {
-  std::u16string description = s.errMsg;
+[[noreturn]] void raiseLineError(const Frame& f, std::int32_t number) {
+  std::u16string description = f.error.text;
   description += u" : ";
   description += msg::kLineLabel;
-  const std::string line = std::to_string(s.currentLine);
+  const std::string line = std::to_string(f.currentLine);
   description.append(line.begin(), line.end());
   throw vb::RuntimeError(number, std::move(description));
 }
 
 }  // namespace
 
-void BasicEngine::Execute() noexcept {
-  try {
-    services::RunLines(*this);
-  } catch (...) {
-    Fault f = currentFault();
-    s_->errMsg = std::move(f.description);
-    s_->errNum = f.number;
-  }
-}
-
-RunResult BasicEngine::Run() noexcept {
-  s_->errNum = 0;
-  s_->errMsg.clear();
-  Execute();
-  RunResult r;
-  r.errNum = s_->errNum;
-  r.line = s_->currentLine;
-  try {
-    r.errMsg = s_->errMsg;
-  } catch (...) {  // out of memory for the copy: the number still tells
-  }
-  return r;
-}
-
-void services::RunLines(BasicEngine& engine) {
-  EngineAccess::State& s = EngineAccess::state(engine);
-  SplitCodeBlock(engine);
-  s.currentLine = 1;
+void RunScript(Context& ctx) {
+  Frame& f = ctx.frame();
+  ctx.splitScript();
+  f.currentLine = 1;
   // Held for the run: the lines and their forms stay alive whatever a
   // statement or a host callback does to the engine.
-  const std::shared_ptr<KeptScript> script = s.kept;
+  const std::shared_ptr<KeptScript> script = f.kept;
 
-  const auto advance = [&s] { s.currentLine = toInt16Checked(std::int32_t{s.currentLine} + 1); };
+  const auto advance = [&f] { f.currentLine = toInt16Checked(std::int32_t{f.currentLine} + 1); };
 
-  while (s.currentLine <= s.lineCount) {
-    // The point where the run yields to its host, once per line.
-    if (s.lineHook && !s.lineHook(s.currentLine)) s.stopRequested.store(true);
-    if (s.stopRequested.load()) {
-      const auto answer =
-          engine.UI().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
-      s.stopRequested.store(false);
-      if (answer == UserInterface::Answer::Yes) return;
+  while (f.currentLine <= f.lineCount) {
+    // The point where the run yields to its host, once per line; a tail
+    // runs within its line and is neither hooked nor stopped.
+    if (!f.tail) {
+      if (ctx.lineHook && !ctx.lineHook(f.currentLine)) ctx.stopRequested.store(true);
+      if (ctx.stopRequested.load()) {
+        const auto answer =
+            ctx.ui().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
+        ctx.stopRequested.store(false);
+        if (answer == UserInterface::Answer::Yes) return;
+      }
     }
 
     // The host may have moved the line (a line hook can).
-    if (static_cast<std::size_t>(s.currentLine) > script->lines.size()) {
-      services::Report(engine, 21, msg::kGetLineIndex);
-      raiseLineError(s, kEngineError);
+    if (static_cast<std::size_t>(f.currentLine) > script->lines.size()) {
+      ctx.report(21, msg::kGetLineIndex);
+      raiseLineError(f, kEngineError);
     }
-    if (s.currentLine < 1) vb::raise(vb::kSubscript);
-    KeptLine& line = script->lines[static_cast<std::size_t>(s.currentLine) - 1];
+    if (f.currentLine < 1) vb::raise(vb::kSubscript);
+    KeptLine& line = script->lines[static_cast<std::size_t>(f.currentLine) - 1];
 
-    const std::int16_t kind = services::KindOf(engine, line);
-    if (s.errNum != 0) raiseLineError(s, kEngineError);
+    // A register that still holds an error, from this run or an earlier
+    // one nobody cleared, fails the line.
+    const std::int16_t kind = ctx.kindOf(line);
+    if (f.error.failed()) raiseLineError(f, kEngineError);
 
     if (kind == kStmtBlank || kind == kStmtComment) {
       advance();
       continue;
     }
     if (const Arm* arm = armFor(kind)) {
-      s.errNum = arm->run(engine, line);
-      if (s.errNum != 0) raiseLineError(s, s.errNum);
+      f.error.number = arm->run(ctx, line);
+      if (f.error.failed()) raiseLineError(f, f.error.number);
       if (arm->advances) advance();
       continue;
     }
     if (kind == kStmtEnd) {
       // Stops the script at once: open blocks are forgotten and the end
       // check does not run.
-      s.ifCount = 0;
-      s.doCount = 0;
-      services::ClearFlags(engine);
+      f.ifCount = 0;
+      f.doCount = 0;
+      f.flags.clear();
       return;
     }
     if (kind == kStmtSyntaxError) {
-      s.errMsg = msg::kSyntax;
-      s.errNum = 1;
+      ctx.report(1, msg::kSyntax);
     } else {  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
-      s.errMsg = msg::kUnrecognisedStatement;
-      s.errNum = 19;
+      ctx.report(19, msg::kUnrecognisedStatement);
     }
-    raiseLineError(s, s.errNum);
+    raiseLineError(f, f.error.number);
   }
 
-  if (s.ifCount > 0) {
-    s.errMsg = msg::kIfWithoutEndIf;
-    s.errNum = 10;
-  }
-  if (s.doCount > 0) {
-    s.errMsg = msg::kDoWithoutLoop;
-    s.errNum = 14;
-  }
-  if (s.errNum != 0) raiseLineError(s, kEngineError);
+  if (f.ifCount > 0) ctx.report(10, msg::kIfWithoutEndIf);
+  if (f.doCount > 0) ctx.report(14, msg::kDoWithoutLoop);
+  if (f.error.failed()) raiseLineError(f, kEngineError);
 }
 
 }  // namespace korvex
