@@ -1,7 +1,6 @@
 // Argument lists: splitting a function's argument text and evaluating it.
 #include "engine/paras.hpp"
 
-#include "engine/context.hpp"
 #include "engine/string_op.hpp"
 
 namespace korvex {
@@ -9,8 +8,7 @@ namespace korvex {
 std::int32_t Paras::Parse(std::u16string_view text) {
   items_.clear();
   rewritten_.clear();
-  errNum_ = 0;
-  errMsg_.clear();
+  error_.clear();
 
   std::u16string_view list = trimBlanks(text);
   if (!list.empty() && list.front() == u'(') list.remove_prefix(1);
@@ -26,9 +24,8 @@ std::int32_t Paras::Parse(std::u16string_view text) {
     bool blanksDropped = false;
     bool separator = false;
     if (scanner.FindListItem(list, pos, piece, blanksDropped, separator) != 0) {
-      errNum_ = scanner.ErrNum();
-      errMsg_ = scanner.ErrMsg();
-      return errNum_;
+      error_ = scanner.error();
+      return error_.number;
     }
     if (blanksDropped) {
       std::int16_t again = start;

@@ -9,10 +9,9 @@
 #include <vector>
 
 #include "korvex/value.hpp"
+#include "values/error.hpp"
 
 namespace korvex {
-
-class Context;
 
 struct Para {
   std::u16string_view Expression;  // source text as cut from the list
@@ -29,7 +28,7 @@ class Paras {
 
   /// Splits the text: outer "(" and ")" dropped (each at most once), then
   /// top-level "," / "，" separate arguments; empty arguments are dropped.
-  /// Returns ErrNum().
+  /// Returns the error number (0 when the text splits).
   std::int32_t Parse(std::u16string_view text);
 
   std::size_t Count() const noexcept { return items_.size(); }
@@ -38,8 +37,7 @@ class Paras {
   Para& Item(std::size_t index) { return items_.at(index - 1); }
   std::u16string_view ParaText() const noexcept { return paraText_; }
 
-  std::int32_t ErrNum() const noexcept { return errNum_; }
-  const std::u16string& ErrMsg() const noexcept { return errMsg_; }
+  const Error& error() const noexcept { return error_; }
 
  private:
   std::u16string_view paraText_;
@@ -47,8 +45,7 @@ class Paras {
   // The few arguments whose text is not a run of the list as written
   // (blanks between their parts are dropped).
   std::deque<std::u16string> rewritten_;
-  std::int32_t errNum_ = 0;
-  std::u16string errMsg_;
+  Error error_;
 };
 
 }  // namespace korvex

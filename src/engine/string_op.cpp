@@ -58,8 +58,8 @@ std::u16string upperAscii(std::u16string_view s) {
 }
 
 std::int32_t StringOp::fail(std::int32_t number, std::u16string msg) {
-  errMsg_ = std::move(msg);
-  errNum_ = number;
+  error_.text = std::move(msg);
+  error_.number = number;
   return number;
 }
 
@@ -88,7 +88,7 @@ std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
       std::int16_t qpos = position(i);
       if (quoteEnd(text, qpos) != 0) {
         pos = qpos;
-        return errNum_;
+        return error_.number;
       }
       i = static_cast<std::size_t>(qpos) - 1;
     } else if (c == u'(') {
@@ -113,7 +113,7 @@ std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
 std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& pos,
                                        std::u16string& piece) {
   const std::int16_t start = pos;
-  if (quoteEnd(text, pos) != 0) return errNum_;
+  if (quoteEnd(text, pos) != 0) return error_.number;
   piece.append(between(text, start, pos));
   return 0;
 }
@@ -121,7 +121,7 @@ std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& p
 std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
                                              std::u16string_view& piece) {
   const std::int16_t start = pos;
-  if (groupEnd(text, pos) != 0) return errNum_;
+  if (groupEnd(text, pos) != 0) return error_.number;
   piece = between(text, start, pos);
   return 0;
 }
@@ -129,7 +129,7 @@ std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int1
 std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
                                              std::u16string& piece) {
   std::u16string_view view;
-  if (ReadStringParentheses(text, pos, view) != 0) return errNum_;
+  if (ReadStringParentheses(text, pos, view) != 0) return error_.number;
   piece.append(view);
   return 0;
 }

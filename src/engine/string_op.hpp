@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "values/error.hpp"
 #include "values/text_scan.hpp"
 
 namespace korvex {
@@ -53,8 +54,7 @@ class StringOp {
   std::int32_t FindListItem(std::u16string_view text, std::int16_t& pos, std::u16string_view& span,
                             bool& blanksDropped, bool& separatorFound);
 
-  std::int32_t ErrNum() const noexcept { return errNum_; }
-  const std::u16string& ErrMsg() const noexcept { return errMsg_; }
+  const Error& error() const noexcept { return error_; }
 
  private:
   std::int32_t fail(std::int32_t number, std::u16string msg);
@@ -66,8 +66,7 @@ class StringOp {
   // receives the element's text.
   std::int32_t listItem(std::u16string_view text, std::int16_t& pos, std::u16string* out,
                         std::u16string_view& span, bool& blanksDropped, bool& separatorFound);
-  std::int32_t errNum_ = 0;
-  std::u16string errMsg_;
+  Error error_;
 };
 
 }  // namespace korvex

@@ -214,7 +214,8 @@ void Compiler::stringLiteral() {
   StringOp reader;
   std::int16_t pos = position16(i_ + 1);
   std::u16string piece;
-  if (reader.ReadStringQueto(text_, pos, piece) != 0) fail(reader.ErrNum(), reader.ErrMsg());
+  if (reader.ReadStringQueto(text_, pos, piece) != 0)
+    fail(reader.error().number, reader.error().text);
   i_ = static_cast<std::size_t>(pos) - 1;
   std::u16string_view inner = piece;
   inner = inner.substr(1, inner.size() - 2);
@@ -262,7 +263,8 @@ void Compiler::call(const NameEntry* builtin, const HostFunctionEntry* host) {
   StringOp reader;
   std::int16_t pos = position16(i_ + 2);
   std::u16string_view args;
-  if (reader.ReadStringParentheses(text_, pos, args) != 0) fail(reader.ErrNum(), reader.ErrMsg());
+  if (reader.ReadStringParentheses(text_, pos, args) != 0)
+    fail(reader.error().number, reader.error().text);
   // pos is on the last character read; scanning goes on after it.
   i_ = static_cast<std::size_t>(pos) - 1;
   CallRef& c = f_.calls.emplace_back();

@@ -44,9 +44,6 @@ const Expression::Form& Expression::derive(Context& ctx, std::uint64_t generatio
 
 namespace {
 
-// A type fault stops the evaluation; thrown inside this unit only.
-struct TypeFault {};
-
 bool fail(Context& ctx, std::int32_t number, std::u16string_view message) {
   ctx.report(number, message);
   return false;
@@ -208,12 +205,12 @@ class ValueStack {
 
 Value ordering(vb::CompareOp cmp, const Value& l, const Value& r, const Locale& loc) {
   // A string against anything else is refused, not ordered.
-  if (l.isString() != r.isString()) throw TypeFault{};
+  if (l.isString() != r.isString()) vb::raise(vb::kTypeMismatch);
   return vb::compare(cmp, l, r, loc);
 }
 
 Value logical(Op op, const Value& l, const Value& r, const Locale& loc) {
-  if (!vb::isNumeric(l, loc) || !vb::isNumeric(r, loc)) throw TypeFault{};
+  if (!vb::isNumeric(l, loc) || !vb::isNumeric(r, loc)) vb::raise(vb::kTypeMismatch);
   const bool a = vb::toBoolean(l, loc);
   const bool b = vb::toBoolean(r, loc);
   return Value::boolean(op == Op::And ? (a && b) : (a || b));
@@ -313,7 +310,7 @@ void apply(Op op, ValueStack& stack, const Locale& loc) {
       return;
     case Op::Not: {
       const Value v = stack.pop();
-      if (!vb::isNumeric(v, loc)) throw TypeFault{};
+      if (!vb::isNumeric(v, loc)) vb::raise(vb::kTypeMismatch);
       stack.push(Value::boolean(!vb::toBoolean(v, loc)));
       return;
     }
@@ -374,8 +371,6 @@ Value run(Context& ctx, const Expression::Form& f, ValueBuffer& work, Operand&& 
         }
       }
     }
-  } catch (const TypeFault&) {
-    return typeMismatch(ctx);
   } catch (const vb::RuntimeError&) {
     return typeMismatch(ctx);
   }

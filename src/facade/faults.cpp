@@ -18,7 +18,7 @@ Error currentFault() {
   try {
     throw;
   } catch (const vb::RuntimeError& e) {
-    return {e.number(), e.description()};
+    return e.error();
   } catch (const std::bad_alloc&) {
     return platformFault(7, u"内存溢出");
   } catch (...) {

@@ -92,7 +92,7 @@ std::int32_t runTail(Context& ctx, IfForm& form) {
     try {
       RunScript(ctx);
     } catch (const vb::RuntimeError& e) {
-      tail.error.set(e.number(), e.description());
+      tail.error = e.error();
     }
   });
   if (!tail.error.failed()) {

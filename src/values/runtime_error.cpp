@@ -30,10 +30,10 @@ std::u16string_view runtimeErrorText(std::int32_t number) noexcept {
 }
 
 RuntimeError::RuntimeError(std::int32_t number)
-    : number_(number), description_(runtimeErrorText(number)) {}
+    : error_{number, std::u16string(runtimeErrorText(number))} {}
 
 RuntimeError::RuntimeError(std::int32_t number, std::u16string description)
-    : number_(number), description_(std::move(description)) {}
+    : error_{number, std::move(description)} {}
 
 void raise(std::int32_t number) { throw RuntimeError(number); }
 

@@ -1,4 +1,5 @@
-// The platform's run-time errors, raised by value operations.
+// The platform's run-time errors, raised by value operations: an Error on
+// its way up to whoever traps it.
 //
 // Inside KORVEX a failing Variant operation (a string that is no number, an
 // overflow, a division by zero, a Null where a value is needed) behaves like
@@ -11,6 +12,8 @@
 #include <exception>
 #include <string>
 #include <string_view>
+
+#include "values/error.hpp"
 
 namespace korvex::vb {
 
@@ -35,6 +38,7 @@ class RuntimeError : public std::exception {
   explicit RuntimeError(std::int32_t number);
   /// An error with its own description (host object failures).
   RuntimeError(std::int32_t number, std::u16string description);
+  explicit RuntimeError(Error error) : error_(std::move(error)) {}
   /// An error raised by a named component ("GetCell()函数"), which the
   /// platform keeps as the error's source.
   RuntimeError(std::int32_t number, std::u16string description, std::u16string source)
@@ -42,14 +46,14 @@ class RuntimeError : public std::exception {
     source_ = std::move(source);
   }
 
-  std::int32_t number() const noexcept { return number_; }
-  const std::u16string& description() const noexcept { return description_; }
+  const Error& error() const noexcept { return error_; }
+  std::int32_t number() const noexcept { return error_.number; }
+  const std::u16string& description() const noexcept { return error_.text; }
   const std::u16string& source() const noexcept { return source_; }
   const char* what() const noexcept override { return "korvex run-time error"; }
 
  private:
-  std::int32_t number_;
-  std::u16string description_;
+  Error error_;
   std::u16string source_;
 };
 

@@ -46,7 +46,7 @@ TEST_P(Reads, PieceAndPosition) {
   }
   const std::string text = toUtf8(c.text);
   EXPECT_EQ(r, c.errNum) << text;
-  EXPECT_EQ(op.ErrNum(), c.errNum) << text;
+  EXPECT_EQ(op.error().number, c.errNum) << text;
   if (c.errNum == 0) {
     EXPECT_EQ(piece, c.piece) << text;
     EXPECT_EQ(pos, c.end) << text;
@@ -101,7 +101,7 @@ TEST_P(ParasParse, SplitsArguments) {
   const ParseCase& c = GetParam();
   Paras p;
   EXPECT_EQ(p.Parse(c.text), c.errNum) << toUtf8(c.text);
-  EXPECT_EQ(p.ErrNum(), c.errNum);
+  EXPECT_EQ(p.error().number, c.errNum);
   if (c.errNum != 0) return;
   ASSERT_EQ(p.Count(), c.args.size()) << toUtf8(c.text);
   for (std::size_t i = 1; i <= p.Count(); ++i) {
