@@ -1,14 +1,14 @@
-#include "cli/batch_command.hpp"
+#include "batch_command.hpp"
 
 #include <unistd.h>
 
 #include <csignal>
 #include <iostream>
 
-#include "cli/batch_database.hpp"
-#include "cli/batch_report.hpp"
-#include "cli/run_command.hpp"
+#include "batch_database.hpp"
+#include "batch_report.hpp"
 #include "korvex/engine.hpp"
+#include "run_command.hpp"
 
 namespace korvex::cli {
 

@@ -1,8 +1,8 @@
 // The command line of `korvex batch`.
 #include <charconv>
 
-#include "cli/argument_cursor.hpp"
-#include "cli/options.hpp"
+#include "argument_cursor.hpp"
+#include "options.hpp"
 
 namespace korvex::cli {
 

@@ -1,8 +1,8 @@
-#include "cli/options.hpp"
+#include "options.hpp"
 
 #include <optional>
 
-#include "cli/argument_cursor.hpp"
+#include "argument_cursor.hpp"
 #include "korvex/locale.hpp"
 
 namespace korvex::cli {

@@ -3,7 +3,6 @@
 #include <array>
 
 #include "engine/faults.hpp"
-#include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -46,9 +45,10 @@ ObjectRef hostConnection(BasicEngine& engine) {
 }
 
 ObjectRef createObject(BasicEngine& engine, std::u16string_view className) {
-  static const std::shared_ptr<ObjectFactory> sqlite = sqliteObjectFactory();
+  // Which database the objects reach is the host's choice: without a
+  // factory there is nothing to create them with.
   const std::shared_ptr<ObjectFactory>& own = engine.Objects();
-  ObjectRef obj = (own ? *own : *sqlite).create(className);
+  ObjectRef obj = own ? own->create(className) : nullptr;
   if (!obj) vb::raise(429);  // the platform's "cannot create object"
   return obj;
 }
