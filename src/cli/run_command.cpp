@@ -17,6 +17,7 @@
 #include "korvex/system_error.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/workbook.hpp"
+#include "presets.hpp"
 
 namespace korvex::cli {
 
@@ -240,14 +241,14 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     engine.SetUserInterface(std::make_shared<ConsoleUserInterface>(in, out));
   }
 
-  for (const Preset& preset : options.presets) {
-    const Value value = engine.Evaluate(fromUtf8(preset.expression));
-    if (engine.ErrNum() != 0) {
-      err << "korvex: --set " << preset.name << '=' << preset.expression << ": "
-          << toUtf8(engine.ErrMsg()) << " (" << engine.ErrNum() << ")\n";
-      return kExitUsage;
-    }
-    engine.SetSysVar(fromUtf8(preset.name), value);
+  // Each preset is set before the next is evaluated: a later one may use it.
+  std::string presetError;
+  if (!evaluatePresets(engine, options.presets, presetError,
+                       [&engine](std::u16string name, Value value) {
+                         engine.SetSysVar(name, std::move(value));
+                       })) {
+    err << "korvex: " << presetError << '\n';
+    return kExitUsage;
   }
 
   engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
