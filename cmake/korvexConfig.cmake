@@ -1,5 +1,6 @@
 # Package file of an installed KORVEX: the static libraries need the
-# database, zip and XML libraries they were built with.
+# database (korvex_sqlite), zip and XML (korvex_workbook) libraries they were
+# built with.
 include(CMakeFindDependencyMacro)
 find_dependency(SQLite3)
 find_dependency(EXPAT)

@@ -45,4 +45,18 @@ Converted<std::u16string> formatValue(const Value& v, std::u16string_view format
 bool isNumericValue(const Value& v, const Locale& loc = Locale::zhCN()) noexcept;
 bool isDateValue(const Value& v, const Locale& loc = Locale::zhCN()) noexcept;
 
+/// The calendar date and time of day of a date serial.
+struct DateTimeFields {
+  int year = 1899, month = 12, day = 30;
+  int hour = 0, minute = 0, second = 0;
+};
+/// Year, Month, Day, Hour, Minute and Second at once: the time rounded to
+/// the nearest second (a time rounding up to midnight moves to the next
+/// day); error 6 outside 100-01-01 .. 9999-12-31.
+Converted<DateTimeFields> dateTimeFields(double serial) noexcept;
+
+/// The text of GBK bytes (the code page of Chinese Windows), as a script
+/// file saved there holds it.
+std::u16string decodeGbk(std::string_view bytes);
+
 }  // namespace korvex

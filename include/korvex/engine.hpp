@@ -105,7 +105,9 @@ class BasicEngine {
   void SetRecordSet(ObjectRef rs) noexcept;
   /// Where the SQL functions create the objects they use on their own (a
   /// private Connection, a Recordset): "Connection", "Recordset",
-  /// "Command". Null (the default) means the SQLite data-access objects.
+  /// "Command". Null (the default): the functions can create none and fail
+  /// with 429 (korvex::sqliteObjectFactory() in korvex/sqlite.hpp gives the
+  /// SQLite ones).
   const std::shared_ptr<korvex::ObjectFactory>& Objects() const noexcept;
   void SetObjectFactory(std::shared_ptr<korvex::ObjectFactory> factory) noexcept;
   const ObjectRef& ExcelBook() const noexcept;

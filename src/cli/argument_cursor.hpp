@@ -1,5 +1,6 @@
 // The steps every subcommand's option parser shares: walking the
-// arguments, taking an option's value and reporting a usage error.
+// arguments, taking an option's value, the options both subcommands know
+// (--set, flags, file paths) and reporting a usage error.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +8,9 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "cli/options.hpp"
+#include "options.hpp"
 
 namespace korvex::cli {
 
@@ -32,6 +34,69 @@ struct ArgumentCursor {
       return std::nullopt;
     }
     return args[next++];
+  }
+
+  // An option without a value (--json, --dry-run, ...).
+  bool flag(std::string_view option, std::optional<std::string_view> inlineValue, bool& target) {
+    if (inlineValue) return fail("选项 " + std::string(option) + " 不带值");
+    target = true;
+    return true;
+  }
+
+  // An option whose value must not be empty (a path, a query, ...).
+  bool text(std::string_view option, std::optional<std::string_view> inlineValue,
+            std::string& target) {
+    const auto v = value(option, inlineValue);
+    if (!v) return false;
+    if (v->empty()) return fail("选项 " + std::string(option) + " 的值不能为空");
+    target = std::string(*v);
+    return true;
+  }
+
+  // --set NAME=EXPR, kept in command-line order.
+  bool preset(std::string_view option, std::optional<std::string_view> inlineValue,
+              std::vector<Preset>& presets) {
+    const auto v = value(option, inlineValue);
+    if (!v) return false;
+    auto parsed = parsePreset(*v);
+    if (!parsed) return fail("--set 需要 NAME=EXPR 的形式, 而不是 '" + std::string(*v) + "'");
+    presets.push_back(std::move(*parsed));
+    return true;
+  }
+
+  // Walks the remaining arguments: every option goes to
+  // `option(name, inlineValue)`, the one other argument is the script ("--"
+  // ends the options). False after a usage error or --help.
+  template <class Option>
+  bool walk(std::string& script, Option option) {
+    bool optionsEnded = false;
+    while (next < args.size()) {
+      const std::string_view arg = args[next++];
+      if (!optionsEnded && arg == "--") {
+        optionsEnded = true;
+        continue;
+      }
+      if (!optionsEnded && arg.size() > 1 && arg[0] == '-') {
+        std::string_view name = arg;
+        std::optional<std::string_view> inlineValue;
+        if (const auto eq = arg.find('='); eq != std::string_view::npos) {
+          name = arg.substr(0, eq);
+          inlineValue = arg.substr(eq + 1);
+        }
+        if (name == "--help" || name == "-h") {
+          result.action = CommandLine::Action::Help;
+          return false;
+        }
+        if (!option(name, inlineValue)) return false;
+        continue;
+      }
+      if (!script.empty()) {
+        return fail("给出了多个脚本 ('" + script + "' 和 '" + std::string(arg) + "')");
+      }
+      script = std::string(arg);
+    }
+    if (script.empty()) return fail("缺少脚本文件");
+    return true;
   }
 };
 

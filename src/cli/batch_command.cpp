@@ -1,14 +1,15 @@
-#include "cli/batch_command.hpp"
+#include "batch_command.hpp"
 
 #include <unistd.h>
 
 #include <csignal>
 #include <iostream>
 
-#include "cli/batch_database.hpp"
-#include "cli/batch_report.hpp"
-#include "cli/run_command.hpp"
+#include "batch_database.hpp"
+#include "batch_report.hpp"
 #include "korvex/engine.hpp"
+#include "presets.hpp"
+#include "run_command.hpp"
 
 namespace korvex::cli {
 
@@ -71,14 +72,10 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
     // Evaluated once, with the database at hand but no current row.
     BasicEngine engine;
     if (const BatchJob::EngineSetup setup = db->openWorker()) setup(engine);
-    for (const Preset& preset : options.presets) {
-      const Value value = engine.Evaluate(fromUtf8(preset.expression));
-      if (engine.ErrNum() != 0) {
-        return usageError(err, "--set " + preset.name + '=' + preset.expression + ": " +
-                                   toUtf8(engine.ErrMsg()) + " (" +
-                                   std::to_string(engine.ErrNum()) + ")");
-      }
-      job.presets.emplace_back(fromUtf8(preset.name), value);
+    if (!evaluatePresets(engine, options.presets, error, [&job](std::u16string name, Value value) {
+          job.presets.emplace_back(std::move(name), std::move(value));
+        })) {
+      return usageError(err, error);
     }
   }
 

@@ -3,8 +3,8 @@
 
 #include <iosfwd>
 
-#include "cli/options.hpp"
-#include "cli/run_command.hpp"  // the exit statuses
+#include "options.hpp"
+#include "run_command.hpp"  // the exit statuses
 
 namespace korvex::cli {
 

@@ -1,11 +1,10 @@
-#include "cli/batch_database.hpp"
+#include "batch_database.hpp"
 
 #include <array>
 #include <filesystem>
 
-#include "datasource/objects.hpp"
-#include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
+#include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
 
@@ -15,21 +14,14 @@ std::u16string connectionString(const std::string& path) {
   return u"Data Source=" + fromUtf8(path);
 }
 
-// Statements on a connection whose statements must not change anything:
-// the workers' (a script's own SQL cannot write behind the batch's
-// transaction) and the record query's.
-void setQueryOnly(ds::Backend& backend, bool on) {
-  backend.run(on ? u"PRAGMA query_only = 1" : u"PRAGMA query_only = 0");
-}
-
 // Puts the rows' assignments back through a record set of the record query
 // on the writing connection, so that a row goes back to its table exactly
 // as a script's own Update would, all inside the transaction opened before
 // the query ran.
 class RecordsetWriter final : public BatchWriter {
  public:
-  RecordsetWriter(std::shared_ptr<ds::Backend> backend, ObjectRef recordset)
-      : backend_(std::move(backend)), recordset_(std::move(recordset)) {}
+  RecordsetWriter(SqliteDatabase database, ObjectRef recordset)
+      : database_(std::move(database)), recordset_(std::move(recordset)) {}
   ~RecordsetWriter() override { rollback(); }
   RecordsetWriter(const RecordsetWriter&) = delete;
   RecordsetWriter& operator=(const RecordsetWriter&) = delete;
@@ -57,11 +49,11 @@ class RecordsetWriter final : public BatchWriter {
   DispatchResult commit() override {
     if (!open_) return DispatchResult::success();
     try {
-      backend_->commit();
+      database_.commit();
       open_ = false;
       return DispatchResult::success();
-    } catch (const ds::DbError& e) {
-      return ds::providerError(e.message());
+    } catch (const DatabaseError& e) {
+      return e.failure();
     }
   }
 
@@ -69,7 +61,7 @@ class RecordsetWriter final : public BatchWriter {
     if (!open_) return;
     open_ = false;
     try {
-      backend_->rollback();
+      database_.rollback();
     } catch (...) {
       // The transaction is gone either way: SQLite drops it with the
       // connection.
@@ -77,7 +69,7 @@ class RecordsetWriter final : public BatchWriter {
   }
 
  private:
-  std::shared_ptr<ds::Backend> backend_;
+  SqliteDatabase database_;
   ObjectRef recordset_;
   std::size_t position_ = 0;
   bool open_ = true;
@@ -98,17 +90,20 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     error = "无法打开数据库 '" + path + "': " + toUtf8(opened.description);
     return std::nullopt;
   }
-  const ObjectRef connection = opened.value.objectValue();
-  const std::shared_ptr<ds::Backend> backend = static_cast<ds::Connection&>(*connection).backend();
+  // A connection of the SQLite factory, open: it always has a database.
+  SqliteDatabase database = *databaseOf(opened.value.objectValue());
 
   BatchDatabase db;
-  ds::ResultSet result;
+  SqlResult result;
   try {
-    backend->begin();
-    setQueryOnly(*backend, true);
-    result = backend->run(fromUtf8(recordQuery));
-    setQueryOnly(*backend, false);
-  } catch (const ds::DbError& e) {
+    // The workers' connections and the record query's must not change
+    // anything: a script's own SQL cannot write behind the batch's
+    // transaction.
+    database.begin();
+    database.setQueryOnly(true);
+    result = database.query(fromUtf8(recordQuery));
+    database.setQueryOnly(false);
+  } catch (const DatabaseError& e) {
     error = "--record 的查询失败: " + toUtf8(e.message());
     return std::nullopt;
   }
@@ -116,24 +111,27 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     error = "--record 的语句不返回行: '" + recordQuery + "'";
     return std::nullopt;
   }
-  for (const ds::Column& c : result.columns) db.table.fieldNames.push_back(c.name);
+  for (const SqlColumn& c : result.columns) db.table.fieldNames.push_back(c.name);
   db.table.rows = result.rows;
-  db.writer = std::make_unique<RecordsetWriter>(
-      backend, std::make_shared<ds::Recordset>(std::move(result), backend));
+  ObjectRef recordset = database.recordset(std::move(result));
+  db.writer = std::make_unique<RecordsetWriter>(std::move(database), std::move(recordset));
 
   const std::u16string connect = connectionString(path);
   db.openWorker = [connect]() -> BatchJob::EngineSetup {
+    // The factory goes to the engines even without a connection: the rows
+    // then fail for want of one, as they would anywhere.
     auto factory = sqliteObjectFactory();
-    DispatchResult c = openConnection(*factory, connect);
-    if (!c.ok()) return nullptr;  // the rows then fail for want of a connection
-    try {
-      setQueryOnly(*static_cast<ds::Connection&>(*c.value.objectValue()).backend(), true);
-    } catch (const ds::DbError&) {
-      return nullptr;
+    ObjectRef parent;
+    if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
+      try {
+        databaseOf(c.value.objectValue())->setQueryOnly(true);
+        parent = connectParent(c.value.objectValue());
+      } catch (const DatabaseError&) {
+      }
     }
-    return [factory, parent = connectParent(c.value.objectValue())](BasicEngine& engine) {
+    return [factory, parent](BasicEngine& engine) {
       engine.SetObjectFactory(factory);
-      engine.SetParent(parent);
+      if (parent) engine.SetParent(parent);
     };
   };
   return db;

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "cli/batch_runner.hpp"
+#include "batch_runner.hpp"
 
 namespace korvex::cli {
 

@@ -1,10 +1,10 @@
-#include "cli/batch_report.hpp"
+#include "batch_report.hpp"
 
 #include <cmath>
 #include <cstdio>
 #include <ostream>
 
-#include "cli/json.hpp"
+#include "json.hpp"
 
 namespace korvex::cli {
 

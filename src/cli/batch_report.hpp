@@ -7,7 +7,7 @@
 #include <iosfwd>
 #include <string>
 
-#include "cli/batch_runner.hpp"
+#include "batch_runner.hpp"
 
 namespace korvex::cli {
 

@@ -1,4 +1,4 @@
-#include "cli/batch_runner.hpp"
+#include "batch_runner.hpp"
 
 #include <chrono>
 #include <condition_variable>

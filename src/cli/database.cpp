@@ -1,4 +1,4 @@
-#include "cli/database.hpp"
+#include "database.hpp"
 
 #include <sys/stat.h>
 

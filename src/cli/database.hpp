@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/options.hpp"
-#include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
+#include "korvex/sqlite.hpp"
+#include "options.hpp"
 
 namespace korvex::cli {
 

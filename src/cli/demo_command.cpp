@@ -1,4 +1,4 @@
-#include "cli/demo_command.hpp"
+#include "demo_command.hpp"
 
 #include <charconv>
 #include <filesystem>
@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "cli/demo_database.hpp"
+#include "demo_database.hpp"
 
 namespace korvex::cli {
 namespace {

@@ -1,91 +1,74 @@
-#include "cli/demo_database.hpp"
-
-#include <sqlite3.h>
+#include "demo_database.hpp"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
 #include <stdexcept>
 #include <string_view>
-#include <variant>
 #include <vector>
 
-#include "values/calendar.hpp"
+#include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
 namespace {
 
-// ---- A thin owner of one SQLite connection and its statements. ----
+// ---- The file, through the library's SQLite handle; its failures become
+// messages for the user. ----
 
-using Cell = std::variant<std::nullptr_t, long long, double, std::string>;
+using Cell = SqlParameter;
+
+[[noreturn]] void sqlFailed(const DatabaseError& e) {
+  throw std::runtime_error("SQL 错误: " + toUtf8(e.message()));
+}
 
 class Statement {
  public:
-  Statement(sqlite3* db, const std::string& sql) : db_(db) {
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt_, nullptr) != SQLITE_OK) {
-      throw std::runtime_error(std::string("SQL 错误: ") + sqlite3_errmsg(db));
-    }
-  }
-  Statement(const Statement&) = delete;
-  Statement& operator=(const Statement&) = delete;
-  ~Statement() { sqlite3_finalize(stmt_); }
+  explicit Statement(SqliteStatement statement) : statement_(std::move(statement)) {}
 
   void run(std::initializer_list<Cell> cells) {
-    int i = 1;
-    for (const Cell& c : cells) bind(i++, c);
-    if (sqlite3_step(stmt_) != SQLITE_DONE) {
-      throw std::runtime_error(std::string("SQL 错误: ") + sqlite3_errmsg(db_));
+    try {
+      statement_.run(cells);
+    } catch (const DatabaseError& e) {
+      sqlFailed(e);
     }
-    sqlite3_reset(stmt_);
-    sqlite3_clear_bindings(stmt_);
   }
 
  private:
-  void bind(int i, const Cell& c) {
-    if (const auto* n = std::get_if<long long>(&c)) {
-      sqlite3_bind_int64(stmt_, i, *n);
-    } else if (const auto* d = std::get_if<double>(&c)) {
-      sqlite3_bind_double(stmt_, i, *d);
-    } else if (const auto* s = std::get_if<std::string>(&c)) {
-      sqlite3_bind_text(stmt_, i, s->data(), static_cast<int>(s->size()), SQLITE_TRANSIENT);
-    } else {
-      sqlite3_bind_null(stmt_, i);
-    }
-  }
-
-  sqlite3* db_;
-  sqlite3_stmt* stmt_ = nullptr;
+  SqliteStatement statement_;
 };
 
 class Database {
  public:
-  explicit Database(const std::string& path) {
-    const int rc =
-        sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-    if (rc != SQLITE_OK) {
-      const std::string why = db_ != nullptr ? sqlite3_errmsg(db_) : sqlite3_errstr(rc);
-      sqlite3_close(db_);
-      throw std::runtime_error("无法创建数据库文件 " + path + ": " + why);
-    }
-  }
-  Database(const Database&) = delete;
-  Database& operator=(const Database&) = delete;
-  ~Database() { sqlite3_close(db_); }
+  explicit Database(const std::string& path) : db_(create(path)) {}
 
   void exec(const std::string& sql) {
-    char* error = nullptr;
-    if (sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, &error) != SQLITE_OK) {
-      const std::string why = error != nullptr ? error : "?";
-      sqlite3_free(error);
-      throw std::runtime_error("SQL 错误: " + why);
+    try {
+      db_.execute(sql);
+    } catch (const DatabaseError& e) {
+      sqlFailed(e);
     }
   }
-  Statement prepare(const std::string& sql) { return Statement(db_, sql); }
+  Statement prepare(const std::string& sql) {
+    try {
+      return Statement(db_.prepare(sql));
+    } catch (const DatabaseError& e) {
+      sqlFailed(e);
+    }
+  }
 
  private:
-  sqlite3* db_ = nullptr;
+  static SqliteDatabase create(const std::string& path) {
+    try {
+      return SqliteDatabase::open(path, SqliteDatabase::Mode::Create);
+    } catch (const DatabaseError& e) {
+      throw std::runtime_error("无法创建数据库文件 " + path + ": " + toUtf8(e.message()));
+    }
+  }
+
+  SqliteDatabase db_;
 };
 
 // ---- Deterministic randomness: the same seed gives the same file on every
@@ -113,10 +96,41 @@ class Random {
   std::uint64_t state_;
 };
 
-// ---- Dates as day numbers, written as ISO text. ----
+// ---- Dates as day numbers (days since 1899-12-30, as date serials count
+// them), written as ISO text. ----
+
+constexpr std::chrono::sys_days kDayZero =
+    std::chrono::year{1899} / std::chrono::December / std::chrono::day{30};
+
+std::int64_t dayNumber(int year, int month, int day) {
+  const std::chrono::sys_days date = std::chrono::year{year} /
+                                     std::chrono::month{static_cast<unsigned>(month)} /
+                                     std::chrono::day{static_cast<unsigned>(day)};
+  return (date - kDayZero).count();
+}
+
+int daysInMonth(int year, int month) {
+  const auto last = std::chrono::year{year} / std::chrono::month{static_cast<unsigned>(month)} /
+                    std::chrono::last;
+  return static_cast<int>(static_cast<unsigned>(last.day()));
+}
+
+// 0 = Sunday .. 6 = Saturday.
+int dayOfWeek(std::int64_t day) {
+  return static_cast<int>(std::chrono::weekday{kDayZero + std::chrono::days{day}}.c_encoding());
+}
+
+struct Civil {
+  int year, month, day;
+};
+Civil civil(std::int64_t day) {
+  const std::chrono::year_month_day d{kDayZero + std::chrono::days{day}};
+  return {static_cast<int>(d.year()), static_cast<int>(static_cast<unsigned>(d.month())),
+          static_cast<int>(static_cast<unsigned>(d.day()))};
+}
 
 std::string isoDate(std::int64_t day) {
-  const vb::CivilDate d = vb::civilFromDays(day);
+  const Civil d = civil(day);
   char text[16];
   std::snprintf(text, sizeof text, "%04d-%02d-%02d", d.year, d.month, d.day);
   return text;
@@ -220,7 +234,7 @@ constexpr std::array<Post, 4> kPosts{
     {{"操作工", "职员"}, {"班组长", "组长"}, {"科员", "职员"}, {"主管", "科长"}}};
 
 std::string idNumber(Random& rng, std::int64_t birthday) {
-  const vb::CivilDate b = vb::civilFromDays(birthday);
+  const Civil b = civil(birthday);
   char body[20];
   std::snprintf(body, sizeof body, "3301%02d%04d%02d%02d%03d", rng.between(2, 9), b.year, b.month,
                 b.day, rng.between(1, 999));
@@ -315,8 +329,8 @@ class Generator {
   Generator(Database& db, const DemoSettings& s) : db_(db), settings_(s), rng_(s.seed) {
     int y = s.firstYear, m = s.firstMonth;
     for (int i = 0; i < s.months; ++i) {
-      const std::int64_t first = vb::daysFromCivil(y, m, 1);
-      months_.push_back({y, m, first, first + vb::daysInMonth(y, m) - 1});
+      const std::int64_t first = dayNumber(y, m, 1);
+      months_.push_back({y, m, first, first + daysInMonth(y, m) - 1});
       if (++m > 12) m = 1, ++y;
     }
   }
@@ -374,7 +388,7 @@ class Generator {
       e.dept = departmentFor();
       const bool female = rng_.percent(e.production() ? 70 : 50);
       const std::int64_t birthday =
-          vb::daysFromCivil(rng_.between(1965, 2003), rng_.between(1, 12), rng_.between(1, 28));
+          dayNumber(rng_.between(1965, 2003), rng_.between(1, 12), rng_.between(1, 28));
       // Mostly hired years ago; a few join during the period.
       e.hired = rng_.percent(4)
                     ? periodStart() + rng_.between(0, static_cast<int>(periodEnd() - periodStart()))
@@ -489,7 +503,7 @@ class Generator {
     std::size_t month = 0;
     for (std::int64_t day = periodStart(); day <= periodEnd(); ++day) {
       if (day > months_[month].last) ++month;
-      const int weekday = vb::dayOfWeek(day);
+      const int weekday = dayOfWeek(day);
       if (weekday == 0) continue;
       const bool saturday = weekday == 6;
       for (const Employee& e : people_) {
@@ -531,7 +545,7 @@ class Generator {
     for (const Month& m : months_) {
       int workdays = 0;
       for (std::int64_t d = m.first; d <= m.last; ++d) {
-        const int w = vb::dayOfWeek(d);
+        const int w = dayOfWeek(d);
         workdays += w != 0 && w != 6;
       }
       for (const Employee& e : people_) {

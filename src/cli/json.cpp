@@ -1,13 +1,14 @@
-#include "cli/json.hpp"
+#include "json.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <system_error>
 
-#include "values/format.hpp"
+#include "korvex/convert.hpp"
 
 namespace korvex::cli {
 
@@ -229,7 +230,10 @@ std::string jsonCurrency(Currency c) {
 }
 
 std::string dateText(double serial) {
-  const vb::DateParts p = vb::splitDate(serial);
+  const Converted<DateTimeFields> fields = dateTimeFields(serial);
+  // Dates come from script values, which never leave the valid range.
+  if (!fields) throw std::out_of_range(toUtf8(fields.errMsg));
+  const DateTimeFields& p = *fields.value;
   char buf[40];
   std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
                 p.minute, p.second);

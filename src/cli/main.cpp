@@ -4,10 +4,10 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/batch_command.hpp"
-#include "cli/demo_command.hpp"
-#include "cli/options.hpp"
-#include "cli/run_command.hpp"
+#include "batch_command.hpp"
+#include "demo_command.hpp"
+#include "options.hpp"
+#include "run_command.hpp"
 
 int main(int argc, char** argv) {
   using korvex::cli::CommandLine;

@@ -1,8 +1,8 @@
-#include "cli/options.hpp"
+#include "options.hpp"
 
 #include <optional>
 
-#include "cli/argument_cursor.hpp"
+#include "argument_cursor.hpp"
 #include "korvex/locale.hpp"
 
 namespace korvex::cli {
@@ -63,28 +63,10 @@ std::string_view trimBlanks(std::string_view s) {
 }
 
 struct Parser : ArgumentCursor {
-  bool option(std::string_view arg) {
-    std::string_view name = arg;
-    std::optional<std::string_view> inlineValue;
-    if (const auto eq = arg.find('='); eq != std::string_view::npos) {
-      name = arg.substr(0, eq);
-      inlineValue = arg.substr(eq + 1);
-    }
+  bool option(std::string_view name, std::optional<std::string_view> inlineValue) {
     RunOptions& run = result.run;
-    if (name == "--help" || name == "-h") {
-      result.action = CommandLine::Action::Help;
-      return true;
-    }
-    if (name == "--json") {
-      if (inlineValue) return fail("选项 --json 不带值");
-      run.json = true;
-      return true;
-    }
-    if (name == "--trace-sql") {
-      if (inlineValue) return fail("选项 --trace-sql 不带值");
-      run.traceSql = true;
-      return true;
-    }
+    if (name == "--json") return flag(name, inlineValue, run.json);
+    if (name == "--trace-sql") return flag(name, inlineValue, run.traceSql);
     if (name == "--db" || name == "--record") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
@@ -96,14 +78,7 @@ struct Parser : ArgumentCursor {
       }
       return true;
     }
-    if (name == "--set") {
-      const auto v = value(name, inlineValue);
-      if (!v) return false;
-      auto preset = parsePreset(*v);
-      if (!preset) return fail("--set 需要 NAME=EXPR 的形式, 而不是 '" + std::string(*v) + "'");
-      run.presets.push_back(std::move(*preset));
-      return true;
-    }
+    if (name == "--set") return preset(name, inlineValue, run.presets);
     if (name == "--locale") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
@@ -135,25 +110,10 @@ struct Parser : ArgumentCursor {
       }
       return true;
     }
-    for (auto [option, target] :
-         {std::pair{"--workbook", &run.workbook}, std::pair{"--sheet", &run.sheet},
-          std::pair{"--save", &run.save}}) {
-      if (name != option) continue;
-      const auto v = value(name, inlineValue);
-      if (!v) return false;
-      if (v->empty()) return fail("选项 " + std::string(name) + " 的值不能为空");
-      *target = std::string(*v);
-      return true;
-    }
+    if (name == "--workbook") return text(name, inlineValue, run.workbook);
+    if (name == "--sheet") return text(name, inlineValue, run.sheet);
+    if (name == "--save") return text(name, inlineValue, run.save);
     return fail("未知的选项 '" + std::string(name) + "'");
-  }
-
-  bool script(std::string_view arg) {
-    if (!result.run.script.empty()) {
-      return fail("给出了多个脚本 ('" + result.run.script + "' 和 '" + std::string(arg) + "')");
-    }
-    result.run.script = std::string(arg);
-    return true;
   }
 
   void parse() {
@@ -175,25 +135,13 @@ struct Parser : ArgumentCursor {
       return;
     }
     result.action = CommandLine::Action::Run;
-    bool optionsEnded = false;
-    while (next < args.size()) {
-      const std::string_view arg = args[next++];
-      if (!optionsEnded && arg == "--") {
-        optionsEnded = true;
-        continue;
-      }
-      const bool isOption = !optionsEnded && arg.size() > 1 && arg[0] == '-';
-      const bool ok = isOption ? option(arg) : script(arg);
-      if (!ok) return;
-      if (result.action == CommandLine::Action::Help) return;
-    }
-    if (result.run.script.empty()) {
-      fail("缺少脚本文件");
-    } else if (result.run.record && result.run.db.empty()) {
+    const RunOptions& run = result.run;
+    if (!walk(result.run.script, [this](auto name, auto v) { return option(name, v); })) return;
+    if (run.record && run.db.empty()) {
       fail("选项 --record 需要 --db");
-    } else if (result.run.workbook.empty() && !result.run.sheet.empty()) {
+    } else if (run.workbook.empty() && !run.sheet.empty()) {
       fail("--sheet 需要同时给出 --workbook");
-    } else if (result.run.workbook.empty() && !result.run.save.empty()) {
+    } else if (run.workbook.empty() && !run.save.empty()) {
       fail("--save 需要同时给出 --workbook");
     }
   }

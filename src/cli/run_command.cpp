@@ -1,4 +1,4 @@
-#include "cli/run_command.hpp"
+#include "run_command.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -6,17 +6,18 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <iostream>
 #include <memory>
 
-#include "cli/database.hpp"
-#include "cli/json.hpp"
+#include "database.hpp"
+#include "json.hpp"
+#include "korvex/convert.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/locale.hpp"
+#include "korvex/system_error.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/workbook.hpp"
-#include "values/ops.hpp"
+#include "presets.hpp"
 
 namespace korvex::cli {
 
@@ -89,28 +90,6 @@ class InterruptGuard {
   void (*previous_)(int) = SIG_DFL;
 };
 
-// The reason a file could not be read, in the user's language for the
-// usual cases and in the system's words otherwise.
-std::string describeErrno(int code) {
-  switch (code) {
-    case ENOENT:
-      return "文件不存在";
-    case EACCES:
-    case EPERM:
-      return "没有访问权限";
-    case EISDIR:
-      return "是一个目录";
-    case ENOTDIR:
-      return "路径中有一段不是目录";
-    case ENOSPC:
-      return "设备上没有空间";
-    case EPIPE:
-      return "管道的读取端已关闭";
-    default:
-      return std::strerror(code);
-  }
-}
-
 // No script is longer than 32767 characters, and no bytes decode to fewer
 // than one character per four bytes (byte-order mark aside): a text longer
 // than this is too long whatever it holds, so reading stops one byte past it
@@ -152,21 +131,21 @@ std::optional<std::string> readAll(const std::string& path, std::istream& in, st
     // read is told from an empty script; other streams come from tests.
     const bool ok = &in == &std::cin ? readDescriptor(STDIN_FILENO, bytes) : readStream(in, bytes);
     if (!ok) {
-      error = std::string("无法从标准输入读取脚本: ") + describeErrno(errno);
+      error = std::string("无法从标准输入读取脚本: ") + systemErrorText(errno);
       return std::nullopt;
     }
     return bytes;
   }
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
-    error = "无法打开 '" + path + "': " + describeErrno(errno);
+    error = "无法打开 '" + path + "': " + systemErrorText(errno);
     return std::nullopt;
   }
   const bool ok = readDescriptor(fd, bytes);
   const int readErrno = errno;
   ::close(fd);
   if (!ok) {
-    error = "无法读取 '" + path + "': " + describeErrno(readErrno);
+    error = "无法读取 '" + path + "': " + systemErrorText(readErrno);
     return std::nullopt;
   }
   return bytes;
@@ -229,7 +208,7 @@ std::optional<std::string> readScriptBytes(const std::string& path, std::istream
 }
 
 std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
-  if (encoding == Encoding::Gbk) return vb::decodeGbk(bytes);
+  if (encoding == Encoding::Gbk) return korvex::decodeGbk(bytes);
   if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());
   return fromUtf8(bytes);
 }
@@ -262,14 +241,14 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     engine.SetUserInterface(std::make_shared<ConsoleUserInterface>(in, out));
   }
 
-  for (const Preset& preset : options.presets) {
-    const Value value = engine.Evaluate(fromUtf8(preset.expression));
-    if (engine.ErrNum() != 0) {
-      err << "korvex: --set " << preset.name << '=' << preset.expression << ": "
-          << toUtf8(engine.ErrMsg()) << " (" << engine.ErrNum() << ")\n";
-      return kExitUsage;
-    }
-    engine.SetSysVar(fromUtf8(preset.name), value);
+  // Each preset is set before the next is evaluated: a later one may use it.
+  std::string presetError;
+  if (!evaluatePresets(engine, options.presets, presetError,
+                       [&engine](std::u16string name, Value value) {
+                         engine.SetSysVar(name, std::move(value));
+                       })) {
+    err << "korvex: " << presetError << '\n';
+    return kExitUsage;
   }
 
   engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
@@ -298,7 +277,7 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     // An outcome nobody can read is no success.
     const int code = errno;
     err << "korvex: 无法写出运行结果";
-    if (code != 0) err << ": " << describeErrno(code);
+    if (code != 0) err << ": " << systemErrorText(code);
     err << '\n';
     return kExitUsage;
   }

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "cli/options.hpp"
+#include "options.hpp"
 
 namespace korvex::cli {
 

@@ -3,7 +3,6 @@
 #include <array>
 
 #include "engine/context.hpp"
-#include "korvex/datasource.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
@@ -43,9 +42,10 @@ ObjectRef objectOf(const Value& v) {
 ObjectRef hostConnection(Context& ctx) { return objectOf(getMember(ctx.parent(), u"Connect")); }
 
 ObjectRef createObject(Context& ctx, std::u16string_view className) {
-  static const std::shared_ptr<ObjectFactory> sqlite = sqliteObjectFactory();
+  // Which database the objects reach is the host's choice: without a
+  // factory there is nothing to create them with.
   const std::shared_ptr<ObjectFactory>& own = ctx.objects();
-  ObjectRef obj = (own ? *own : *sqlite).create(className);
+  ObjectRef obj = own ? own->create(className) : nullptr;
   if (!obj) vb::raise(429);  // the platform's "cannot create object"
   return obj;
 }

@@ -44,8 +44,8 @@ ObjectRef objectOf(const Value& v);
 /// Parent.Connect of the engine.
 ObjectRef hostConnection(Context& ctx);
 /// A new object of a class ("Connection", "Recordset", "Command") from the
-/// engine's object factory (the SQLite objects when the host set none);
-/// a new Connection records its SQL texts where the factory's do.
+/// engine's object factory; 429 when the host set none or the factory
+/// knows no such class.
 ObjectRef createObject(Context& ctx, std::u16string_view className);
 
 /// Parent.Connect.Execute(sql): the record set it returns.

@@ -52,4 +52,13 @@ bool isNumericValue(const Value& v, const Locale& loc) noexcept { return vb::isN
 
 bool isDateValue(const Value& v, const Locale& loc) noexcept { return vb::isDate(v, loc); }
 
+Converted<DateTimeFields> dateTimeFields(double serial) noexcept {
+  return guarded<DateTimeFields>([&] {
+    const vb::DateParts p = vb::splitDate(serial);
+    return DateTimeFields{p.year, p.month, p.day, p.hour, p.minute, p.second};
+  });
+}
+
+std::u16string decodeGbk(std::string_view bytes) { return vb::decodeGbk(bytes); }
+
 }  // namespace korvex

@@ -11,6 +11,7 @@
 #include <optional>
 #include <random>
 
+#include "korvex/system_error.hpp"
 #include "workbook/workbook_data.hpp"
 #include "workbook/xml_scan.hpp"
 
@@ -419,24 +420,6 @@ bool Workbook::Data::serialize(std::string& out, std::string& error) {
 
 namespace {
 
-std::string systemError(int code) {
-  switch (code) {
-    case ENOENT:
-      return "文件不存在";
-    case EACCES:
-    case EPERM:
-      return "没有访问权限";
-    case EISDIR:
-      return "是一个目录";
-    case ENOTDIR:
-      return "路径中有一段不是目录";
-    case ENOSPC:
-      return "磁盘空间不足";
-    default:
-      return std::strerror(code);
-  }
-}
-
 bool readFile(const std::string& path, std::string& bytes, int& code) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
@@ -481,7 +464,7 @@ std::shared_ptr<Workbook> Workbook::open(const std::string& path, std::u16string
   std::string message;
   if (!readFile(path, bytes, code)) {
     if (code != ENOENT) {
-      error = fromUtf8("无法打开工作簿 '" + path + "': " + systemError(code));
+      error = fromUtf8("无法打开工作簿 '" + path + "': " + systemErrorText(code));
       return nullptr;
     }
     data->package = newWorkbookPackage();
@@ -526,7 +509,7 @@ bool Workbook::save(const std::string& path, std::u16string& error) {
     if (fd < 0 && errno != EEXIST) break;
   }
   const auto failed = [&](int code) {
-    error = fromUtf8("无法保存工作簿 '" + path + "': " + systemError(code));
+    error = fromUtf8("无法保存工作簿 '" + path + "': " + systemErrorText(code));
     return false;
   };
   if (fd < 0) return failed(errno);

@@ -18,7 +18,7 @@
 
 #include "cli/batch_report.hpp"
 #include "cli/batch_runner.hpp"
-#include "datasource/backend.hpp"
+#include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
 namespace {
@@ -177,7 +177,7 @@ Files makeFiles(const std::string& name, const std::string& script = kPayScript)
   fs::create_directories(dir);
   Files f{(dir / "pay.db").string(), (dir / "pay.bas").string()};
   std::ofstream(f.db, std::ios::binary).flush();  // an empty file is an empty database
-  ds::openSqlite(f.db)->run(fromUtf8(kSchema));
+  SqliteDatabase::open(f.db).query(fromUtf8(kSchema));
   std::ofstream(f.script, std::ios::binary) << script;
   return f;
 }
@@ -185,7 +185,7 @@ Files makeFiles(const std::string& name, const std::string& script = kPayScript)
 std::string wages(const std::string& db) {
   std::string out;
   for (const auto& row :
-       ds::openSqlite(db)->run(u"SELECT code, wage FROM pay ORDER BY code").rows) {
+       SqliteDatabase::open(db).query(u"SELECT code, wage FROM pay ORDER BY code").rows) {
     out += toUtf8(row[0].stringValue()) + "=" + std::to_string(row[1].doubleValue()) + " ";
   }
   return out;

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "datasource/backend.hpp"
+#include "korvex/sqlite.hpp"
 #include "support.hpp"
 
 namespace korvex::cli {
@@ -23,9 +23,9 @@ int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
 }
 
 // Rows of a query, each value as describe() gives it.
-std::vector<std::string> rows(ds::Backend& db, const std::string& sql) {
+std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
   std::vector<std::string> out;
-  for (const auto& row : db.run(fromUtf8(sql)).rows) {
+  for (const auto& row : db.query(fromUtf8(sql)).rows) {
     std::string text;
     for (const Value& v : row) text += describe(v) + "|";
     out.push_back(text);
@@ -35,14 +35,14 @@ std::vector<std::string> rows(ds::Backend& db, const std::string& sql) {
 
 // The table names, then every row of the payroll tables, in a fixed order.
 std::string contents(const std::string& path) {
-  const auto db = ds::openSqlite(path);
+  SqliteDatabase db = SqliteDatabase::open(path);
   std::string text;
-  for (const auto& row : db->run(u"select name, type from sqlite_master order by name").rows) {
+  for (const auto& row : db.query(u"select name, type from sqlite_master order by name").rows) {
     const std::string name = toUtf8(row[0].stringValue());
     text += name + "\n";
     if (row[1].stringValue() == u"table" &&
         (name.find("WA_") == 0 || name.find("工资表") == 0 || name == "Employes")) {
-      for (const std::string& r : rows(*db, "select * from [" + name + "] order by 1, 2, 3")) {
+      for (const std::string& r : rows(db, "select * from [" + name + "] order by 1, 2, 3")) {
         text += r + "\n";
       }
     }
@@ -66,9 +66,9 @@ TEST(DemoCommand, NoWorkAfterWagesStopOrBeforeHiring) {
   korvex::testing::ScratchDir dir;
   const std::string path = dir.file("pay.db");
   ASSERT_EQ(demo({path, "--employees", "150", "--months", "3"}), 0);
-  const auto db = ds::openSqlite(path);
+  SqliteDatabase db = SqliteDatabase::open(path);
   const auto count = [&](const std::string& sql) {
-    return db->run(fromUtf8("select count(*) from " + sql)).rows.at(0).at(0).longValue();
+    return db.query(fromUtf8("select count(*) from " + sql)).rows.at(0).at(0).longValue();
   };
   EXPECT_GT(count("Employes where dGZTFTime is not null"), 0);
   EXPECT_GT(count("Employes where bLeave = 1"), 0);

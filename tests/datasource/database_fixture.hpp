@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "korvex/datasource.hpp"
 #include "korvex/engine.hpp"
+#include "korvex/sqlite.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {

@@ -3,6 +3,9 @@
 #include <vector>
 
 #include "datasource/database_fixture.hpp"
+#include "datasource/source_query.hpp"
+#include "facade/context_of.hpp"
+#include "values/runtime_error.hpp"
 
 namespace korvex::testing {
 namespace {
@@ -80,6 +83,20 @@ TEST_F(SqlFunctions, UseLineMovesOnlyDoSqlExToTheOtherDatabase) {
   ASSERT_EQ(engine_.ErrNum(), 0) << toUtf8(engine_.ErrMsg());
   ASSERT_TRUE(v.isArray());
   EXPECT_EQ(v.arrayValue().elements().at(0).stringValue(), u"x");
+}
+
+TEST_F(SqlFunctions, ObjectsComeOnlyFromTheHostsFactory) {
+  EXPECT_NE(ds::createObject(contextOf(engine_), u"Recordset"), nullptr);
+  for (const bool withFactory : {true, false}) {
+    if (!withFactory) engine_.SetObjectFactory(nullptr);
+    const char16_t* className = withFactory ? u"Spreadsheet" : u"Connection";
+    try {
+      ds::createObject(contextOf(engine_), className);
+      ADD_FAILURE() << "created " << toUtf8(className);
+    } catch (const vb::RuntimeError& e) {
+      EXPECT_EQ(e.number(), 429) << toUtf8(className);
+    }
+  }
 }
 
 TEST_F(SqlFunctions, DoSqlExArrayHasSpareRowAndColumn) {

@@ -1,8 +1,8 @@
 #include <array>
 
-#include "datasource/objects.hpp"
 #include "host/recordset_errors.hpp"
-#include "korvex/datasource.hpp"
+#include "korvex/sqlite.hpp"
+#include "sqlite/objects.hpp"
 
 namespace korvex {
 

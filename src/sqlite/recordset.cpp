@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <string>
 
-#include "datasource/field_types.hpp"
-#include "datasource/objects.hpp"
 #include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
+#include "sqlite/field_types.hpp"
+#include "sqlite/objects.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 

@@ -12,9 +12,9 @@
 #include <string>
 #include <string_view>
 
-#include "datasource/backend.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/value.hpp"
+#include "sqlite/backend.hpp"
 #include "values/calendar.hpp"
 
 namespace korvex::ds {

@@ -1,6 +1,6 @@
-#include "datasource/sql_dialect.hpp"
+#include "sqlite/sql_dialect.hpp"
 
-#include "datasource/field_types.hpp"
+#include "sqlite/field_types.hpp"
 
 namespace korvex::ds {
 

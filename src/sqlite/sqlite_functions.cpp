@@ -1,4 +1,4 @@
-#include "datasource/sqlite_functions.hpp"
+#include "sqlite/sqlite_functions.hpp"
 
 #include <sqlite3.h>
 
@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "datasource/field_types.hpp"
+#include "sqlite/field_types.hpp"
 
 namespace korvex::ds {
 

@@ -10,11 +10,11 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex::ds {
@@ -31,32 +31,11 @@ enum FieldType : std::int32_t {
   kTypeBinary = 205,
 };
 
-/// A failure reported by the database, with its own message.
-class DbError : public std::runtime_error {
- public:
-  explicit DbError(std::u16string message)
-      : std::runtime_error("database error"), message_(std::move(message)) {}
-  const std::u16string& message() const noexcept { return message_; }
-
- private:
-  std::u16string message_;
-};
-
-struct Column {
-  std::u16string name;
-  std::int32_t type = kTypeText;  // a FieldType
-  // Where the column comes from; both empty for an expression column.
-  std::u16string table;
-  std::u16string origin;
-};
-
-/// The outcome of one statement text.
-struct ResultSet {
-  bool hasRows = false;  // false: the statement returns no rows (closed result)
-  std::vector<Column> columns;
-  std::vector<std::vector<Value>> rows;
-  std::int64_t changed = 0;  // rows the last statement inserted, updated or deleted
-};
+// The failure, column and result types are the public ones, so that a host
+// holding a SqliteDatabase sees what the objects see.
+using DbError = DatabaseError;
+using Column = SqlColumn;
+using ResultSet = SqlResult;
 
 class Backend {
  public:

@@ -1,4 +1,4 @@
-#include "datasource/field_types.hpp"
+#include "sqlite/field_types.hpp"
 
 #include <cmath>
 

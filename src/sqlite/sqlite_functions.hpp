@@ -2,7 +2,7 @@
 // MONTH, DAY, LEFT, RIGHT, LEN, ISNULL and GETDATE.
 #pragma once
 
-#include "datasource/sql_dialect.hpp"
+#include "sqlite/sql_dialect.hpp"
 
 struct sqlite3;
 

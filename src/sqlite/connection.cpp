@@ -1,7 +1,7 @@
 #include <string>
 
-#include "datasource/objects.hpp"
 #include "host/recordset_errors.hpp"
+#include "sqlite/objects.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "datasource/backend.hpp"
-#include "korvex/datasource.hpp"
 #include "korvex/host_object.hpp"
+#include "korvex/sqlite.hpp"
+#include "sqlite/backend.hpp"
 
 namespace korvex::ds {
 

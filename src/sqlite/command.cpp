@@ -5,9 +5,9 @@
 // order.
 #include <string>
 
-#include "datasource/field_types.hpp"
-#include "datasource/objects.hpp"
 #include "host/recordset_errors.hpp"
+#include "sqlite/field_types.hpp"
+#include "sqlite/objects.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 

@@ -1,0 +1,202 @@
+// The data-access objects on SQLite, for hosts that hand the engine a real
+// database (library korvex_sqlite).
+//
+// The objects answer the late-bound members of the platform's data-access
+// library: a Connection (ConnectionString, Open, Close, State, Execute,
+// Properties("Initial Catalog"), BeginTrans/CommitTrans/RollbackTrans), a
+// Recordset (Fields, EOF, BOF, the moves, RecordCount, State, Open, Edit,
+// Update, ...) and a Command with Parameters. A connection string names the
+// database file ("Data Source=PATH" or the bare path); the file must exist.
+//
+//   auto log = std::make_shared<korvex::SqlLog>();
+//   auto objects = korvex::sqliteObjectFactory(log);
+//   korvex::DispatchResult c = korvex::openConnection(*objects, u"Data Source=pay.db");
+//   if (!c.ok()) { /* c.description says why */ }
+//   engine.SetObjectFactory(objects);        // functions create theirs here
+//   engine.SetParent(korvex::connectParent(c.value.objectValue()));
+//   engine.Execute();
+//   for (auto& sql : log->texts()) ...        // every SQL text the run sent
+//
+// The database itself is open to the host too, through SqliteDatabase: a
+// handle on one SQLite file for setting up data, transactions of its own
+// around a run, or queries in the payroll dialect.
+//
+//   korvex::SqliteDatabase db = korvex::SqliteDatabase::open("pay.db");
+//   db.begin();
+//   db.prepare("INSERT INTO Department VALUES (?, ?)").run({std::string("01"), nullptr});
+//   db.commit();
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "korvex/host_object.hpp"
+#include "korvex/value.hpp"
+
+struct sqlite3_stmt;
+
+namespace korvex {
+
+/// The SQL texts the objects were given to run, in order, exactly as
+/// written (before any adaptation to the database's dialect).
+class SqlLog {
+ public:
+  void add(std::u16string_view sql) { texts_.emplace_back(sql); }
+  const std::vector<std::u16string>& texts() const noexcept { return texts_; }
+
+ private:
+  std::vector<std::u16string> texts_;
+};
+
+/// Makes "Connection", "Recordset" and "Command" objects (names matched
+/// case-insensitively) on SQLite. Every object it makes, and every object
+/// those make, records its SQL texts in `log` when one is given.
+std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log = nullptr);
+
+/// Creates a Connection with the factory and opens it; the result's value
+/// is the open connection, or the failure says why.
+DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connectionString);
+
+/// A host object whose member "Connect" is the given connection: what a
+/// host hands the engine as its Parent.
+ObjectRef connectParent(ObjectRef connection);
+
+// ---- the database underneath ------------------------------------------------
+
+/// A failure reported by the database, in its own words.
+class DatabaseError : public std::runtime_error {
+ public:
+  explicit DatabaseError(std::u16string message)
+      : std::runtime_error("database error"), message_(std::move(message)) {}
+  const std::u16string& message() const noexcept { return message_; }
+  /// The failure as the data-access objects report it: the provider's
+  /// number with this message.
+  DispatchResult failure() const;
+
+ private:
+  std::u16string message_;
+};
+
+/// A value bound to a statement parameter: NULL, an integer, a real or
+/// UTF-8 text, stored exactly as given.
+using SqlParameter = std::variant<std::nullptr_t, long long, double, std::string>;
+
+/// The bytes of a stored BLOB.
+struct SqlBlob {
+  std::string bytes;
+};
+/// A stored value as read from a row.
+using SqlCell = std::variant<std::nullptr_t, long long, double, std::string, SqlBlob>;
+
+struct SqlColumn {
+  std::u16string name;
+  std::int32_t type = 202;  // the field type code the Recordset reports
+  // Where the column comes from; both empty for an expression column.
+  std::u16string table;
+  std::u16string origin;
+};
+
+/// The outcome of a statement text as the data-access objects see it: the
+/// rows hold script values of the columns' field types.
+struct SqlResult {
+  bool hasRows = false;  // false: the statement returns no rows (closed result)
+  std::vector<SqlColumn> columns;
+  std::vector<std::vector<Value>> rows;
+  std::int64_t changed = 0;  // rows the last statement inserted, updated or deleted
+};
+
+struct SqliteHandle;
+
+/// One prepared statement of a SqliteDatabase. Every failure throws
+/// DatabaseError.
+class SqliteStatement {
+ public:
+  SqliteStatement(SqliteStatement&& other) noexcept;
+  SqliteStatement& operator=(SqliteStatement&&) = delete;
+  ~SqliteStatement();
+
+  int parameterCount() const noexcept;
+  /// The name of parameter `index` (from 1) as written (":p0", "?2"); empty
+  /// for a bare "?".
+  std::string_view parameterName(int index) const noexcept;
+  void bind(int index, const SqlParameter& value);
+
+  /// Binds `parameters` in order, runs the statement to its end and makes
+  /// it ready for the next run.
+  void run(std::initializer_list<SqlParameter> parameters);
+  /// Steps to the next row: false when there is none left.
+  bool step();
+  void reset() noexcept;
+
+  int columnCount() const noexcept;
+  /// A column's name, declared SQL type, table and column of origin (UTF-8;
+  /// empty where there is none).
+  std::string columnName(int column) const;
+  std::string declaredType(int column) const;
+  std::string tableName(int column) const;
+  std::string originName(int column) const;
+  /// The current row's value of a column.
+  SqlCell cell(int column) const;
+
+ private:
+  friend class SqliteDatabase;
+  SqliteStatement(std::shared_ptr<SqliteHandle> db, sqlite3_stmt* statement) noexcept;
+
+  std::shared_ptr<SqliteHandle> db_;
+  sqlite3_stmt* statement_;
+};
+
+/// An open SQLite file. Copies share the one connection, which closes with
+/// the last of them. Every failure throws DatabaseError with the
+/// database's message.
+class SqliteDatabase {
+ public:
+  enum class Mode { Existing, Create };
+
+  /// Opens a file for reading and writing: one that must exist already, or
+  /// a new one. The payroll dialect's functions (YEAR, LEFT, ISNULL, ...)
+  /// are there for every statement.
+  static SqliteDatabase open(const std::string& path, Mode mode = Mode::Existing);
+
+  const std::string& path() const noexcept;
+
+  /// Runs statements (one or more, separated by ";") that return no rows,
+  /// as written.
+  void execute(std::string_view sql);
+  SqliteStatement prepare(std::string_view sql);
+  /// Prepares the first statement of `sql` and leaves the rest in it;
+  /// nullopt when that piece holds only blanks or a comment.
+  std::optional<SqliteStatement> prepareNext(std::string_view& sql);
+  /// Rows changed by the last INSERT, UPDATE or DELETE.
+  std::int64_t changes() const noexcept;
+
+  void begin();
+  void commit();
+  void rollback();
+  /// While on, the connection refuses every statement that would write.
+  void setQueryOnly(bool on);
+
+  /// Runs a payroll SQL text exactly as Connection.Execute does (adapted
+  /// to SQLite, the parameters bound to its placeholders in order).
+  SqlResult query(std::u16string_view sql, std::span<const Value> params = {});
+  /// An open Recordset holding a result; its Update writes to this database.
+  ObjectRef recordset(SqlResult result);
+
+ private:
+  explicit SqliteDatabase(std::shared_ptr<SqliteHandle> handle) noexcept;
+  std::shared_ptr<SqliteHandle> handle_;
+};
+
+/// The database an open Connection of sqliteObjectFactory works on;
+/// nullopt for a closed connection or any other object.
+std::optional<SqliteDatabase> databaseOf(const ObjectRef& connection);
+
+}  // namespace korvex

@@ -1,0 +1,187 @@
+// The one owner of SQLite connections and statements: the data-access
+// objects' backend runs on it, and so does every host that fills a database.
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "korvex/sqlite.hpp"
+#include "sqlite/objects.hpp"
+#include "sqlite/sqlite_functions.hpp"
+
+namespace korvex {
+
+struct SqliteHandle {
+  SqliteHandle(sqlite3* db, std::string path) : db(db), path(std::move(path)) {}
+  ~SqliteHandle() { sqlite3_close_v2(db); }
+  SqliteHandle(const SqliteHandle&) = delete;
+  SqliteHandle& operator=(const SqliteHandle&) = delete;
+
+  [[noreturn]] void fail() const { throw DatabaseError(fromUtf8(sqlite3_errmsg(db))); }
+
+  sqlite3* db;
+  std::string path;
+};
+
+namespace {
+
+std::string text(const char* p) { return p == nullptr ? std::string() : std::string(p); }
+
+}  // namespace
+
+DispatchResult DatabaseError::failure() const { return ds::providerError(message_); }
+
+// ---- statements --------------------------------------------------------------
+
+SqliteStatement::SqliteStatement(std::shared_ptr<SqliteHandle> db, sqlite3_stmt* statement) noexcept
+    : db_(std::move(db)), statement_(statement) {}
+
+SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
+    : db_(other.db_), statement_(std::exchange(other.statement_, nullptr)) {}
+
+SqliteStatement::~SqliteStatement() { sqlite3_finalize(statement_); }
+
+int SqliteStatement::parameterCount() const noexcept {
+  return sqlite3_bind_parameter_count(statement_);
+}
+
+std::string_view SqliteStatement::parameterName(int index) const noexcept {
+  const char* name = sqlite3_bind_parameter_name(statement_, index);
+  return name == nullptr ? std::string_view() : std::string_view(name);
+}
+
+void SqliteStatement::bind(int index, const SqlParameter& value) {
+  int rc = SQLITE_OK;
+  if (const auto* n = std::get_if<long long>(&value)) {
+    rc = sqlite3_bind_int64(statement_, index, *n);
+  } else if (const auto* d = std::get_if<double>(&value)) {
+    rc = sqlite3_bind_double(statement_, index, *d);
+  } else if (const auto* s = std::get_if<std::string>(&value)) {
+    rc = sqlite3_bind_text(statement_, index, s->data(), static_cast<int>(s->size()),
+                           SQLITE_TRANSIENT);
+  } else {
+    rc = sqlite3_bind_null(statement_, index);
+  }
+  if (rc != SQLITE_OK) db_->fail();
+}
+
+void SqliteStatement::run(std::initializer_list<SqlParameter> parameters) {
+  int i = 1;
+  for (const SqlParameter& p : parameters) bind(i++, p);
+  while (step()) {
+  }
+  reset();
+  sqlite3_clear_bindings(statement_);
+}
+
+bool SqliteStatement::step() {
+  const int rc = sqlite3_step(statement_);
+  if (rc == SQLITE_ROW) return true;
+  if (rc != SQLITE_DONE) db_->fail();
+  return false;
+}
+
+void SqliteStatement::reset() noexcept { sqlite3_reset(statement_); }
+
+int SqliteStatement::columnCount() const noexcept { return sqlite3_column_count(statement_); }
+
+std::string SqliteStatement::columnName(int column) const {
+  return text(sqlite3_column_name(statement_, column));
+}
+std::string SqliteStatement::declaredType(int column) const {
+  return text(sqlite3_column_decltype(statement_, column));
+}
+std::string SqliteStatement::tableName(int column) const {
+  return text(sqlite3_column_table_name(statement_, column));
+}
+std::string SqliteStatement::originName(int column) const {
+  return text(sqlite3_column_origin_name(statement_, column));
+}
+
+SqlCell SqliteStatement::cell(int column) const {
+  switch (sqlite3_column_type(statement_, column)) {
+    case SQLITE_INTEGER:
+      return sqlite3_column_int64(statement_, column);
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement_, column);
+    case SQLITE_TEXT: {
+      const auto* p = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+      return std::string(p, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+    }
+    case SQLITE_BLOB: {
+      const auto* p = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+      return SqlBlob{
+          std::string(p, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)))};
+    }
+    default:
+      return nullptr;
+  }
+}
+
+// ---- the database ----------------------------------------------------------------
+
+SqliteDatabase::SqliteDatabase(std::shared_ptr<SqliteHandle> handle) noexcept
+    : handle_(std::move(handle)) {}
+
+SqliteDatabase SqliteDatabase::open(const std::string& path, Mode mode) {
+  int flags = SQLITE_OPEN_READWRITE;
+  if (mode == Mode::Create) {
+    flags |= SQLITE_OPEN_CREATE;
+  } else if (struct stat info{}; ::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    // SQLite would make an empty file of a mistyped name.
+    throw DatabaseError(u"数据库文件不存在: " + fromUtf8(path));
+  }
+  sqlite3* db = nullptr;
+  const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
+  if (rc != SQLITE_OK) {
+    std::u16string message = fromUtf8(db == nullptr ? sqlite3_errstr(rc) : sqlite3_errmsg(db));
+    sqlite3_close_v2(db);
+    throw DatabaseError(std::move(message));
+  }
+  auto handle = std::make_shared<SqliteHandle>(db, path);
+  sqlite3_busy_timeout(db, 2000);
+  if (!ds::registerPayrollFunctions(db)) handle->fail();
+  return SqliteDatabase(std::move(handle));
+}
+
+const std::string& SqliteDatabase::path() const noexcept { return handle_->path; }
+
+void SqliteDatabase::execute(std::string_view sql) {
+  const std::string statements(sql);
+  if (sqlite3_exec(handle_->db, statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+    handle_->fail();
+  }
+}
+
+SqliteStatement SqliteDatabase::prepare(std::string_view sql) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
+                         nullptr) != SQLITE_OK) {
+    handle_->fail();
+  }
+  return SqliteStatement(handle_, statement);
+}
+
+std::optional<SqliteStatement> SqliteDatabase::prepareNext(std::string_view& sql) {
+  sqlite3_stmt* statement = nullptr;
+  const char* tail = nullptr;
+  if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
+                         &tail) != SQLITE_OK) {
+    handle_->fail();
+  }
+  sql.remove_prefix(static_cast<std::size_t>(tail - sql.data()));
+  if (statement == nullptr) return std::nullopt;
+  return SqliteStatement(handle_, statement);
+}
+
+std::int64_t SqliteDatabase::changes() const noexcept { return sqlite3_changes64(handle_->db); }
+
+void SqliteDatabase::begin() { execute("BEGIN"); }
+void SqliteDatabase::commit() { execute("COMMIT"); }
+void SqliteDatabase::rollback() { execute("ROLLBACK"); }
+
+void SqliteDatabase::setQueryOnly(bool on) {
+  execute(on ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0");
+}
+
+}  // namespace korvex
