@@ -1,9 +1,9 @@
 // CallFunction: from a class identity to its descriptor.
-#include "datasource/cell_functions.hpp"
-#include "datasource/sql_descriptors.hpp"
-#include "datasource/wage_functions.hpp"
+#include "functions/cell_functions.hpp"
 #include "functions/function_call.hpp"
 #include "functions/function_descriptors.hpp"
+#include "functions/sql_descriptors.hpp"
+#include "functions/wage/wage_functions.hpp"
 
 namespace korvex {
 namespace {

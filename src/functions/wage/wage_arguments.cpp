@@ -2,9 +2,9 @@
 // text their SQL is made of.
 #include <cstdio>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_sql.hpp"
 #include "functions/protocol.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 

@@ -4,9 +4,9 @@
 #include <iterator>
 #include <unordered_map>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_functions.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 

@@ -1,4 +1,4 @@
-#include "datasource/cell_functions.hpp"
+#include "functions/cell_functions.hpp"
 
 #include <array>
 #include <optional>

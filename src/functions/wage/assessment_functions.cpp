@@ -1,9 +1,9 @@
 // Assessment totals, substitute-shift wages and the work-group wage.
 #include <array>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_functions.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::ds {

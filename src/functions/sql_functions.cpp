@@ -4,11 +4,11 @@
 #include <array>
 #include <vector>
 
-#include "datasource/source_query.hpp"
-#include "datasource/sql_descriptors.hpp"
-#include "datasource/wage_sql.hpp"
 #include "engine/faults.hpp"
 #include "engine/string_op.hpp"
+#include "functions/source_query.hpp"
+#include "functions/sql_descriptors.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "korvex/engine.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"

@@ -1,7 +1,7 @@
 // Job-data wage aggregates: department wage totals and averages from a
 // monthly wage table, piece-rate wages and output values from WA_JobData.
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/wage/wage_functions.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::ds {

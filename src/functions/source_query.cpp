@@ -1,4 +1,4 @@
-#include "datasource/source_query.hpp"
+#include "functions/source_query.hpp"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 // The wage functions' SQL texts, character for character: the payroll
 // database and its stored reports depend on their exact form.
-#include "datasource/wage_sql.hpp"
+#include "functions/wage/wage_sql.hpp"
 
 #include <gtest/gtest.h>
 

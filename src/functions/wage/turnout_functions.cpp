@@ -3,8 +3,8 @@
 // process index, and only a group whose index is marked as the product's
 // last step (wa_workindex.bEnd = 1) is kept. A product thus counts each
 // finished piece once, however many steps it went through.
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/wage/wage_functions.hpp"
+#include "functions/wage/wage_sql.hpp"
 
 namespace korvex::ds {
 
