@@ -7,7 +7,9 @@
 
 #include "engine/engine_state.hpp"
 #include "engine/faults.hpp"
+#include "engine/names.hpp"
 #include "eval/eval.hpp"
+#include "eval/function_table.hpp"
 #include "functions/host_functions.hpp"
 
 namespace korvex {
@@ -101,7 +103,9 @@ void BasicEngine::SetLineHook(LineHook hook) noexcept { s_->lineHook = std::move
 
 bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
   return reported(*s_, false, [&] {
-    if (!HostFunctionTable::acceptable(function)) return false;
+    if (!HostFunctionTable::acceptable(function) || eval::isOwnName(upperName(function.name))) {
+      return false;
+    }
     if (!s_->hostFunctions) s_->hostFunctions = std::make_shared<HostFunctionTable>();
     s_->hostFunctions->add(std::move(function));
     return true;

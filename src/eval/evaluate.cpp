@@ -8,13 +8,12 @@
 #include "engine/engine_state.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
+#include "eval/call.hpp"
 #include "eval/eval.hpp"
 #include "eval/expression.hpp"
 #include "eval/inline_functions.hpp"
 #include "eval/value_buffer.hpp"
-#include "functions/function_call.hpp"
 #include "functions/host_functions.hpp"
-#include "functions/protocol.hpp"
 #include "korvex/engine.hpp"
 #include "values/numeric.hpp"
 #include "values/ops.hpp"
@@ -90,19 +89,16 @@ bool resolveName(BasicEngine& engine, const NameRef& n, Value& out) {
 }
 
 bool resolveCall(BasicEngine& engine, const CallRef& c, Value& out) {
-  if (c.builtin != nullptr && c.builtin->kind == NameKind::Inline) {
+  if (c.function == nullptr) {
     if (!c.inlineArgument) c.inlineArgument = std::make_unique<Expression>(c.args);
     const Value v = c.inlineArgument->evaluate(engine);
     if (engine.ErrNum() != 0) return false;
-    out = applyInline(c.builtin->inlineOp(), v, engine.Locale());
+    out = applyInline(c.inlineOp, v, engine.Locale());
     return true;
   }
-  if (!c.list) c.list = std::make_unique<fn::ArgList>(c.args);
+  if (!c.list) c.list = std::make_unique<ArgList>(c.args);
   Value result;
-  const std::int32_t status =
-      c.builtin != nullptr
-          ? CallFunction(c.builtin->functionClass(), c.builtin->scriptName, *c.list, result, engine)
-          : CallHostFunction(*c.host, *c.list, result, engine);
+  const std::int32_t status = Invoke(*c.function, *c.list, result, engine);
   if (static_cast<std::int16_t>(status) != 0) {
     // The function has stored its error; a status without one still
     // must not pass for success.

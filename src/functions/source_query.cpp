@@ -8,7 +8,7 @@
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn {
 
 namespace {
 
@@ -82,4 +82,4 @@ Value queryFieldOrFallback(BasicEngine& engine, std::u16string_view sql, std::u1
   }
 }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn

@@ -6,7 +6,7 @@
 
 #include "values/calendar.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 namespace {
 
 struct SqlCase {
@@ -93,4 +93,4 @@ TEST(WageSql, TextsAreSentExactly) {
 }
 
 }  // namespace
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage
