@@ -29,11 +29,15 @@ Map buildMap() {
 }  // namespace
 
 std::span<const Family> families() noexcept {
+  // clang-format off
   static const std::array<Family, 14> kFamilies = {
-      cellFunctions(),          stringFunctions(),   numericFunctions(), conversionFunctions(),
-      dateFunctions(),          variableFunctions(), inputFunctions(),   arrayFunctions(),
-      chineseAmountFunctions(), sqlFunctions(),      jobDataFunctions(), assessmentFunctions(),
-      propertyFunctions(),      turnoutFunctions()};
+      cellFunctions(),
+      stringFunctions(), numericFunctions(), conversionFunctions(), dateFunctions(),
+      variableFunctions(), inputFunctions(), arrayFunctions(), chineseAmountFunctions(),
+      sqlFunctions(),
+      wage::jobDataFunctions(), wage::assessmentFunctions(), wage::propertyFunctions(),
+      wage::turnoutFunctions()};
+  // clang-format on
   return kFamilies;
 }
 

@@ -28,9 +28,11 @@ Family sqlFunctions() noexcept;   // DoSQL, DoSqlEx, _员工工资项目值
 Family cellFunctions() noexcept;  // GetCell, SetCell, SetCellFormula
 
 // Wage-domain functions (functions/wage/).
+namespace wage {
 Family jobDataFunctions() noexcept;     // department totals, piece wages, output value
 Family assessmentFunctions() noexcept;  // assessment, substitute shifts, work group
 Family propertyFunctions() noexcept;    // employee and product properties
 Family turnoutFunctions() noexcept;     // output at the last step
+}  // namespace wage
 
 }  // namespace korvex::fn

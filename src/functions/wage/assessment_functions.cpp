@@ -106,10 +106,6 @@ constexpr fn::FunctionEntry kTable[] = {
 
 }  // namespace
 
+Family assessmentFunctions() noexcept { return kTable; }
+
 }  // namespace korvex::fn::wage
-
-namespace korvex::fn {
-
-Family assessmentFunctions() noexcept { return wage::kTable; }
-
-}  // namespace korvex::fn

@@ -171,10 +171,6 @@ constexpr fn::FunctionEntry kTable[] = {
 
 }  // namespace
 
+Family jobDataFunctions() noexcept { return kTable; }
+
 }  // namespace korvex::fn::wage
-
-namespace korvex::fn {
-
-Family jobDataFunctions() noexcept { return wage::kTable; }
-
-}  // namespace korvex::fn

@@ -145,10 +145,6 @@ constexpr fn::FunctionEntry kTable[] = {
 
 }  // namespace
 
+Family propertyFunctions() noexcept { return kTable; }
+
 }  // namespace korvex::fn::wage
-
-namespace korvex::fn {
-
-Family propertyFunctions() noexcept { return wage::kTable; }
-
-}  // namespace korvex::fn

@@ -52,10 +52,6 @@ constexpr fn::FunctionEntry kTable[] = {
 
 }  // namespace
 
+Family turnoutFunctions() noexcept { return kTable; }
+
 }  // namespace korvex::fn::wage
-
-namespace korvex::fn {
-
-Family turnoutFunctions() noexcept { return wage::kTable; }
-
-}  // namespace korvex::fn
