@@ -91,7 +91,7 @@ class Call {
   std::span<const Value> args_;
 };
 
-/// Whether a value passes a check (exposed for the classes whose test
+/// Whether a value passes a check (exposed for the functions whose test
 /// depends on the argument count).
 bool Passes(ArgCheck check, const Value& v, const Locale& loc);
 
