@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -75,7 +76,8 @@ class Compiler {
   void stringLiteral();
   void dateLiteral();
   void constant(const NameEntry& e);
-  void call(const NameEntry* builtin, const HostFunctionEntry* host);
+  // A call of `function`, or of the inline function `op` when it is nullptr.
+  void call(const fn::FunctionEntry* function, InlineOp op = InlineOp::Abs);
   void token(char16_t c);
   void emitOperator(Op op);
 
@@ -257,7 +259,7 @@ void Compiler::constant(const NameEntry& e) {
   }
 }
 
-void Compiler::call(const NameEntry* builtin, const HostFunctionEntry* host) {
+void Compiler::call(const fn::FunctionEntry* function, InlineOp op) {
   // The argument text runs from just after the name through the matching
   // ")"; it is handed over with its parentheses.
   StringOp reader;
@@ -268,8 +270,8 @@ void Compiler::call(const NameEntry* builtin, const HostFunctionEntry* host) {
   // pos is on the last character read; scanning goes on after it.
   i_ = static_cast<std::size_t>(pos) - 1;
   CallRef& c = f_.calls.emplace_back();
-  c.builtin = builtin;
-  c.host = host;
+  c.function = function;
+  c.inlineOp = op;
   c.args = args;
   resolved(Action::Kind::Call, f_.calls.size() - 1);
 }
@@ -282,12 +284,18 @@ void Compiler::name() {
   const std::u16string_view written = text_.substr(start, k - start);
   std::u16string upper = upperName(written);
 
-  if (const NameEntry* e = lookupName(upper)) {
-    if (e->kind == NameKind::Constant) return constant(*e);
-    return call(e, nullptr);
+  if (const std::optional<NameEntry> e = lookupName(upper)) {
+    switch (e->kind) {
+      case NameKind::Constant:
+        return constant(*e);
+      case NameKind::Inline:
+        return call(nullptr, e->inlineOp());
+      case NameKind::Function:
+        return call(e->function);
+    }
   }
   if (const HostFunctionEntry* h = hostFunctionNamed(ctx_, upper)) {
-    return call(nullptr, h);
+    return call(&h->entry());
   }
   NameRef& n = f_.names.emplace_back();
   n.statementWord = isStatementWord(upper);

@@ -7,13 +7,12 @@
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
+#include "eval/call.hpp"
 #include "eval/eval.hpp"
 #include "eval/expression.hpp"
 #include "eval/inline_functions.hpp"
 #include "eval/value_buffer.hpp"
-#include "functions/function_call.hpp"
 #include "functions/host_functions.hpp"
-#include "functions/protocol.hpp"
 #include "values/numeric.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -85,19 +84,16 @@ bool resolveName(Context& ctx, const NameRef& n, Value& out) {
 }
 
 bool resolveCall(Context& ctx, const CallRef& c, Value& out) {
-  if (c.builtin != nullptr && c.builtin->kind == NameKind::Inline) {
+  if (c.function == nullptr) {
     if (!c.inlineArgument) c.inlineArgument = std::make_unique<Expression>(c.args);
     const Value v = c.inlineArgument->evaluate(ctx);
     if (ctx.errNum() != 0) return false;
-    out = applyInline(c.builtin->inlineOp(), v, ctx.locale());
+    out = applyInline(c.inlineOp, v, ctx.locale());
     return true;
   }
-  if (!c.list) c.list = std::make_unique<fn::ArgList>(c.args);
+  if (!c.list) c.list = std::make_unique<ArgList>(c.args);
   Value result;
-  const std::int32_t status =
-      c.builtin != nullptr
-          ? CallFunction(c.builtin->functionClass(), c.builtin->scriptName, *c.list, result, ctx)
-          : CallHostFunction(*c.host, *c.list, result, ctx);
+  const std::int32_t status = Invoke(*c.function, *c.list, result, ctx);
   if (static_cast<std::int16_t>(status) != 0) {
     // The function has stored its error; a status without one still
     // must not pass for success.

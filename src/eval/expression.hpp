@@ -23,14 +23,12 @@
 
 namespace korvex {
 class Context;
-class HostFunctionEntry;
 struct Locale;
-namespace fn {
-class ArgList;
-}
 }  // namespace korvex
 
 namespace korvex::eval {
+
+class ArgList;
 
 /// A name that is neither a built-in function nor a constant: a variable,
 /// a record field, or nothing known, decided when it is evaluated. The
@@ -49,11 +47,12 @@ struct NameRef {
 
 /// A call of a built-in, evaluator or host function.
 struct CallRef {
-  const NameEntry* builtin = nullptr;       // Function or Inline
-  const HostFunctionEntry* host = nullptr;  // else a host function
-  std::u16string_view args;                 // the argument text, parentheses included
+  /// The catalog's or the host's entry; nullptr for the inline function.
+  const fn::FunctionEntry* function = nullptr;
+  InlineOp inlineOp = InlineOp::Abs;
+  std::u16string_view args;  // the argument text, parentheses included
   // Made on the first call: the argument list split and kept.
-  mutable std::unique_ptr<fn::ArgList> list;
+  mutable std::unique_ptr<ArgList> list;
   mutable std::unique_ptr<class Expression> inlineArgument;
   CallRef();
   CallRef(CallRef&&) noexcept;

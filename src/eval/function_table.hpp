@@ -1,12 +1,13 @@
-// The names an expression resolves before it looks at variables: the cell
-// functions, the constants, the built-in functions and the few functions
-// the evaluator computes itself.
+// The names an expression resolves before it looks at variables: the
+// functions of the catalog (functions/catalog.hpp), and the evaluator's
+// own names, the constants and the few functions it computes itself.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
-#include "functions/function_call.hpp"
+#include "functions/protocol.hpp"
 
 namespace korvex::eval {
 
@@ -18,18 +19,21 @@ enum class ConstantId : std::uint8_t { CrLf, Empty, Null, True, False, Eof, Bof 
 
 struct NameEntry {
   NameKind kind;
-  std::uint8_t code;  // FunctionClass, InlineOp or ConstantId, by kind
-  /// The name as the table spells it (used in messages of classes that are
-  /// not available).
-  std::u16string_view scriptName;
+  std::uint8_t code = 0;                        // InlineOp or ConstantId, by kind
+  const fn::FunctionEntry* function = nullptr;  // kind Function
 
-  FunctionClass functionClass() const noexcept { return static_cast<FunctionClass>(code); }
   InlineOp inlineOp() const noexcept { return static_cast<InlineOp>(code); }
   ConstantId constant() const noexcept { return static_cast<ConstantId>(code); }
 };
 
-/// The entry for an upper-cased name, or nullptr when the name is none of
-/// these (it may still be a variable or a record field).
-const NameEntry* lookupName(std::u16string_view upperName) noexcept;
+/// What an upper-cased name stands for, or nothing when it is none of
+/// these (it may still be a host function, a variable or a record field).
+/// The cell functions come first, then the constants, then every other
+/// function.
+std::optional<NameEntry> lookupName(std::u16string_view upperName) noexcept;
+
+/// Whether an upper-cased name is one of the evaluator's own (a constant or
+/// a function it computes itself), which no host function may take.
+bool isOwnName(std::u16string_view upperName) noexcept;
 
 }  // namespace korvex::eval

@@ -7,7 +7,9 @@
 
 #include "engine/classify.hpp"
 #include "engine/context.hpp"
+#include "engine/names.hpp"
 #include "eval/eval.hpp"
+#include "eval/function_table.hpp"
 #include "facade/faults.hpp"
 #include "functions/host_functions.hpp"
 #include "statements/run_loop.hpp"
@@ -134,7 +136,12 @@ void BasicEngine::RequestStop() noexcept { ctx_->stopRequested.store(true); }
 void BasicEngine::SetLineHook(LineHook hook) noexcept { ctx_->lineHook = std::move(hook); }
 
 bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
-  return reported(*ctx_, false, [&] { return registerHostFunction(*ctx_, std::move(function)); });
+  return reported(*ctx_, false, [&] {
+    // The evaluator's own names (constants, inline functions) cannot be
+    // replaced either.
+    if (eval::isOwnName(upperName(function.name))) return false;
+    return registerHostFunction(*ctx_, std::move(function));
+  });
 }
 
 // ---- variables ---------------------------------------------------------------

@@ -1,5 +1,5 @@
 // Array functions: LBound and UBound.
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -20,11 +20,13 @@ std::int32_t bound(Call& call, Value& result) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"LBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<false>},
+    {{u"UBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<true>},
+};
+
 }  // namespace
 
-const FunctionDescriptor kLBound{
-    u"LBound", 1, 2, {Check::Array, Check::Numeric, Check::Any}, bound<false>};
-const FunctionDescriptor kUBound{
-    u"UBound", 1, 2, {Check::Array, Check::Numeric, Check::Any}, bound<true>};
+Family arrayFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

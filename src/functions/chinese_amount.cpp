@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
@@ -62,11 +62,21 @@ std::u16string amountInCapitals(Currency amount) {
   return out;
 }
 
+namespace {
+
 // Evaluation errors are not looked at before the numeric test, and the
 // type message carries no suffix.
-const FunctionDescriptor kNum2Chinese{
-    u"大写",     1,
-    1,           {Check::Numeric, Check::Any, Check::Any},
-    num2Chinese, static_cast<std::uint8_t>(kEngineStatus | kPlainTypeMessage)};
+constexpr FunctionEntry kTable[] = {
+    {{u"大写", u"Num2Chinese"},
+     1,
+     1,
+     {ArgCheck::Numeric, ArgCheck::Any, ArgCheck::Any},
+     num2Chinese,
+     static_cast<std::uint8_t>(kEngineStatus | kPlainTypeMessage)},
+};
+
+}  // namespace
+
+Family chineseAmountFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

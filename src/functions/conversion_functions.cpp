@@ -1,12 +1,12 @@
 // Conversion and test functions: CLng, CDbl, CDate, IsNumeric, IsEmpty.
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check N = Check::Numeric;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck N = ArgCheck::Numeric;
 
 // One operation for the plain conversions: the argument through `Convert`.
 template <Value (*Convert)(const Value&, const Locale&)>
@@ -34,12 +34,16 @@ std::int32_t isEmpty(Call& call, Value& result) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"CLng"}, 1, 1, {N, A, A}, convert<asLong>},
+    {{u"CDbl"}, 1, 1, {N, A, A}, convert<asDouble>},
+    {{u"CDate"}, 1, 1, {ArgCheck::Date, A, A}, convert<asDate>},
+    {{u"IsNumeric"}, 1, 1, {A, A, A}, convert<isNumeric>},
+    {{u"IsEmpty"}, 1, 1, {A, A, A}, isEmpty},
+};
+
 }  // namespace
 
-const FunctionDescriptor kCLng{u"CLng", 1, 1, {N, A, A}, convert<asLong>};
-const FunctionDescriptor kCDbl{u"CDbl", 1, 1, {N, A, A}, convert<asDouble>};
-const FunctionDescriptor kCDate{u"CDate", 1, 1, {Check::Date, A, A}, convert<asDate>};
-const FunctionDescriptor kIsNumeric{u"IsNumeric", 1, 1, {A, A, A}, convert<isNumeric>};
-const FunctionDescriptor kIsEmpty{u"IsEmpty", 1, 1, {A, A, A}, isEmpty};
+Family conversionFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -2,7 +2,7 @@
 #include <ctime>
 #include <string>
 
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/calendar.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
@@ -10,8 +10,8 @@
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check D = Check::Date;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck D = ArgCheck::Date;
 
 std::tm localNow() {
   const std::time_t now = std::time(nullptr);
@@ -56,7 +56,8 @@ std::int32_t maxDay(Call& call, Value& result) {
   const Locale& loc = call.locale();
   Value date = call.arg(1);
   if (call.count() == 2) {
-    if (!Passes(Check::Numeric, call.arg(1), loc) || !Passes(Check::Numeric, call.arg(2), loc)) {
+    if (!Passes(ArgCheck::Numeric, call.arg(1), loc) ||
+        !Passes(ArgCheck::Numeric, call.arg(2), loc)) {
       return call.typeError();
     }
     std::u16string text = vb::toString(Value::integer(vb::toInteger(call.arg(1), loc)), loc);
@@ -71,15 +72,19 @@ std::int32_t maxDay(Call& call, Value& result) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"Date"}, -1, -1, {A, A, A}, today},
+    {{u"Time"}, -1, -1, {A, A, A}, timeOfDay},
+    {{u"Day"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::day>},
+    {{u"Month"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::month>},
+    {{u"Hour"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>},
+    {{u"Minute"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>},
+    {{u"WeekDayName"}, 1, 1, {D, A, A}, weekDayName},
+    {{u"MaxDay"}, 1, 2, {A, A, A}, maxDay},
+};
+
 }  // namespace
 
-const FunctionDescriptor kDate{u"Date", -1, -1, {A, A, A}, today};
-const FunctionDescriptor kTime{u"Time", -1, -1, {A, A, A}, timeOfDay};
-const FunctionDescriptor kDay{u"Day", 1, 1, {D, A, A}, datePart<&vb::DateParts::day>};
-const FunctionDescriptor kMonth{u"Month", 1, 1, {D, A, A}, datePart<&vb::DateParts::month>};
-const FunctionDescriptor kHour{u"Hour", 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>};
-const FunctionDescriptor kMinute{u"Minute", 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>};
-const FunctionDescriptor kWeekDayName{u"WeekDayName", 1, 1, {D, A, A}, weekDayName};
-const FunctionDescriptor kMaxDay{u"MaxDay", 1, 2, {A, A, A}, maxDay};
+Family dateFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -7,7 +7,6 @@
 #include "engine/generation.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
-#include "eval/function_table.hpp"
 
 namespace korvex {
 
@@ -19,36 +18,14 @@ namespace {
 
 constexpr int kMostArguments = 100;
 
-fn::Check internalCheck(ArgCheck c) noexcept {
-  switch (c) {
-    case ArgCheck::Any:
-      return fn::Check::Any;
-    case ArgCheck::Numeric:
-      return fn::Check::Numeric;
-    case ArgCheck::NumericOrNull:
-      return fn::Check::NumericOrNull;
-    case ArgCheck::NonNegative:
-      return fn::Check::NonNegative;
-    case ArgCheck::Date:
-      return fn::Check::Date;
-    case ArgCheck::String:
-      return fn::Check::String;
-    case ArgCheck::Textual:
-      return fn::Check::Textual;
-    case ArgCheck::Array:
-      return fn::Check::Array;
-  }
-  return fn::Check::Any;
-}
-
-// The operation of every host descriptor: the host's argument tests (any
+// The operation of every host function's entry: the host's argument tests (any
 // number of positions), then the host's own operation.
 std::int32_t runHostFunction(fn::Call& call, Value& result) {
-  const auto& entry = *static_cast<const HostFunctionEntry*>(call.descriptor().context);
+  const auto& entry = *static_cast<const HostFunctionEntry*>(call.entry().context);
   const HostFunction& function = entry.function();
   const std::size_t checked = std::min(call.count(), function.checks.size());
   for (std::size_t i = 1; i <= checked; ++i) {
-    if (!fn::Passes(internalCheck(function.checks[i - 1]), call.arg(i), call.locale())) {
+    if (!fn::Passes(function.checks[i - 1], call.arg(i), call.locale())) {
       return call.typeError();
     }
   }
@@ -68,20 +45,20 @@ std::int32_t reporting(std::int32_t number, Fn&& fn) noexcept {
 
 HostFunctionEntry::HostFunctionEntry(HostFunction function)
     : function_(std::move(function)),
-      descriptor_{function_.name,
-                  static_cast<std::int8_t>(std::max(function_.minArgs, -1)),
-                  static_cast<std::int8_t>(function_.maxArgs),
-                  {},
-                  runHostFunction,
-                  fn::kNoQuirk,
-                  {},
-                  this} {}
+      entry_{{function_.name},
+             static_cast<std::int8_t>(std::max(function_.minArgs, -1)),
+             static_cast<std::int8_t>(function_.maxArgs),
+             {},
+             runHostFunction,
+             fn::kNoQuirk,
+             {},
+             this} {}
 
 bool HostFunctionTable::acceptable(const HostFunction& function) {
   const std::u16string_view name = function.name;
   if (name.empty() || !isIdentStart(name.front())) return false;
   if (!std::all_of(name.begin(), name.end(), isIdentChar)) return false;
-  if (eval::lookupName(upperName(name)) != nullptr) return false;
+  if (fn::findFunction(upperName(name)) != nullptr) return false;
   if (function.minArgs >= 0 &&
       (function.minArgs > function.maxArgs || function.maxArgs > kMostArguments)) {
     return false;
@@ -101,11 +78,6 @@ void HostFunctionTable::add(HostFunction function) {
 const HostFunctionEntry* HostFunctionTable::find(std::u16string_view upperName) const noexcept {
   const auto it = entries_.find(upperName);
   return it == entries_.end() ? nullptr : it->second.get();
-}
-
-std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
-                              Value& result, Context& ctx) {
-  return fn::Invoke(entry.descriptor(), args, result, ctx);
 }
 
 bool registerHostFunction(Context& ctx, HostFunction function) {

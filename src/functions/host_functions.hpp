@@ -1,6 +1,6 @@
 // The functions a host registered on an engine (<korvex/host_function.hpp>):
-// each becomes a descriptor of the common call protocol whose operation
-// runs the host's checks and then the host's operation.
+// each becomes an entry of the common call protocol whose operation runs
+// the host's checks and then the host's operation.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +12,7 @@
 #include <unordered_map>
 
 #include "engine/context.hpp"
+#include "functions/catalog.hpp"
 #include "functions/protocol.hpp"
 #include "korvex/host_function.hpp"
 
@@ -23,30 +24,28 @@ class HostFunctionEntry {
   HostFunctionEntry(const HostFunctionEntry&) = delete;
   HostFunctionEntry& operator=(const HostFunctionEntry&) = delete;
 
-  const fn::FunctionDescriptor& descriptor() const noexcept { return descriptor_; }
+  const fn::FunctionEntry& entry() const noexcept { return entry_; }
   const HostFunction& function() const noexcept { return function_; }
 
  private:
   HostFunction function_;
-  fn::FunctionDescriptor descriptor_;
+  fn::FunctionEntry entry_;
 };
 
 class HostFunctionTable final : public FunctionRegistry {
  public:
-  /// Whether the function may be registered (see BasicEngine::RegisterFunction).
+  /// Whether the function may be registered (see BasicEngine::RegisterFunction):
+  /// its name reads as a script name and is no built-in function's, its
+  /// counts are sound. The evaluator's own names (constants, the functions it
+  /// computes itself) are its own to refuse.
   static bool acceptable(const HostFunction& function);
   void add(HostFunction function);
   const HostFunctionEntry* find(std::u16string_view upperName) const noexcept;
   bool empty() const noexcept { return entries_.empty(); }
 
  private:
-  struct NameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::u16string_view s) const noexcept {
-      return std::hash<std::u16string_view>{}(s);
-    }
-  };
-  std::unordered_map<std::u16string, std::unique_ptr<HostFunctionEntry>, NameHash, std::equal_to<>>
+  std::unordered_map<std::u16string, std::unique_ptr<HostFunctionEntry>, fn::NameHash,
+                     std::equal_to<>>
       entries_;
 
  public:
@@ -60,9 +59,5 @@ bool registerHostFunction(Context& ctx, HostFunction function);
 /// The function a host registered under this upper-cased name, or nullptr.
 const HostFunctionEntry* hostFunctionNamed(const Context& ctx,
                                            std::u16string_view upperName) noexcept;
-
-/// Calls a host function with the argument list its name was followed by.
-std::int32_t CallHostFunction(const HostFunctionEntry& entry, const fn::ArgList& args,
-                              Value& result, Context& ctx);
 
 }  // namespace korvex

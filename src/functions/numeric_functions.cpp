@@ -1,15 +1,15 @@
 // Numeric functions: Round, Atn, Cos, Sin, Tan and Exp.
 #include <cmath>
 
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check N = Check::Numeric;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck N = ArgCheck::Numeric;
 
 // The largest argument whose exponential is still a finite Double.
 constexpr double kExpLimit = 709.782712893;
@@ -42,13 +42,17 @@ std::int32_t exp(Call& call, Value& result) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"Round"}, 1, 2, {ArgCheck::NumericOrNull, A, A}, round},
+    {{u"Atn"}, 1, 1, {N, A, A}, apply<atan>},
+    {{u"Cos"}, 1, 1, {N, A, A}, apply<cos>},
+    {{u"Sin"}, 1, 1, {N, A, A}, apply<sin>},
+    {{u"Tan"}, 1, 1, {N, A, A}, apply<tan>},
+    {{u"Exp"}, 1, 1, {N, A, A}, exp},
+};
+
 }  // namespace
 
-const FunctionDescriptor kRound{u"Round", 1, 2, {Check::NumericOrNull, A, A}, round};
-const FunctionDescriptor kAtn{u"Atn", 1, 1, {N, A, A}, apply<atan>};
-const FunctionDescriptor kCos{u"Cos", 1, 1, {N, A, A}, apply<cos>};
-const FunctionDescriptor kSin{u"Sin", 1, 1, {N, A, A}, apply<sin>};
-const FunctionDescriptor kTan{u"Tan", 1, 1, {N, A, A}, apply<tan>};
-const FunctionDescriptor kExp{u"Exp", 1, 1, {N, A, A}, exp};
+Family numericFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -1,45 +1,31 @@
-// The one call protocol every built-in function class follows.
+// The one call protocol every function follows, built-in or registered by
+// the host.
 //
-// A class is nothing but a FunctionDescriptor: its display name, how many
-// arguments it takes, the test each argument must pass and the operation
-// itself. Invoke does the steps they all share: split the argument text,
-// check the count, evaluate the arguments, test them, and decorate the
-// messages with "{函数:" + name + argument text + "}".
+// A function is nothing but a FunctionEntry: the names scripts call it by,
+// how many arguments it takes, the test each argument must pass and the
+// operation itself. The evaluator does the steps they all share (split the
+// argument text, check the count, evaluate the arguments, test them); the
+// Call an operation sees decorates every message with "{函数:" + name +
+// argument text + "}".
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "korvex/host_function.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex {
 class Context;
-namespace eval {
-class Expression;
 }
-}  // namespace korvex
 
 namespace korvex::fn {
 
-/// What an evaluated argument must be; a failure is error 4 "类型不匹配".
-enum class Check : std::uint8_t {
-  Any,      // nothing (including the string test that can never fail)
-  Numeric,  // the platform's IsNumeric
-  NumericOrNull,
-  NonNegative,  // numeric and not less than 0 (compared as a number)
-  Date,         // the platform's IsDate
-  String,       // of type String
-  Textual,      // has a string form: not Null, Object or Array
-  Array,        // an array
-};
-
-/// Deliberate departures of single classes from the common steps.
+/// Deliberate departures of single functions from the common steps.
 enum Quirk : std::uint8_t {
   kNoQuirk = 0,
   /// Evaluation errors are not looked at before the argument test; the
@@ -51,66 +37,42 @@ enum Quirk : std::uint8_t {
   kRequiresParenthesis = 4,
 };
 
-/// A call's argument text split into its argument expressions: what the
-/// text alone decides, kept with the call site so that a call that runs
-/// again neither splits nor scans its arguments afresh.
-class ArgList {
- public:
-  /// `argText` is the piece the parenthesis reader returned, parentheses
-  /// included; it must outlive the list (the argument expressions keep
-  /// copies of their own texts).
-  explicit ArgList(std::u16string_view argText);
-  ~ArgList();
-  ArgList(const ArgList&) = delete;
-  ArgList& operator=(const ArgList&) = delete;
-
-  std::u16string_view text() const noexcept { return text_; }
-  /// The split succeeded (no unclosed literal or group, no trailing comma).
-  bool parsed() const noexcept { return parsed_; }
-  /// The text begins (after blanks) with "(".
-  bool opensWithParenthesis() const noexcept { return opens_; }
-  std::size_t count() const noexcept { return items_.size(); }
-  /// Argument i (0-based).
-  const eval::Expression& item(std::size_t i) const noexcept { return *items_[i]; }
-
- private:
-  std::u16string_view text_;
-  bool parsed_ = false;
-  bool opens_ = false;
-  std::vector<std::unique_ptr<eval::Expression>> items_;
-};
-
 class Call;
 /// The operation: fills `result` (or leaves it alone) and returns 0, or an
 /// error already stored through the Call's helpers.
 using Operation = std::int32_t (*)(Call& call, Value& result);
 
-struct FunctionDescriptor {
-  std::u16string_view name;  // display name used in messages
-  std::int8_t minArgs;       // < 0: the count is not tested
+/// Everything about one function. A family's table is an array of them.
+struct FunctionEntry {
+  /// The names scripts call it by, matched case-insensitively; the first is
+  /// also the name its messages show. An unused slot stays empty.
+  std::array<std::u16string_view, 2> names;
+  std::int8_t minArgs;  // < 0: the count is not tested
   std::int8_t maxArgs;
-  std::array<Check, 3> checks;  // per argument position
+  std::array<ArgCheck, 3> checks;  // per argument position
   Operation operation;
   std::uint8_t quirks = kNoQuirk;
   /// When not empty, replaces the "{函数:...}" decoration of every message.
   std::u16string_view fixedSuffix = {};
   /// Whatever the operation needs beyond the call (a host function's entry).
   const void* context = nullptr;
+
+  std::u16string_view displayName() const noexcept { return names[0]; }
 };
 
 /// One call in progress: the arguments and the error helpers.
 class Call {
  public:
-  Call(const FunctionDescriptor& desc, std::u16string_view argText, Context& ctx,
+  Call(const FunctionEntry& entry, std::u16string_view argText, Context& ctx,
        std::span<const Value> args) noexcept
-      : desc_(desc), argText_(argText), ctx_(ctx), args_(args) {}
+      : entry_(entry), argText_(argText), ctx_(ctx), args_(args) {}
 
   std::size_t count() const noexcept { return args_.size(); }
   /// Argument i (1-based), evaluated.
   const Value& arg(std::size_t i) const { return args_[i - 1]; }
   Context& context() const noexcept { return ctx_; }
   const Locale& locale() const noexcept;
-  const FunctionDescriptor& descriptor() const noexcept { return desc_; }
+  const FunctionEntry& entry() const noexcept { return entry_; }
 
   /// Stores "错误的参数表达式或参数个数" + suffix; returns 6.
   std::int32_t countError() const;
@@ -123,18 +85,14 @@ class Call {
  private:
   std::u16string suffix(std::u16string_view extra) const;
 
-  const FunctionDescriptor& desc_;
+  const FunctionEntry& entry_;
   std::u16string_view argText_;
   Context& ctx_;
   std::span<const Value> args_;
 };
 
-/// Runs the common steps for one call of the class described by `desc`.
-std::int32_t Invoke(const FunctionDescriptor& desc, const ArgList& args, Value& result,
-                    Context& ctx);
-
-/// Whether a value passes a check (exposed for the classes whose test
+/// Whether a value passes a check (exposed for the functions whose test
 /// depends on the argument count).
-bool Passes(Check check, const Value& v, const Locale& loc);
+bool Passes(ArgCheck check, const Value& v, const Locale& loc);
 
 }  // namespace korvex::fn

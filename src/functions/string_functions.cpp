@@ -3,15 +3,15 @@
 #include <cstdint>
 #include <string>
 
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/format.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check N = Check::Numeric;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck N = ArgCheck::Numeric;
 
 // Left and Right take any first argument and use its string form; Null
 // passes through as the platform's Variant string functions do.
@@ -105,20 +105,23 @@ std::int32_t mid(Call& call, Value& result) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"Left"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<true>},
+    {{u"Right"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<false>},
+    {{u"Asc"}, 1, 1, {A, A, A}, asc},
+    {{u"Chr"}, 1, 1, {N, A, A}, chr},
+    {{u"CStr"}, 1, 1, {A, A, A}, cstr},
+    {{u"LCase"}, 1, 1, {A, A, A}, changeCase<vb::lowerCase>},
+    {{u"UCase"}, 1, 1, {A, A, A}, changeCase<vb::upperCase>},
+    {{u"Hex"}, 1, 1, {N, A, A}, hex},
+    {{u"Format"}, 1, 2, {A, A, A}, format},
+    // Mid keeps an older shape: its own message marker, and a first
+    // argument that really must be a String.
+    {{u"MID"}, 2, 3, {ArgCheck::String, N, N}, mid, kRequiresParenthesis, u"{MID()}"},
+};
+
 }  // namespace
 
-const FunctionDescriptor kLeft{u"Left", 2, 2, {A, Check::NonNegative, A}, takeEnd<true>};
-const FunctionDescriptor kRight{u"Right", 2, 2, {A, Check::NonNegative, A}, takeEnd<false>};
-const FunctionDescriptor kAsc{u"Asc", 1, 1, {A, A, A}, asc};
-const FunctionDescriptor kChr{u"Chr", 1, 1, {N, A, A}, chr};
-const FunctionDescriptor kCStr{u"CStr", 1, 1, {A, A, A}, cstr};
-const FunctionDescriptor kLCase{u"LCase", 1, 1, {A, A, A}, changeCase<vb::lowerCase>};
-const FunctionDescriptor kUCase{u"UCase", 1, 1, {A, A, A}, changeCase<vb::upperCase>};
-const FunctionDescriptor kHex{u"Hex", 1, 1, {N, A, A}, hex};
-const FunctionDescriptor kFormat{u"Format", 1, 2, {A, A, A}, format};
-// Mid keeps an older shape: its own message marker, and a first argument
-// that really must be a String.
-const FunctionDescriptor kMid{u"MID",    2, 3, {Check::String, N, N}, mid, kRequiresParenthesis,
-                              u"{MID()}"};
+Family stringFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -1,20 +1,18 @@
-// Variable and input functions: SetVar, GetVar, IsVarExist, Input.
-#include <optional>
+// Variable functions: SetVar, GetVar, IsVarExist.
 #include <string>
 
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
 #include "engine/string_op.hpp"
-#include "functions/function_descriptors.hpp"
+#include "functions/families.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check S = Check::String;
-constexpr Check T = Check::Textual;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck S = ArgCheck::String;
 
 std::int32_t setVar(Call& call, Value& result) {
   call.context().setSymbol(call.arg(1).stringValue(), call.arg(2));
@@ -40,22 +38,14 @@ std::int32_t isVarExist(Call& call, Value& result) {
   return 0;
 }
 
-// Input(prompt[, title[, default]]): the text typed, "" when cancelled.
-std::int32_t input(Call& call, Value& result) {
-  std::u16string texts[3];
-  for (std::size_t i = 1; i <= call.count(); ++i) {
-    texts[i - 1] = vb::toString(call.arg(i), call.locale());
-  }
-  std::optional<std::u16string> answer = call.context().ui().inputBox(texts[0], texts[1], texts[2]);
-  result = Value::string(answer ? std::move(*answer) : std::u16string());
-  return 0;
-}
+constexpr FunctionEntry kTable[] = {
+    {{u"SetVar"}, 2, 2, {S, A, A}, setVar},
+    {{u"GetVar"}, 1, 1, {S, A, A}, getVar},
+    {{u"IsVarExist"}, 1, 1, {S, A, A}, isVarExist},
+};
 
 }  // namespace
 
-const FunctionDescriptor kSetVar{u"SetVar", 2, 2, {S, A, A}, setVar};
-const FunctionDescriptor kGetVar{u"GetVar", 1, 1, {S, A, A}, getVar};
-const FunctionDescriptor kIsVarExist{u"IsVarExist", 1, 1, {S, A, A}, isVarExist};
-const FunctionDescriptor kInput{u"Input", 1, 3, {T, T, T}, input};
+Family variableFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -4,8 +4,8 @@
 
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
+#include "eval/call.hpp"
 #include "eval/expression.hpp"
-#include "functions/protocol.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"
@@ -20,7 +20,7 @@ constexpr std::int32_t kUserError = 2000;
 }  // namespace
 
 std::int32_t RaiseError(Context& ctx, std::u16string_view argText) {
-  const fn::ArgList args(argText);
+  const eval::ArgList args(argText);
   if (!args.parsed() || args.count() != 1) {
     std::u16string message(msg::kBadArguments);
     message += u"{语句:";

@@ -35,8 +35,8 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
   // Without its "(" a function name is a missing-parenthesis error; with a
   // list it does not accept it is the function's own error. Never 56.
   for (const char16_t* name : kFunctionNames) {
-    const auto* entry = lookupName(upperAscii(name));
-    ASSERT_NE(entry, nullptr) << toUtf8(name);
+    const auto entry = lookupName(upperAscii(name));
+    ASSERT_NE(entry, std::nullopt) << toUtf8(name);
     for (const std::u16string& written : {std::u16string(name), lower(name)}) {
       Harness f;
       Evaluate(contextOf(f.engine), written + u" + 1");
@@ -59,8 +59,8 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
 
 TEST(FunctionTable, UnderscoreOnlyNamesHaveNoPlainForm) {
   for (const char16_t* name : {u"部门工资合计", u"员工工资项目值", u"产品产值", u"顶班工资合计"}) {
-    EXPECT_EQ(lookupName(name), nullptr) << toUtf8(name);
-    EXPECT_NE(lookupName(std::u16string(u"_") + name), nullptr) << toUtf8(name);
+    EXPECT_EQ(lookupName(name), std::nullopt) << toUtf8(name);
+    EXPECT_NE(lookupName(std::u16string(u"_") + name), std::nullopt) << toUtf8(name);
   }
 }
 

@@ -1,35 +1,31 @@
-// CallFunction directly, and the variable, input and array functions that
-// reach into the engine.
-#include "functions/function_call.hpp"
-
+// Functions called directly, and the variable, input and array functions
+// that reach into the engine.
 #include <gtest/gtest.h>
 
 #include <memory>
 
-#include "facade/context_of.hpp"
+#include "call_by_name.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {
 namespace {
 
-TEST(CallFunction, IsEmptyLeavesTheCallersValueWhenNotEmpty) {
+TEST(DirectCall, IsEmptyLeavesTheCallersValueWhenNotEmpty) {
   BasicEngine engine;
   Value result = Value::string(u"kept");
-  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(0)", result, contextOf(engine)), 0);
+  ASSERT_EQ(callByName(u"ISEMPTY", u"(0)", result, engine), 0);
   EXPECT_EQ(describe(result), "String:kept");
-  ASSERT_EQ(CallFunction(FunctionClass::IsEmpty, u"IsEmpty", u"(\" \")", result, contextOf(engine)),
-            0);
+  ASSERT_EQ(callByName(u"ISEMPTY", u"(\" \")", result, engine), 0);
   EXPECT_EQ(describe(result), "Double:-1");
 }
 
-TEST(CallFunction, MidNeedsAnOpeningParenthesis) {
+TEST(DirectCall, MidNeedsAnOpeningParenthesis) {
   BasicEngine engine;
   Value result;
-  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"\"abc\", 2)", result, contextOf(engine)), 6);
+  EXPECT_EQ(callByName(u"MID", u"\"abc\", 2)", result, engine), 6);
   EXPECT_EQ(engine.ErrMsg(), u"错误的参数表达式或参数个数{MID()}");
   engine.SetErrNum(0);
-  EXPECT_EQ(CallFunction(FunctionClass::Mid, u"MID", u"  (\"abc\", 2)", result, contextOf(engine)),
-            0);
+  EXPECT_EQ(callByName(u"MID", u"  (\"abc\", 2)", result, engine), 0);
   EXPECT_EQ(describe(result), "String:bc");
 }
 

@@ -2,7 +2,7 @@
 // payroll dialect, writing the current row back, stored procedures.
 #include <vector>
 
-#include "datasource/database_fixture.hpp"
+#include "database_fixture.hpp"
 
 namespace korvex::testing {
 namespace {

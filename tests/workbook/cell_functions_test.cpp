@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "functions/function_call.hpp"
+#include "call_by_name.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/workbook.hpp"
 #include "values/runtime_error.hpp"
@@ -130,19 +130,19 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
 
 TEST(CellFunctionsWithoutWorkbook, FailWith1003FromTheirSource) {
   const struct {
-    FunctionClass cls;
+    const char16_t* name;
     const char16_t* args;
     const char16_t* source;
   } kCases[] = {
-      {FunctionClass::GetCell, u"(\"A\", 1)", u"GetCell()函数"},
-      {FunctionClass::SetCell, u"(\"A\", 1, 2)", u"SetCell()函数"},
-      {FunctionClass::SetCellFormula, u"(\"A\", 1, \"=1\")", u"SetCellFormula()函数"},
+      {u"GETCELL", u"(\"A\", 1)", u"GetCell()函数"},
+      {u"SETCELL", u"(\"A\", 1, 2)", u"SetCell()函数"},
+      {u"SETCELLFORMULA", u"(\"A\", 1, \"=1\")", u"SetCellFormula()函数"},
   };
   for (const auto& c : kCases) {
     BasicEngine engine;
     Value result;
     try {
-      CallFunction(c.cls, u"", c.args, result, contextOf(engine));
+      callByName(c.name, c.args, result, engine);
       ADD_FAILURE() << toUtf8(c.source) << " did not fail";
     } catch (const vb::RuntimeError& e) {
       EXPECT_EQ(e.number(), 1003);

@@ -2,7 +2,7 @@
 // unknown-property error, the silent failures and the argument checks.
 #include <vector>
 
-#include "datasource/database_fixture.hpp"
+#include "database_fixture.hpp"
 
 namespace korvex::testing {
 namespace {

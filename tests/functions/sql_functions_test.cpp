@@ -2,9 +2,9 @@
 // SQL texts sent, and the failure paths.
 #include <vector>
 
-#include "datasource/database_fixture.hpp"
-#include "datasource/source_query.hpp"
+#include "database_fixture.hpp"
 #include "facade/context_of.hpp"
+#include "functions/source_query.hpp"
 #include "values/runtime_error.hpp"
 
 namespace korvex::testing {
@@ -86,12 +86,12 @@ TEST_F(SqlFunctions, UseLineMovesOnlyDoSqlExToTheOtherDatabase) {
 }
 
 TEST_F(SqlFunctions, ObjectsComeOnlyFromTheHostsFactory) {
-  EXPECT_NE(ds::createObject(contextOf(engine_), u"Recordset"), nullptr);
+  EXPECT_NE(fn::createObject(contextOf(engine_), u"Recordset"), nullptr);
   for (const bool withFactory : {true, false}) {
     if (!withFactory) engine_.SetObjectFactory(nullptr);
     const char16_t* className = withFactory ? u"Spreadsheet" : u"Connection";
     try {
-      ds::createObject(contextOf(engine_), className);
+      fn::createObject(contextOf(engine_), className);
       ADD_FAILURE() << "created " << toUtf8(className);
     } catch (const vb::RuntimeError& e) {
       EXPECT_EQ(e.number(), 429) << toUtf8(className);

@@ -1,10 +1,10 @@
 // Job-data wage aggregates: department wage totals and averages from a
 // monthly wage table, piece-rate wages and output values from WA_JobData.
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/families.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 namespace {
 
 std::u16string yearMonth(const Period& p) {
@@ -91,8 +91,7 @@ std::u16string outputValueSql(const Period& p, std::u16string_view product) {
 namespace {
 
 using fn::Call;
-using fn::Check;
-constexpr Check A = Check::Any;
+constexpr ArgCheck A = ArgCheck::Any;
 
 Value total(const Call& call, const std::u16string& sql, std::u16string_view field) {
   return Value::dbl(queryTotal(call, sql, field));
@@ -160,14 +159,18 @@ std::int32_t outputValue(Call& call, Value& result) {
   return 0;
 }
 
+// Four of them exist only in the underscore form.
+constexpr fn::FunctionEntry kTable[] = {
+    {{u"_部门工资合计"}, 4, 4, {A, A, A}, departmentTotal},
+    {{u"_部门平均工资", u"部门平均工资"}, 4, 4, {A, A, A}, departmentAverage},
+    {{u"_计件工资额", u"计件工资额"}, 2, 3, {A, A, A}, pieceWage},
+    {{u"_部门计件工资额", u"部门计件工资额"}, 3, 3, {A, A, A}, departmentPieceWage},
+    {{u"_工序计件工资额", u"工序计件工资额"}, 3, 5, {A, A, A}, processPieceWage},
+    {{u"_产品产值"}, 2, 3, {A, A, A}, outputValue},
+};
+
 }  // namespace
 
-const fn::FunctionDescriptor kWaTotal{u"_部门工资合计", 4, 4, {A, A, A}, departmentTotal};
-const fn::FunctionDescriptor kWaAvg{u"_部门平均工资", 4, 4, {A, A, A}, departmentAverage};
-const fn::FunctionDescriptor kWaJJgzSum{u"_计件工资额", 2, 3, {A, A, A}, pieceWage};
-const fn::FunctionDescriptor kWaJJSumByDept{
-    u"_部门计件工资额", 3, 3, {A, A, A}, departmentPieceWage};
-const fn::FunctionDescriptor kWaJjSumIndex{u"_工序计件工资额", 3, 5, {A, A, A}, processPieceWage};
-const fn::FunctionDescriptor kWaValue{u"_产品产值", 2, 3, {A, A, A}, outputValue};
+Family jobDataFunctions() noexcept { return kTable; }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

@@ -1,12 +1,12 @@
 // Assessment totals, substitute-shift wages and the work-group wage.
 #include <array>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/families.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 namespace {
 
 std::u16string rangeTotal(std::u16string_view column, std::u16string_view table, double start,
@@ -37,7 +37,7 @@ std::u16string substituteWageSql(double start, double end, std::u16string_view c
 namespace {
 
 using fn::Call;
-constexpr fn::Check A = fn::Check::Any;
+constexpr ArgCheck A = ArgCheck::Any;
 
 bool isDate(const Call& call, std::size_t i) { return vb::isDate(call.arg(i), call.locale()); }
 double dateOf(const Call& call, std::size_t i) { return vb::toDate(call.arg(i), call.locale()); }
@@ -98,10 +98,14 @@ std::int32_t workGroupWage(Call& call, Value& result) {
   return 0;
 }
 
+constexpr fn::FunctionEntry kTable[] = {
+    {{u"_考核项目合计", u"考核项目合计"}, 3, 4, {A, A, A}, assessmentTotal},
+    {{u"_顶班工资合计"}, 2, 3, {A, A, A}, substituteWage},
+    {{u"_班组工资", u"班组工资"}, 3, 5, {A, A, A}, workGroupWage},
+};
+
 }  // namespace
 
-const fn::FunctionDescriptor kWaKaoHeHj{u"_考核项目合计", 3, 4, {A, A, A}, assessmentTotal};
-const fn::FunctionDescriptor kWaDingBanHj{u"_顶班工资合计", 2, 3, {A, A, A}, substituteWage};
-const fn::FunctionDescriptor kWaCalcByWorkGroup{u"_班组工资", 3, 5, {A, A, A}, workGroupWage};
+Family assessmentFunctions() noexcept { return kTable; }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

@@ -15,7 +15,7 @@ namespace korvex::fn {
 class Call;
 }
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 
 /// A reporting period: a calendar month, or a range of days (both ends
 /// included).
@@ -72,4 +72,4 @@ inline constexpr std::u16string_view kProductColumnsSql =
 std::u16string turnoutSql(const Period& p, std::u16string_view product,
                           std::u16string_view process);
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

@@ -4,11 +4,11 @@
 #include <array>
 #include <vector>
 
-#include "datasource/source_query.hpp"
-#include "datasource/sql_descriptors.hpp"
-#include "datasource/wage_sql.hpp"
 #include "engine/context.hpp"
 #include "engine/string_op.hpp"
+#include "functions/families.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
@@ -16,7 +16,7 @@ namespace korvex::fn {
 
 namespace {
 
-using namespace ds;
+using namespace wage;
 
 constexpr std::int32_t kSqlFailed = 30;
 
@@ -191,7 +191,7 @@ std::int32_t runSqlScript(Call& call, std::u16string_view sql, bool asArray, boo
 std::int32_t executeSql(Call& call, Value& result) {
   // Whatever the argument is, its text is the SQL.
   const std::u16string sql = vb::toString(call.arg(1), call.locale());
-  return runSqlScript(call, sql, false, false, result, kExecuteSQL.name);
+  return runSqlScript(call, sql, false, false, result, call.entry().displayName());
 }
 
 std::int32_t doSqlEx(Call& call, Value& result) {
@@ -199,7 +199,7 @@ std::int32_t doSqlEx(Call& call, Value& result) {
   // Only a Boolean sets the header flag; anything else leaves it off.
   const bool header =
       call.count() == 2 && call.arg(2).type() == VarType::Boolean && call.arg(2).booleanValue();
-  return runSqlScript(call, sql, true, header, result, kDoSqlEx.name);
+  return runSqlScript(call, sql, true, header, result, call.entry().displayName());
 }
 
 // Year and month: numeric (else the bare 4), not below 0 (else 6).
@@ -224,15 +224,14 @@ std::int32_t wageItem(Call& call, Value& result) {
   return 0;
 }
 
-std::int32_t getRecordSet(Call&, Value&) { return 0; }
+constexpr FunctionEntry kTable[] = {
+    {{u"DoSQL", u"ExecuteSQL"}, 1, 1, {ArgCheck::Any}, executeSql},
+    {{u"DoSqlEx"}, 1, 2, {ArgCheck::Any, ArgCheck::Any}, doSqlEx},
+    {{u"_员工工资项目值"}, 5, 5, {}, wageItem, kPlainTypeMessage},
+};
 
 }  // namespace
 
-const FunctionDescriptor kExecuteSQL{u"DoSQL", 1, 1, {Check::Any}, executeSql};
-const FunctionDescriptor kDoSqlEx{u"DoSqlEx", 1, 2, {Check::Any, Check::Any}, doSqlEx};
-const FunctionDescriptor kWaGetFieldValue{u"_员工工资项目值", 5, 5, {}, wageItem,
-                                          kPlainTypeMessage};
-const FunctionDescriptor kGetRecordSet{u"GetRecordSet",  1, 1, {Check::String}, getRecordSet,
-                                       kPlainTypeMessage};
+Family sqlFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -1,4 +1,4 @@
-#include "datasource/source_query.hpp"
+#include "functions/source_query.hpp"
 
 #include <array>
 
@@ -6,7 +6,7 @@
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn {
 
 namespace {
 
@@ -78,4 +78,4 @@ Value queryFieldOrFallback(Context& ctx, std::u16string_view sql, std::u16string
   }
 }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn

@@ -3,10 +3,10 @@
 // process index, and only a group whose index is marked as the product's
 // last step (wa_workindex.bEnd = 1) is kept. A product thus counts each
 // finished piece once, however many steps it went through.
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/families.hpp"
+#include "functions/wage/wage_sql.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 
 std::u16string turnoutSql(const Period& p, std::u16string_view product,
                           std::u16string_view process) {
@@ -31,7 +31,7 @@ std::u16string turnoutSql(const Period& p, std::u16string_view product,
 namespace {
 
 using fn::Call;
-constexpr fn::Check A = fn::Check::Any;
+constexpr ArgCheck A = ArgCheck::Any;
 
 // Period, product and (for a process) the process index, all tested as the
 // piece-rate functions test theirs.
@@ -45,9 +45,13 @@ std::int32_t turnout(Call& call, Value& result) {
   return 0;
 }
 
+constexpr fn::FunctionEntry kTable[] = {
+    {{u"_产品产量", u"产品产量"}, 3, 3, {A, A, A}, turnout},
+    {{u"_工序产量", u"工序产量"}, 4, 4, {A, A, A}, turnout},
+};
+
 }  // namespace
 
-const fn::FunctionDescriptor kWaTurnout{u"_产品产量", 3, 3, {A, A, A}, turnout};
-const fn::FunctionDescriptor kWaTurnoutIndex{u"_工序产量", 4, 4, {A, A, A}, turnout};
+Family turnoutFunctions() noexcept { return kTable; }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

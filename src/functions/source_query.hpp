@@ -12,7 +12,7 @@
 //
 //   std::int32_t deptTotal(fn::Call& call, Value& result) {
 //     ...
-//     const Value v = ds::queryField(call.context(), sql, u"WA_Total", Value::dbl(0));
+//     const Value v = queryField(call.context(), sql, u"WA_Total", Value::dbl(0));
 //     result = Value::dbl(vb::toDouble(v, call.locale()));
 //     return 0;
 //   }
@@ -29,7 +29,7 @@ namespace korvex {
 class Context;
 }
 
-namespace korvex::ds {
+namespace korvex::fn {
 
 // ---- late-bound calls that fail as run-time failures -----------------------
 
@@ -64,4 +64,4 @@ Value queryField(Context& ctx, std::u16string_view sql, std::u16string_view fiel
 Value queryFieldOrFallback(Context& ctx, std::u16string_view sql, std::u16string_view field,
                            const Value& fallback);
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn

@@ -4,13 +4,13 @@
 #include <iterator>
 #include <unordered_map>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_functions.hpp"
-#include "datasource/wage_sql.hpp"
+#include "functions/families.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 
 std::u16string employeePropertySql(std::u16string_view code) {
   return u"select * from Employes where cCode='" + std::u16string(code) + u"'";
@@ -36,7 +36,7 @@ std::u16string productPropertySql(std::u16string_view product, bool byCode, std:
 namespace {
 
 using fn::Call;
-constexpr fn::Check A = fn::Check::Any;
+constexpr ArgCheck A = ArgCheck::Any;
 
 struct Alias {
   std::u16string_view name;  // as a formula writes it, upper case
@@ -137,10 +137,14 @@ std::int32_t productProperty(Call& call, Value& result) {
   return 0;
 }
 
+constexpr fn::FunctionEntry kTable[] = {
+    {{u"_员工属性", u"员工属性"}, 2, 2, {A, A, A}, employeeProperty},
+    {{u"_员工人数", u"员工人数"}, 3, 3, {A, A, A}, employeeCount},
+    {{u"_产品属性", u"产品属性"}, 4, 4, {A, A, A}, productProperty},
+};
+
 }  // namespace
 
-const fn::FunctionDescriptor kEmployesProperty{u"_员工属性", 2, 2, {A, A, A}, employeeProperty};
-const fn::FunctionDescriptor kEmployesCount{u"_员工人数", 3, 3, {A, A, A}, employeeCount};
-const fn::FunctionDescriptor kProductProperty{u"_产品属性", 4, 4, {A, A, A}, productProperty};
+Family propertyFunctions() noexcept { return kTable; }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

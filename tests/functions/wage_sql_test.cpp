@@ -1,12 +1,12 @@
 // The wage functions' SQL texts, character for character: the payroll
 // database and its stored reports depend on their exact form.
-#include "datasource/wage_sql.hpp"
+#include "functions/wage/wage_sql.hpp"
 
 #include <gtest/gtest.h>
 
 #include "values/calendar.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 namespace {
 
 struct SqlCase {
@@ -93,4 +93,4 @@ TEST(WageSql, TextsAreSentExactly) {
 }
 
 }  // namespace
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage

@@ -1,5 +1,7 @@
-#include "datasource/cell_functions.hpp"
-
+// The spreadsheet cell functions GetCell, SetCell and SetCellFormula: they
+// address a cell of the engine's ExcelBook by column letters and row, and
+// reach the workbook only through its late-bound members (Worksheets, Item,
+// Cells, value, Resize, Formula, index).
 #include <array>
 #include <optional>
 #include <string>
@@ -7,6 +9,7 @@
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "engine/names.hpp"
+#include "functions/families.hpp"
 #include "korvex/host_object.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -14,9 +17,9 @@
 namespace korvex::fn {
 namespace {
 
-constexpr Check A = Check::Any;
-constexpr Check N = Check::Numeric;
-constexpr Check S = Check::String;
+constexpr ArgCheck A = ArgCheck::Any;
+constexpr ArgCheck N = ArgCheck::Numeric;
+constexpr ArgCheck S = ArgCheck::String;
 
 constexpr std::int32_t kNoWorkbook = 1003;
 constexpr std::u16string_view kNoWorkbookText = u"没有有效的Excel工作簿对象实例";
@@ -126,10 +129,14 @@ std::int32_t setCellFormula(Call& call, Value&) {
   return 0;
 }
 
+constexpr FunctionEntry kTable[] = {
+    {{u"GetCell"}, 2, 3, {S, N, A}, getCell},
+    {{u"SetCell"}, 3, 4, {S, N, A}, setCell},
+    {{u"SetCellFormula"}, 3, 4, {S, N, A}, setCellFormula},
+};
+
 }  // namespace
 
-const FunctionDescriptor kGetCell{u"GetCell", 2, 3, {S, N, A}, getCell};
-const FunctionDescriptor kSetCell{u"SetCell", 3, 4, {S, N, A}, setCell};
-const FunctionDescriptor kSetCellFormula{u"SetCellFormula", 3, 4, {S, N, A}, setCellFormula};
+Family cellFunctions() noexcept { return kTable; }
 
 }  // namespace korvex::fn

@@ -2,13 +2,13 @@
 // text their SQL is made of.
 #include <cstdio>
 
-#include "datasource/source_query.hpp"
-#include "datasource/wage_sql.hpp"
 #include "functions/protocol.hpp"
+#include "functions/source_query.hpp"
+#include "functions/wage/wage_sql.hpp"
 #include "values/calendar.hpp"
 #include "values/ops.hpp"
 
-namespace korvex::ds {
+namespace korvex::fn::wage {
 
 std::int32_t readPeriod(const fn::Call& call, std::size_t first, Period& period) {
   const Value& a = call.arg(first);
@@ -62,4 +62,4 @@ std::u16string wageTableName(std::int16_t year, std::int16_t month) {
   return u"工资表" + decimal(year) + u"年" + twoDigits.substr(twoDigits.size() - 2) + u"月";
 }
 
-}  // namespace korvex::ds
+}  // namespace korvex::fn::wage
