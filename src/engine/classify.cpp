@@ -92,11 +92,10 @@ bool restIsEmpty(std::u16string_view rest) noexcept {
 
 namespace {
 
-// The kind, or 0 with the error in `number` / `message`.
-std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16string& message) {
-  const auto refuse = [&](std::int32_t n, std::u16string_view text) -> std::int16_t {
-    number = n;
-    message.assign(text);
+// The kind, or 0 with the error in `error`.
+std::int16_t classify(std::u16string_view line, Error& error) {
+  const auto refuse = [&](const Message& m, std::u16string_view detail = {}) -> std::int16_t {
+    error.set(m, detail);
     return 0;
   };
   const std::size_t n = line.size();
@@ -104,14 +103,12 @@ std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16st
   while (i < n && isBlank(line[i])) ++i;
   if (i == n) return kStmtBlank;
   if (line[i] == u'\'') return kStmtComment;
-  if (!isIdentStart(line[i])) return refuse(3, msg::kBadSymbol);
+  if (!isIdentStart(line[i])) return refuse(msg::kBadSymbol);
   const std::size_t start = i++;
   for (; i < n && !isBlank(line[i]) && line[i] != u'='; ++i) {
     if (!isIdentChar(line[i])) {
-      std::u16string text(msg::kBadSymbol);
-      text += line[i];
-      text += u'\'';
-      return refuse(3, text);
+      const char16_t quoted[] = {line[i], u'\''};
+      return refuse(msg::kBadSymbol, {quoted, 2});
     }
   }
   const Word word(line.substr(start, i - start));
@@ -155,7 +152,7 @@ std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16st
   }};
   for (const Move& m : kMoves) {
     if (word.is(m.english) || word.is(m.chinese)) {
-      if (!restIsEmpty(rest)) return refuse(1, msg::kSyntax);
+      if (!restIsEmpty(rest)) return refuse(msg::kSyntax);
       return m.kind;
     }
   }
@@ -164,14 +161,12 @@ std::int16_t classify(std::u16string_view line, std::int32_t& number, std::u16st
   if (word.is(u"MSGBOX")) return kStmtMsgBox;
   if (word.is(u"ADDRECORD") || word.is(u"增加记录")) return kStmtAddRecord;
   if (word.is(u"DELRECORD") || word.is(u"删除记录")) return kStmtDelRecord;
-  if (isReservedWord(word)) return refuse(23, msg::kKeywordMisused);
+  if (isReservedWord(word)) return refuse(msg::kKeywordMisused);
   return kStmtAssign;
 }
 
 }  // namespace
 
-std::int16_t classifyLine(std::u16string_view line, std::int32_t& number, std::u16string& message) {
-  return classify(line, number, message);
-}
+std::int16_t classifyLine(std::u16string_view line, Error& error) { return classify(line, error); }
 
 }  // namespace korvex

@@ -3,14 +3,15 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
+
+#include "values/error.hpp"
 
 namespace korvex {
 
-/// The line's kind, or 0 with the error in `number` / `message`: 3 for a
-/// bad character in its first word, 23 for a reserved word, 1 for a record
-/// move followed by more than a comment.
-std::int16_t classifyLine(std::u16string_view line, std::int32_t& number, std::u16string& message);
+/// The line's kind, or 0 with the error in `error`: 3 for a bad character
+/// in its first word, 23 for a reserved word, 1 for a record move followed
+/// by more than a comment.
+std::int16_t classifyLine(std::u16string_view line, Error& error);
 
 }  // namespace korvex

@@ -26,7 +26,7 @@ Context::Context(BasicEngine* host)
 Context::~Context() = default;
 
 std::int32_t Context::defineSymbol(std::u16string_view name, const Value& value) {
-  if (symbols_.IsSymbolDefined(name)) return 24;
+  if (symbols_.IsSymbolDefined(name)) return msg::kVariableDefined.number;
   symbols_.Add(name, value);
   return 0;
 }
@@ -69,11 +69,11 @@ void Context::setHostFunctions(std::unique_ptr<FunctionRegistry> r) noexcept {
 std::u16string_view Context::lineCode(std::int16_t line) {
   const KeptScript* script = frame_->kept.get();
   if (script == nullptr || script->lines.empty()) {
-    report(19, msg::kGetLineEmpty);
+    report(msg::kGetLineEmpty);
     return {};
   }
   if (line > static_cast<std::int64_t>(script->lines.size())) {
-    report(21, msg::kGetLineIndex);
+    report(msg::kGetLineIndex);
     return {};
   }
   if (line < 1) vb::raise(vb::kSubscript);
@@ -90,10 +90,10 @@ KeptLine* Context::keptLine(std::int16_t line) noexcept {
 
 std::int16_t Context::kindOf(KeptLine& line) {
   if (!line.classified) {
-    line.kind = classifyLine(line.text, line.errorNumber, line.errorMessage);
+    line.kind = classifyLine(line.text, line.error);
     line.classified = true;
   }
-  if (line.errorNumber != 0) report(line.errorNumber, line.errorMessage);
+  if (line.error.failed()) frame_->error = line.error;
   return line.kind;
 }
 

@@ -108,6 +108,10 @@ class Context {
   std::int32_t report(std::int32_t number, std::u16string_view message) {
     return frame_->error.set(number, message);
   }
+  std::int32_t report(const Message& m) { return frame_->error.set(m); }
+  std::int32_t report(const Message& m, std::u16string_view detail) {
+    return frame_->error.set(m, detail);
+  }
   void setErrMsg(std::u16string_view message) { frame_->error.text.assign(message); }
 
   // ---- lines and blocks of the current frame ------------------------------
@@ -142,7 +146,7 @@ class Context {
   std::int32_t defineSymbol(std::u16string_view name, const Value& value);
   /// Defines the variable, or assigns it if it exists.
   void setSymbol(std::u16string_view name, const Value& value) {
-    if (defineSymbol(name, value) == 24) symbols_.setValue(name, value);
+    if (defineSymbol(name, value) != 0) symbols_.setValue(name, value);
   }
 
   const Locale& locale() const noexcept { return *locale_; }

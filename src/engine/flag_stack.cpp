@@ -77,7 +77,7 @@ void FlagStack::push(FlagFrame&& frame) {
 
 FlagFrame FlagStack::pop() {
   if (count_ == 0) {
-    errors_->set(18, msg::kPopEmpty);
+    errors_->set(msg::kPopEmpty);
     return nothing();
   }
   --count_;
@@ -87,7 +87,7 @@ FlagFrame FlagStack::pop() {
 const FlagFrame& FlagStack::top() {
   static const FlagFrame kNone = nothing();
   if (count_ == 0) {
-    errors_->set(20, msg::kGetPopValueEmpty);
+    errors_->set(msg::kGetPopValueEmpty);
     return kNone;
   }
   return frames_[static_cast<std::size_t>(count_) - 1];

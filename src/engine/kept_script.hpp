@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/generation.hpp"
+#include "values/error.hpp"
 
 namespace korvex {
 
@@ -29,8 +30,7 @@ struct KeptLine {
   // The statement kind and, when the line does not classify, its error.
   bool classified = false;
   std::int16_t kind = 0;
-  std::int32_t errorNumber = 0;
-  std::u16string errorMessage;
+  Error error;
   // Made by the statement that runs the line (always the same one: the
   // kind decides).
   std::unique_ptr<stmt::Form> form;

@@ -69,10 +69,7 @@ std::int32_t StringOp::quoteEnd(std::u16string_view text, std::int16_t& pos) {
   const std::size_t close = text.find(u'"', open + 1);
   if (pos < 1 || open >= text.size() || close == std::u16string_view::npos) {
     pos = lastPosition(text);
-    std::u16string m(msg::kBadExpression);
-    m += u",期待引号。\r\n";
-    m += text;
-    return fail(2, std::move(m));
+    return fail(msg::kBadExpression, std::u16string(u",期待引号。\r\n") + std::u16string(text));
   }
   pos = position(close);
   return 0;
@@ -102,11 +99,11 @@ std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
       --depth;
     } else if (!opened && !isBlank(c)) {
       pos = position(i);
-      return fail(26, std::u16string(msg::kMissingOpen));
+      return fail(msg::kMissingOpen);
     }
   }
   pos = lastPosition(text);
-  if (depth != 0) return fail(25, std::u16string(msg::kUnbalanced));
+  if (depth != 0) return fail(msg::kUnbalanced);
   return 0;
 }
 
@@ -142,7 +139,7 @@ std::int32_t StringOp::listItem(std::u16string_view text, std::int16_t& pos, std
   span = {};
   const auto trimmed = trimBlanks(text);
   if (!trimmed.empty() && trimmed.back() == u',') {
-    return fail(2, std::u16string(msg::kBadExpression));
+    return fail(msg::kBadExpression);
   }
   std::size_t first = std::u16string_view::npos;
   std::size_t last = 0;

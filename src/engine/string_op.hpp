@@ -58,6 +58,9 @@ class StringOp {
 
  private:
   std::int32_t fail(std::int32_t number, std::u16string msg);
+  std::int32_t fail(const Message& m, std::u16string_view detail = {}) {
+    return fail(m.number, std::u16string(m.text) + std::u16string(detail));
+  }
   // Move pos from the opening quote to the closing one / from the start of
   // a group to its closing ")".
   std::int32_t quoteEnd(std::u16string_view text, std::int16_t& pos);

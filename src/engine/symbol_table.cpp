@@ -24,11 +24,7 @@ const std::u16string& SymbolTable::key(std::u16string_view name) const {
 
 void SymbolTable::reportUndefined(const std::u16string& upperName) const {
   if (owner_ == nullptr) return;
-  std::u16string text(msg::kUndefinedVariable);
-  text += u" '";
-  text += upperName;
-  text += u'\'';
-  owner_->top().error.set(5, text);
+  owner_->top().error.set(msg::kUndefinedVariable, msg::quoted(upperName));
 }
 
 void SymbolTable::Add(std::u16string_view name, const Value& value) {

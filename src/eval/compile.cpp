@@ -66,6 +66,7 @@ class Compiler {
 
  private:
   [[noreturn]] void fail(std::int32_t number, std::u16string message);
+  [[noreturn]] void fail(const Message& m) { fail(m.number, std::u16string(m.text)); }
   void literal(Value v, bool protectedLiteral = false);
   // An operand found by an action: the action, then the operand's place.
   void resolved(Action::Kind kind, std::size_t index);
@@ -110,7 +111,7 @@ void Compiler::emitOperator(Op op) {
 }
 
 void Compiler::literal(Value v, bool protectedLiteral) {
-  if (expect_ == Expect::Operator) fail(50, std::u16string(msg::kMissingOperator));
+  if (expect_ == Expect::Operator) fail(msg::kMissingOperator);
   expect_ = Expect::Operator;
   // A string that reads like an operator is applied as one, unless it is
   // a literal protected as an operand; one that reads NUL, an operator
@@ -145,7 +146,7 @@ void Compiler::resolved(Action::Kind kind, std::size_t index) {
 void Compiler::binaryOrUnary(Op op) {
   if (expect_ != Expect::Operator) {
     if (op == Op::Add || op == Op::Sub) {
-      if (expect_ == Expect::AfterSign) fail(51, std::u16string(msg::kMissingOperand));
+      if (expect_ == Expect::AfterSign) fail(msg::kMissingOperand);
       // A unary minus binds to what follows without popping anything, so
       // 2^-3 is 2, 3, "(-)", "^"; a unary plus is dropped.
       if (op == Op::Sub) ops_.push_back(Op::Neg);
@@ -157,7 +158,7 @@ void Compiler::binaryOrUnary(Op op) {
       expect_ = Expect::AfterNot;
       return;
     }
-    fail(51, std::u16string(msg::kMissingOperand));
+    fail(msg::kMissingOperand);
   }
   // Equal priorities pop too: every binary operator is left-associative.
   const std::int16_t p = priority(op);
@@ -174,7 +175,7 @@ void Compiler::closeParenthesis() {
     emitOperator(ops_.back());
     ops_.pop_back();
   }
-  if (ops_.empty()) fail(52, std::u16string(msg::kCloseWithoutOpen));
+  if (ops_.empty()) fail(msg::kCloseWithoutOpen);
   // The state stays as it was: after "()" an operand is still expected.
   ops_.pop_back();
 }
@@ -185,13 +186,13 @@ void Compiler::number() {
   std::size_t k = i_;
   for (; k < text_.size() && isNumberChar(text_[k]); ++k) {
     if (text_[k] == u'.') {
-      if (point) fail(53, std::u16string(msg::kSeveralPoints));
+      if (point) fail(msg::kSeveralPoints);
       point = true;
     }
   }
   i_ = k - 1;
   const std::size_t len = k - start;
-  if (len == 1 && point) fail(54, std::u16string(msg::kBadOperand));
+  if (len == 1 && point) fail(msg::kBadOperand);
   // Digits and at most one point: the narrow copy is exact.
   std::string digits(len, '0');
   for (std::size_t j = 0; j < len; ++j) digits[j] = static_cast<char>(text_[start + j]);
@@ -226,7 +227,7 @@ void Compiler::stringLiteral() {
 
 void Compiler::dateLiteral() {
   const std::size_t close = text_.find(u'#', i_ + 1);
-  if (close == std::u16string_view::npos) fail(55, std::u16string(msg::kExpressionError));
+  if (close == std::u16string_view::npos) fail(msg::kExpressionError);
   f_.dates.emplace_back(text_.substr(i_ + 1, close - i_ - 1));
   i_ = close;
   resolved(Action::Kind::Date, f_.dates.size() - 1);
@@ -320,7 +321,7 @@ void Compiler::token(char16_t c) {
   if (c == u'"') return stringLiteral();
   if (c == u'#') return dateLiteral();
   if (isIdentStart(c)) return name();
-  fail(56, std::u16string(msg::kUnknownSymbol));
+  fail(msg::kUnknownSymbol);
 }
 
 void Compiler::run() {
@@ -331,11 +332,11 @@ void Compiler::run() {
     token(c);
   }
   while (!ops_.empty()) {
-    if (ops_.back() == Op::Open) fail(57, std::u16string(msg::kMissingClose));
+    if (ops_.back() == Op::Open) fail(msg::kMissingClose);
     emitOperator(ops_.back());
     ops_.pop_back();
   }
-  if (anyToken_ && expect_ != Expect::Operator) fail(51, std::u16string(msg::kMissingOperand));
+  if (anyToken_ && expect_ != Expect::Operator) fail(msg::kMissingOperand);
 }
 
 }  // namespace

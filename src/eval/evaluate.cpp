@@ -48,6 +48,11 @@ bool fail(Context& ctx, std::int32_t number, std::u16string_view message) {
   return false;
 }
 
+bool fail(Context& ctx, const Message& m, std::u16string_view detail = {}) {
+  ctx.report(m, detail);
+  return false;
+}
+
 // ---- the actions --------------------------------------------------------
 
 bool resolveName(Context& ctx, const NameRef& n, Value& out) {
@@ -74,13 +79,9 @@ bool resolveName(Context& ctx, const NameRef& n, Value& out) {
     return ctx.errNum() == 0;
   }
   if (n.statementWord) {
-    std::u16string m(msg::kKeywordMisused);
-    m += u":'";
-    m += n.written;
-    m += u'\'';
-    return fail(ctx, 23, m);
+    return fail(ctx, msg::kKeywordMisused, msg::quoted(n.written, u":'"));
   }
-  return fail(ctx, 56, msg::kUnknownSymbol);
+  return fail(ctx, msg::kUnknownSymbol);
 }
 
 bool resolveCall(Context& ctx, const CallRef& c, Value& out) {
@@ -128,7 +129,7 @@ bool resolve(Context& ctx, const Expression::Form& f, ValueBuffer& operands) {
         break;
       case Action::Kind::Date: {
         const auto serial = vb::parseDate(f.dates[a.index], ctx.locale());
-        if (!serial) return fail(ctx, 4, msg::kTypeMismatch);
+        if (!serial) return fail(ctx, msg::kTypeMismatch);
         v = Value::date(*serial);
         break;
       }
@@ -149,7 +150,7 @@ bool resolve(Context& ctx, const Expression::Form& f, ValueBuffer& operands) {
         throw vb::RuntimeError(failure.number, failure.message);
       }
     }
-    if (a.missingOperator) return fail(ctx, 50, msg::kMissingOperator);
+    if (a.missingOperator) return fail(ctx, msg::kMissingOperator);
   }
   return true;
 }
@@ -168,7 +169,7 @@ class ValueStack {
   // evaluation goes on.
   Value pop() {
     if (size() == 0) {
-      ctx_.report(18, msg::kPopEmpty);
+      ctx_.report(msg::kPopEmpty);
       return {};
     }
     Value v = std::move(items_.back());
@@ -317,9 +318,9 @@ void apply(Op op, ValueStack& stack, const Locale& loc) {
 }
 
 Value typeMismatch(Context& ctx) {
-  ctx.report(4, msg::kTypeMismatch);
-  std::u16string box(msg::kExpressionError);
-  box += msg::kTypeMismatch;
+  ctx.report(msg::kTypeMismatch);
+  std::u16string box(msg::kExpressionError.text);
+  box += msg::kTypeMismatch.text;
   box += u" Line:";
   const std::string line = std::to_string(ctx.currentLine());
   box.append(line.begin(), line.end());
@@ -373,7 +374,7 @@ Value run(Context& ctx, const Expression::Form& f, ValueBuffer& work, Operand&& 
 
   if (stack.size() == 0) return {};
   if (stack.size() == 1) return stack.pop();
-  ctx.report(2, msg::kBadExpression);
+  ctx.report(msg::kBadExpression);
   ctx.ui().messageBox(msg::kSeveralResults, UserInterface::Buttons::Ok, u"");
   return {};
 }

@@ -87,10 +87,9 @@ std::u16string BasicEngine::GetLineCode(std::int16_t line) noexcept {
 
 std::int16_t BasicEngine::WhatSTMT(std::u16string_view line) noexcept {
   return reported(*ctx_, std::int16_t{0}, [&] {
-    std::int32_t number = 0;
-    std::u16string message;
-    const std::int16_t kind = classifyLine(line, number, message);
-    if (number != 0) ctx_->top().error.set(number, message);
+    Error error;
+    const std::int16_t kind = classifyLine(line, error);
+    if (error.failed()) ctx_->top().error = std::move(error);
     return kind;
   });
 }

@@ -23,7 +23,6 @@ constexpr ArgCheck S = ArgCheck::String;
 
 constexpr std::int32_t kNoWorkbook = 1003;
 constexpr std::u16string_view kNoWorkbookText = u"没有有效的Excel工作簿对象实例";
-constexpr std::int32_t kUndefinedSymbol = 5;
 
 // A failed late-bound call is a run-time failure of the script.
 Value unwrap(DispatchResult r) {
@@ -76,8 +75,7 @@ std::int32_t accessCell(Call& call, std::int16_t row, std::u16string_view source
   const std::u16string letters = upperName(call.arg(1).stringValue());
   const std::optional<std::int32_t> column = columnNumber(letters);
   if (!column) {
-    return call.fail(kUndefinedSymbol,
-                     std::u16string(msg::kUndefinedVariable) + u" '" + letters + u"'");
+    return call.fail(msg::kUndefinedVariable, msg::quoted(letters));
   }
   const std::array<Value, 2> position{Value::integer(row), Value::lng(*column)};
   cell = objectOf(unwrap(sheet->getProperty(u"Cells", position)));

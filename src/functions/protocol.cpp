@@ -25,14 +25,15 @@ std::int32_t Call::fail(std::int32_t number, std::u16string message) const {
   return number;
 }
 
-std::int32_t Call::countError() const {
-  return fail(6, std::u16string(msg::kBadArguments) + suffix({}));
+std::int32_t Call::fail(const Message& m, std::u16string_view detail) const {
+  return ctx_.report(m, detail);
 }
 
+std::int32_t Call::countError() const { return ctx_.report(msg::kBadArguments, suffix({})); }
+
 std::int32_t Call::typeError(std::u16string_view extra) const {
-  std::u16string text(msg::kTypeMismatch);
-  if (!(entry_.quirks & kPlainTypeMessage)) text += suffix(extra);
-  return fail(4, std::move(text));
+  if (entry_.quirks & kPlainTypeMessage) return ctx_.report(msg::kTypeMismatch);
+  return ctx_.report(msg::kTypeMismatch, suffix(extra));
 }
 
 bool Passes(ArgCheck check, const Value& v, const Locale& loc) {

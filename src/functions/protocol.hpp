@@ -18,6 +18,7 @@
 #include "korvex/host_function.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/value.hpp"
+#include "values/error.hpp"
 
 namespace korvex {
 class Context;
@@ -81,6 +82,8 @@ class Call {
   std::int32_t typeError(std::u16string_view extra = {}) const;
   /// Stores any number and message on the engine; returns the number.
   std::int32_t fail(std::int32_t number, std::u16string message) const;
+  /// Stores a message of the table followed by `detail`; returns its number.
+  std::int32_t fail(const Message& m, std::u16string_view detail = {}) const;
 
  private:
   std::u16string suffix(std::u16string_view extra) const;

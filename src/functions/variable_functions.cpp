@@ -23,11 +23,8 @@ std::int32_t setVar(Call& call, Value& result) {
 std::int32_t getVar(Call& call, Value& result) {
   const std::u16string& name = call.arg(1).stringValue();
   if (!call.context().symbolDefined(name)) {
-    std::u16string message(msg::kUndefinedVariable);
-    message += u" '";
-    message += upperName(name);  // as the table spells it
-    message += u'\'';
-    return call.fail(5, std::move(message));
+    return call.fail(msg::kUndefinedVariable,
+                     msg::quoted(upperName(name)));  // as the table spells it
   }
   result = call.context().symbolValue(name);
   return 0;

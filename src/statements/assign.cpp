@@ -34,7 +34,7 @@ AssignForm::AssignForm(std::u16string_view line) {
   std::size_t pos = 0;
   for (;;) {
     if (pos >= line.size()) {
-      verdict.fail(22, msg::kUnsupportedStatement);
+      verdict.fail(msg::kUnsupportedStatement);
       return;
     }
     const char16_t c = line[pos];
@@ -44,31 +44,25 @@ AssignForm::AssignForm(std::u16string_view line) {
     }
     if (c == u'=') break;
     if (!name.empty()) {
-      std::u16string message(msg::kSyntax);
-      message += kAssignMarker;
-      verdict.fail(1, message);
+      verdict.fail(msg::kSyntax, kAssignMarker);
       return;
     }
     if (!isIdentStart(c)) {
       // Only the message: the line goes on as if nothing had been wrong.
       verdict.kind = detail::Verdict::Kind::MessageOnly;
-      verdict.message = msg::kBadSymbol;
+      verdict.message = msg::kBadSymbol.text;
       return;
     }
     const std::size_t start = pos;
     for (++pos; pos < line.size() && !isBlank(line[pos]) && line[pos] != u'='; ++pos) {
       if (isIdentChar(line[pos])) continue;
-      std::u16string message(msg::kBadSymbol);
-      message += u'\'';
-      message += line[pos];
-      message += u'\'';
-      verdict.fail(3, message);
+      verdict.fail(msg::kBadSymbol, msg::quoted({&line[pos], 1}, u"'"));
       return;
     }
     name = line.substr(start, pos - start);
   }
   if (name.empty()) {
-    verdict.fail(1, msg::kSyntax);
+    verdict.fail(msg::kSyntax);
     return;
   }
   const detail::Cut text = detail::upToComment(line, pos + 1);
@@ -79,7 +73,7 @@ AssignForm::AssignForm(std::u16string_view line) {
     return;
   }
   if (trimBlanks(text.text).empty()) {
-    verdict.fail(1, msg::kSyntax);
+    verdict.fail(msg::kSyntax);
     return;
   }
   expression = std::make_unique<eval::Expression>(text.text);
@@ -109,11 +103,7 @@ std::int32_t Assign(Context& ctx, KeptLine& line) {
     ctx.changeField(Value::string(form.name), value);
     return ctx.errNum();
   }
-  std::u16string message(msg::kUndefinedVariable);
-  message += u" '";
-  message += form.name;
-  message += u'\'';
-  return detail::fail(ctx, 5, message);
+  return detail::fail(ctx, msg::kUndefinedVariable, msg::quoted(form.name));
 }
 
 }  // namespace korvex::stmt

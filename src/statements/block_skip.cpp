@@ -22,7 +22,7 @@ bool countsAsLoop(Skip mode, std::int16_t kind) {
 // Lines a scan passes without doing anything: no block statement, no
 // classification error.
 bool plain(const KeptLine* kept, std::int16_t kind) {
-  if (kept == nullptr || kept->errorNumber != 0) return false;
+  if (kept == nullptr || kept->error.failed()) return false;
   switch (kind) {
     case kStmtIf:
     case kStmtElse:
@@ -58,7 +58,7 @@ std::int32_t skipForward(Context& ctx, Skip mode, const Value& ifCondition, Skip
 
   for (std::int16_t line = first;; line = nextLine(line)) {
     if (line > last) {
-      return ifMode ? fail(ctx, 10, msg::kIfWithoutEndIf) : fail(ctx, 14, msg::kDoWithoutLoop);
+      return ifMode ? fail(ctx, msg::kIfWithoutEndIf) : fail(ctx, msg::kDoWithoutLoop);
     }
     KeptLine* kept = ctx.keptLine(line);
     const std::int16_t kind = kindAt(ctx, line);
@@ -87,7 +87,7 @@ std::int32_t skipForward(Context& ctx, Skip mode, const Value& ifCondition, Skip
         if (ifMode && ctx.frame().ifCount == depth) return stopAt(line, kind);
         break;
       case kStmtEndIf:
-        if (ctx.frame().ifCount <= 0) return fail(ctx, 11, msg::kEndIfWithoutIf);
+        if (ctx.frame().ifCount <= 0) return fail(ctx, msg::kEndIfWithoutIf);
         if (ifMode && ctx.frame().ifCount == depth) return stopAt(line, kind);
         ctx.flags().pop();
         ctx.frame().ifCount = step16(ctx.frame().ifCount, -1);
@@ -107,14 +107,14 @@ std::int32_t skipForward(Context& ctx, Skip mode, const Value& ifCondition, Skip
       case kStmtLoop:
       case kStmtEndDo: {
         if (mode == Skip::ExitDo && ctx.frame().doCount <= 0) {
-          return fail(ctx, 15, msg::kLoopWithoutDo);
+          return fail(ctx, msg::kLoopWithoutDo);
         }
         if (!ifMode && ctx.frame().doCount == depth) return stopAt(line, kind);
         // Whatever is on top is taken as the nested loop's entry; an IF
         // entry there (a DO WHILE passed over) is the structure error.
         const FlagFrame popped = ctx.flags().pop();
         ctx.frame().doCount = step16(ctx.frame().doCount, -1);
-        if (!popped.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
+        if (!popped.isDo()) return fail(ctx, msg::kLoopWithoutDo);
         break;
       }
       default:

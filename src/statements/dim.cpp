@@ -24,13 +24,11 @@ enum class DimState {
 constexpr std::u16string_view kDimKeyword = u"DIM";
 constexpr std::u16string_view kDimMarker = u"{DIM}";
 
+// What follows the message of a bad character.
 std::u16string badCharacter(char16_t c, bool withMarker) {
-  std::u16string message(msg::kBadSymbol);
-  message += u" '";
-  message += c;
-  message += u'\'';
-  if (withMarker) message += kDimMarker;
-  return message;
+  std::u16string detail = msg::quoted({&c, 1});
+  if (withMarker) detail += kDimMarker;
+  return detail;
 }
 
 }  // namespace
@@ -42,18 +40,19 @@ std::int32_t Dim(Context& ctx, KeptLine& kept) {
   for (std::size_t pos = 0; pos < line.size(); ++pos) {
     const char16_t c = line[pos];
     if (c == u',') {
-      if (state != DimState::Declared) return fail(ctx, 1, msg::kSyntax);
+      if (state != DimState::Declared) return fail(ctx, msg::kSyntax);
       state = DimState::NeedsName;
       continue;
     }
     if (c == u'\'') break;
     if (isBlank(c)) continue;
 
-    if (state == DimState::Declared) return fail(ctx, 1, msg::kSyntax);
-    if (!isIdentStart(c)) return fail(ctx, 3, badCharacter(c, true));
+    if (state == DimState::Declared) return fail(ctx, msg::kSyntax);
+    if (!isIdentStart(c)) return fail(ctx, msg::kBadSymbol, badCharacter(c, true));
     const std::size_t start = pos;
     for (++pos; pos < line.size() && !isBlank(line[pos]) && line[pos] != u','; ++pos) {
-      if (!isIdentChar(line[pos])) return fail(ctx, 3, badCharacter(line[pos], false));
+      if (!isIdentChar(line[pos]))
+        return fail(ctx, msg::kBadSymbol, badCharacter(line[pos], false));
     }
     // The blank or comma that ends the word is consumed with it (the loop's
     // ++pos steps over it).
@@ -64,9 +63,7 @@ std::int32_t Dim(Context& ctx, KeptLine& kept) {
     ctx.defineSymbol(vb::upperCase(word), Value());
   }
   if (state != DimState::Declared) {
-    std::u16string message(msg::kSyntax);
-    message += kDimMarker;
-    return fail(ctx, 1, message);
+    return fail(ctx, msg::kSyntax, kDimMarker);
   }
   return ctx.errNum();
 }

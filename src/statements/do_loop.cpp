@@ -34,7 +34,7 @@ struct DoForm : Form {
     const detail::Cut rest = detail::upToComment(line, word->end);
     // An unclosed literal leaves no readable condition.
     if (!rest.readable) {
-      verdict.fail(2, msg::kBadExpression);
+      verdict.fail(msg::kBadExpression);
       return;
     }
     const detail::Word kind = detail::readLooseWord(rest.text, 0);
@@ -43,12 +43,12 @@ struct DoForm : Form {
     } else if (equalsNoCase(kind.text, u"UNTIL")) {
       marker = FlagFrame::Marker::DoUntil;
     } else {
-      verdict.fail(1, msg::kSyntax);
+      verdict.fail(msg::kSyntax);
       return;
     }
     const std::u16string_view text = rest.text.substr(kind.end);
     if (trimBlanks(text).empty()) {
-      verdict.fail(13, msg::kDoMissingExpression);
+      verdict.fail(msg::kDoMissingExpression);
       return;
     }
     condition = std::make_unique<eval::Expression>(text);
@@ -68,7 +68,7 @@ struct LoopForm : Form {
     const std::u16string_view rest = trimBlanks(detail::upToComment(line, word->end).text);
     const bool isLoop = equalsNoCase(word->text, u"LOOP") && rest.empty();
     const bool isEndDo = equalsNoCase(word->text, u"END") && equalsNoCase(rest, u"DO");
-    if (!isLoop && !isEndDo) verdict.fail(1, msg::kSyntax);
+    if (!isLoop && !isEndDo) verdict.fail(msg::kSyntax);
   }
   detail::Verdict verdict;
 };
@@ -82,7 +82,7 @@ struct ExitForm : Form {
     if (rest.empty()) {
       verdict.kind = detail::Verdict::Kind::Status;
     } else if (!equalsNoCase(rest, u"DO")) {
-      verdict.fail(1, msg::kSyntax);
+      verdict.fail(msg::kSyntax);
     }
   }
   detail::Verdict verdict;
@@ -107,7 +107,7 @@ std::int32_t Do(Context& ctx, KeptLine& line) {
   const Value value = form.condition->evaluate(ctx);
   if (ctx.errNum() != 0) return ctx.errNum();
   if (!value.isNull() && !vb::isNumeric(value, ctx.locale())) {
-    return fail(ctx, 13, msg::kDoMissingExpression);
+    return fail(ctx, msg::kDoMissingExpression);
   }
 
   FlagFrame frame;
@@ -138,9 +138,9 @@ std::int32_t LoopOrEndDo(Context& ctx, KeptLine& line) {
   const LoopForm& form = formOf<LoopForm>(line);
   if (!form.verdict.go()) return form.verdict.replay(ctx);
 
-  if (ctx.flags().size() < 1) return fail(ctx, 15, msg::kLoopWithoutDo);
+  if (ctx.flags().size() < 1) return fail(ctx, msg::kLoopWithoutDo);
   const FlagFrame& entry = ctx.flags().top();
-  if (!entry.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
+  if (!entry.isDo()) return fail(ctx, msg::kLoopWithoutDo);
 
   // The evaluation may change the stack (a host function can): keep what
   // is needed of the entry.
@@ -165,7 +165,7 @@ std::int32_t LoopOrEndDo(Context& ctx, KeptLine& line) {
 std::int32_t ExitDo(Context& ctx, KeptLine& line) {
   const ExitForm& form = formOf<ExitForm>(line);
   if (!form.verdict.go()) return form.verdict.replay(ctx);
-  if (ctx.frame().doCount == 0) return fail(ctx, 16, msg::kExitDoOutside);
+  if (ctx.frame().doCount == 0) return fail(ctx, msg::kExitDoOutside);
 
   detail::SkipStop stop;
   if (const std::int32_t err = detail::skipForward(ctx, detail::Skip::ExitDo, Value(), stop);
@@ -177,7 +177,7 @@ std::int32_t ExitDo(Context& ctx, KeptLine& line) {
   ctx.setCurrentLine(stop.line);
   const FlagFrame popped = ctx.flags().pop();
   ctx.frame().doCount = detail::step16(ctx.frame().doCount, -1);
-  if (!popped.isDo()) return fail(ctx, 15, msg::kLoopWithoutDo);
+  if (!popped.isDo()) return fail(ctx, msg::kLoopWithoutDo);
   ctx.setCurrentLine(detail::nextLine(stop.line));
   return 0;
 }

@@ -50,7 +50,7 @@ struct IfForm : Form {
 IfForm::IfForm(std::u16string_view line) {
   const detail::Word word = detail::readLooseWord(line, 0);
   if (word.text.empty() || word.text.front() == u'\'' || !equalsNoCase(word.text, u"IF")) {
-    verdict.fail(1, msg::kSyntax);
+    verdict.fail(msg::kSyntax);
     return;
   }
   for (std::size_t pos = word.end; pos < line.size(); ++pos) {
@@ -58,7 +58,7 @@ IfForm::IfForm(std::u16string_view line) {
     if (c == u'"') {
       const std::size_t close = line.find(u'"', pos + 1);
       if (close == std::u16string_view::npos) {
-        verdict.fail(2, msg::kBadExpression);
+        verdict.fail(msg::kBadExpression);
         return;
       }
       pos = close;
@@ -72,7 +72,7 @@ IfForm::IfForm(std::u16string_view line) {
       return;
     }
   }
-  verdict.fail(9, msg::kIfMissingThen);
+  verdict.fail(msg::kIfMissingThen);
 }
 
 // The tail of a true single-line IF runs as a script of its own in a frame
@@ -155,7 +155,7 @@ std::int32_t If(Context& ctx, KeptLine& line) {
   // An unclosed literal after THEN: the statement cannot move on, and
   // returning "success" there would make the run loop repeat this line for
   // ever. Report it like an unclosed literal in the condition.
-  if (!form.tailReadable) return fail(ctx, 2, msg::kBadExpression);
+  if (!form.tailReadable) return fail(ctx, msg::kBadExpression);
   const bool block = form.tail.empty();
 
   const Value condition = form.condition->evaluate(ctx);
@@ -198,10 +198,10 @@ std::int32_t If(Context& ctx, KeptLine& line) {
 std::int32_t Else(Context& ctx, KeptLine& line) {
   const ElseForm& form = formOf<ElseForm>(line);
   if (!form.verdict.go()) return form.verdict.replay(ctx);
-  if (!form.rest.empty()) return fail(ctx, 8, msg::kElseError);
-  if (ctx.flags().size() < 1) return fail(ctx, 7, msg::kElseWithoutIf);
+  if (!form.rest.empty()) return fail(ctx, msg::kElseError);
+  if (ctx.flags().size() < 1) return fail(ctx, msg::kElseWithoutIf);
   const FlagFrame& entry = ctx.flags().top();
-  if (entry.marker != FlagFrame::Marker::If) return fail(ctx, 7, msg::kElseWithoutIf);
+  if (entry.marker != FlagFrame::Marker::If) return fail(ctx, msg::kElseWithoutIf);
 
   // Only a condition exactly equal to True took the IF part; any other
   // value (5, Null, ...) leaves the ELSE part to run as well.
@@ -213,7 +213,7 @@ std::int32_t Else(Context& ctx, KeptLine& line) {
   // classify are passed over; the 0 returned at the END IF clears their
   // error number.
   for (std::int16_t at = detail::nextLine(ctx.currentLine());; at = detail::nextLine(at)) {
-    if (at > ctx.lineCount()) return fail(ctx, 10, msg::kIfWithoutEndIf);
+    if (at > ctx.lineCount()) return fail(ctx, msg::kIfWithoutEndIf);
     if (detail::kindAt(ctx, at) == kStmtEndIf) {
       ctx.setCurrentLine(at);
       return 0;
@@ -226,9 +226,9 @@ std::int32_t EndIf(Context& ctx, KeptLine& line) {
   if (!form.verdict.go()) return form.verdict.replay(ctx);
   // A bare END is the stop statement's business, not this one's.
   if (form.rest.empty()) return ctx.errNum();
-  if (!form.closesIf) return fail(ctx, 12, msg::kEndIfSyntax);
+  if (!form.closesIf) return fail(ctx, msg::kEndIfSyntax);
   if (ctx.flags().size() < 1 || ctx.flags().top().marker != FlagFrame::Marker::If) {
-    return fail(ctx, 11, msg::kEndIfWithoutIf);
+    return fail(ctx, msg::kEndIfWithoutIf);
   }
   ctx.flags().pop();
   ctx.frame().ifCount = detail::step16(ctx.frame().ifCount, -1);

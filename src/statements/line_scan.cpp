@@ -41,21 +41,28 @@ bool Verdict::fail(std::int32_t n, std::u16string_view text) {
   return false;
 }
 
+bool Verdict::fail(const Message& m, std::u16string_view detail) {
+  std::u16string text(m.text);
+  text += detail;
+  return fail(m.number, text);
+}
+
+std::int32_t fail(Context& ctx, const Message& m, std::u16string_view detail) {
+  return ctx.report(m, detail);
+}
+
 std::optional<Word> readKeyword(Verdict& verdict, std::u16string_view line, QuoteStyle style) {
   const std::size_t start = skipBlanks(line, 0);
   if (start == line.size() || line[start] == u'\'') return Word{{}, start};
   if (!isIdentStart(line[start])) {
-    verdict.fail(3, msg::kBadSymbol);
+    verdict.fail(msg::kBadSymbol);
     return std::nullopt;
   }
   std::size_t pos = start + 1;
   for (; pos < line.size() && !isBlank(line[pos]); ++pos) {
     if (isIdentChar(line[pos])) continue;
-    std::u16string message(msg::kBadSymbol);
-    message += style == QuoteStyle::Spaced ? u" '" : u"'";
-    message += line[pos];
-    message += u'\'';
-    verdict.fail(3, message);
+    verdict.fail(msg::kBadSymbol,
+                 msg::quoted({&line[pos], 1}, style == QuoteStyle::Spaced ? u" '" : u"'"));
     return std::nullopt;
   }
   return Word{line.substr(start, pos - start), pos};
@@ -66,7 +73,7 @@ std::optional<Word> expectKeyword(Verdict& verdict, std::u16string_view line,
   auto word = readKeyword(verdict, line, QuoteStyle::Spaced);
   if (!word) return std::nullopt;
   if (!equalsNoCase(word->text, keyword)) {
-    verdict.fail(1, msg::kSyntax);
+    verdict.fail(msg::kSyntax);
     return std::nullopt;
   }
   return word;
@@ -95,10 +102,9 @@ Cut upToComment(std::u16string_view line, std::size_t from) noexcept {
 
 std::int16_t kindAt(Context& ctx, std::int16_t line) {
   if (KeptLine* kept = ctx.keptLine(line)) return ctx.kindOf(*kept);
-  std::int32_t number = 0;
-  std::u16string message;
-  const std::int16_t kind = classifyLine(ctx.lineCode(line), number, message);
-  if (number != 0) ctx.report(number, message);
+  Error error;
+  const std::int16_t kind = classifyLine(ctx.lineCode(line), error);
+  if (error.failed()) ctx.frame().error = std::move(error);
   return kind;
 }
 

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "korvex/value.hpp"
+#include "values/error.hpp"
 
 namespace korvex {
 
@@ -21,6 +22,7 @@ namespace stmt::detail {
 /// Stores the message and then the number on the engine (the order every
 /// statement reports in) and returns the number.
 std::int32_t fail(Context& ctx, std::int32_t number, std::u16string_view message);
+std::int32_t fail(Context& ctx, const Message& m, std::u16string_view detail = {});
 
 /// What a line's text alone decides before anything of it runs: go on, or
 /// end the statement the same way every time it runs. A statement derives
@@ -41,6 +43,7 @@ struct Verdict {
   std::int32_t replay(Context& ctx) const;
   /// Records a failure (the verdict must still be Go) and returns false.
   bool fail(std::int32_t n, std::u16string_view text);
+  bool fail(const Message& m, std::u16string_view detail = {});
 };
 
 /// Index of the first non-blank character at or after `pos` (size() if none).

@@ -18,12 +18,12 @@ std::int32_t MsgBox(Context& ctx, KeptLine& kept) {
   detail::Verdict verdict;
   const auto word = detail::readKeyword(verdict, line, detail::QuoteStyle::Tight);
   if (!word) return verdict.replay(ctx);
-  if (!equalsNoCase(word->text, u"MSGBOX")) return detail::fail(ctx, 1, msg::kSyntax);
+  if (!equalsNoCase(word->text, u"MSGBOX")) return detail::fail(ctx, msg::kSyntax);
 
   const detail::Cut rest = detail::upToComment(line, word->end);
   if (!rest.readable) return ctx.errNum();
   const std::u16string_view expression = trimBlanks(rest.text);
-  if (expression.empty()) return detail::fail(ctx, 1, msg::kSyntax);
+  if (expression.empty()) return detail::fail(ctx, msg::kSyntax);
 
   const Value value = Evaluate(ctx, expression);
   if (ctx.errNum() != 0) return ctx.errNum();

@@ -22,12 +22,11 @@ constexpr std::int32_t kUserError = 2000;
 std::int32_t RaiseError(Context& ctx, std::u16string_view argText) {
   const eval::ArgList args(argText);
   if (!args.parsed() || args.count() != 1) {
-    std::u16string message(msg::kBadArguments);
-    message += u"{语句:";
-    message += kName;
-    message += argText;
-    message += u'}';
-    return detail::fail(ctx, 6, message);
+    std::u16string source(u"{语句:");
+    source += kName;
+    source += argText;
+    source += u'}';
+    return detail::fail(ctx, msg::kBadArguments, source);
   }
   const Value value = args.item(0).evaluate(ctx);
   if (ctx.errNum() != 0) return ctx.errNum();

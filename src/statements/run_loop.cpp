@@ -138,7 +138,7 @@ void RunScript(Context& ctx) {
 
     // The host may have moved the line (a line hook can).
     if (static_cast<std::size_t>(f.currentLine) > script->lines.size()) {
-      ctx.report(21, msg::kGetLineIndex);
+      ctx.report(msg::kGetLineIndex);
       raiseLineError(f, kEngineError);
     }
     if (f.currentLine < 1) vb::raise(vb::kSubscript);
@@ -168,15 +168,15 @@ void RunScript(Context& ctx) {
       return;
     }
     if (kind == kStmtSyntaxError) {
-      ctx.report(1, msg::kSyntax);
+      ctx.report(msg::kSyntax);
     } else {  // EXIT FOR, AddRecord, DelRecord: recognised, not provided
-      ctx.report(19, msg::kUnrecognisedStatement);
+      ctx.report(msg::kUnrecognisedStatement);
     }
     raiseLineError(f, f.error.number);
   }
 
-  if (f.ifCount > 0) ctx.report(10, msg::kIfWithoutEndIf);
-  if (f.doCount > 0) ctx.report(14, msg::kDoWithoutLoop);
+  if (f.ifCount > 0) ctx.report(msg::kIfWithoutEndIf);
+  if (f.doCount > 0) ctx.report(msg::kDoWithoutLoop);
   if (f.error.failed()) raiseLineError(f, kEngineError);
 }
 

@@ -11,6 +11,13 @@
 
 namespace korvex {
 
+/// A message of the engine's numbered table: the number it always comes
+/// with and its text.
+struct Message {
+  std::int32_t number;
+  std::u16string_view text;
+};
+
 struct Error {
   std::int32_t number = 0;
   std::u16string text;
@@ -21,6 +28,14 @@ struct Error {
     text.assign(t);
     number = n;
     return n;
+  }
+  std::int32_t set(const Message& m) { return set(m.number, m.text); }
+  /// The message's text followed by `detail`.
+  std::int32_t set(const Message& m, std::u16string_view detail) {
+    text.assign(m.text);
+    text += detail;
+    number = m.number;
+    return number;
   }
   void clear() noexcept {
     number = 0;
