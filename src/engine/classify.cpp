@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "engine/messages.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "korvex/statement_kind.hpp"
 #include "values/text_scan.hpp"
 
@@ -57,18 +57,10 @@ class Word {
   bool tooLong_ = false;
 };
 
-bool equalsUpper(std::u16string_view upperWord, std::u16string_view keyword) noexcept {
-  if (upperWord.size() != keyword.size()) return false;
-  for (std::size_t i = 0; i < keyword.size(); ++i) {
-    if (upperWord[i] != vb::asciiUpper(keyword[i])) return false;
-  }
-  return true;
-}
-
 bool isReservedWord(const Word& w) noexcept {
   if (w.tooLong()) return false;
   return std::any_of(kReservedWords.begin(), kReservedWords.end(),
-                     [&](std::u16string_view r) { return equalsUpper(w.view(), r); });
+                     [&](std::u16string_view r) { return equalsNoCase(w.view(), r); });
 }
 
 // The second word: after blanks, the run of non-blank characters; a "'"

@@ -1,7 +1,7 @@
 // Argument lists: splitting a function's argument text and evaluating it.
 #include "engine/paras.hpp"
 
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 
 namespace korvex {
 
@@ -15,7 +15,7 @@ std::int32_t Paras::Parse(std::u16string_view text) {
   if (!list.empty() && list.back() == u')') list.remove_suffix(1);
   paraText_ = list;
 
-  StringOp scanner;
+  ScriptReader scanner;
   std::int16_t index = 0;
   std::int16_t pos = 1;
   while (static_cast<std::size_t>(pos) <= list.size()) {
@@ -23,14 +23,14 @@ std::int32_t Paras::Parse(std::u16string_view text) {
     std::u16string_view piece;
     bool blanksDropped = false;
     bool separator = false;
-    if (scanner.FindListItem(list, pos, piece, blanksDropped, separator) != 0) {
+    if (scanner.findListItem(list, pos, piece, blanksDropped, separator) != 0) {
       error_ = scanner.error();
       return error_.number;
     }
     if (blanksDropped) {
       std::int16_t again = start;
       std::u16string& text = rewritten_.emplace_back();
-      scanner.ReadStringUntilMeetCommaOrEnd(list, again, text, separator);
+      scanner.readListItem(list, again, text, separator);
       piece = text;
     }
     if (!piece.empty()) {

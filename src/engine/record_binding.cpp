@@ -10,9 +10,9 @@
 #include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/messages.hpp"
-#include "engine/names.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 

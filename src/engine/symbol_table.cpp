@@ -5,7 +5,7 @@
 #include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/messages.hpp"
-#include "engine/names.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 

@@ -6,7 +6,7 @@
 
 #include "engine/context.hpp"
 #include "engine/paras.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "eval/expression.hpp"
 
 namespace korvex::eval {

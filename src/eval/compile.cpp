@@ -13,8 +13,7 @@
 
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
-#include "engine/names.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "eval/expression.hpp"
 #include "functions/host_functions.hpp"
 #include "values/ops.hpp"
@@ -214,11 +213,10 @@ std::int16_t position16(std::size_t position) {
 }
 
 void Compiler::stringLiteral() {
-  StringOp reader;
+  ScriptReader reader;
   std::int16_t pos = position16(i_ + 1);
   std::u16string piece;
-  if (reader.ReadStringQueto(text_, pos, piece) != 0)
-    fail(reader.error().number, reader.error().text);
+  if (reader.readQuoted(text_, pos, piece) != 0) fail(reader.error().number, reader.error().text);
   i_ = static_cast<std::size_t>(pos) - 1;
   std::u16string_view inner = piece;
   inner = inner.substr(1, inner.size() - 2);
@@ -263,11 +261,10 @@ void Compiler::constant(const NameEntry& e) {
 void Compiler::call(const fn::FunctionEntry* function, InlineOp op) {
   // The argument text runs from just after the name through the matching
   // ")"; it is handed over with its parentheses.
-  StringOp reader;
+  ScriptReader reader;
   std::int16_t pos = position16(i_ + 2);
   std::u16string_view args;
-  if (reader.ReadStringParentheses(text_, pos, args) != 0)
-    fail(reader.error().number, reader.error().text);
+  if (reader.readGroup(text_, pos, args) != 0) fail(reader.error().number, reader.error().text);
   // pos is on the last character read; scanning goes on after it.
   i_ = static_cast<std::size_t>(pos) - 1;
   CallRef& c = f_.calls.emplace_back();

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "values/text_scan.hpp"
 
 namespace korvex::eval {

@@ -7,12 +7,12 @@
 
 #include "engine/classify.hpp"
 #include "engine/context.hpp"
-#include "engine/names.hpp"
 #include "eval/eval.hpp"
 #include "eval/function_table.hpp"
 #include "facade/faults.hpp"
 #include "functions/host_functions.hpp"
 #include "statements/run_loop.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "engine/names.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::fn {
 namespace {

@@ -8,11 +8,11 @@
 
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
-#include "engine/names.hpp"
 #include "functions/families.hpp"
 #include "korvex/host_object.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::fn {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "engine/context.hpp"
 #include "engine/generation.hpp"
-#include "engine/names.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engine/context.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "functions/families.hpp"
 #include "functions/source_query.hpp"
 #include "functions/wage/wage_sql.hpp"

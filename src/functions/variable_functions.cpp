@@ -3,10 +3,10 @@
 
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
-#include "engine/names.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "functions/families.hpp"
 #include "values/ops.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::fn {
 namespace {

@@ -4,7 +4,7 @@
 #include "engine/context.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "statements/line_scan.hpp"
 #include "statements/statement.hpp"
 #include "values/ops.hpp"

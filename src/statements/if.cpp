@@ -7,7 +7,7 @@
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
 #include "engine/nesting.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "eval/expression.hpp"
 #include "statements/block_skip.hpp"
 #include "statements/line_scan.hpp"

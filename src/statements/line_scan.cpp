@@ -5,7 +5,7 @@
 #include "engine/context.hpp"
 #include "engine/kept_script.hpp"
 #include "engine/messages.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::stmt::detail {

@@ -10,7 +10,7 @@
 #include "engine/checked.hpp"
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "statements/statement.hpp"
 #include "values/runtime_error.hpp"
 

@@ -33,7 +33,7 @@ double stringToDouble(const std::u16string& s, const Locale& loc) {
 }
 
 std::optional<bool> booleanWord(std::u16string_view s) {
-  const auto t = trimBlanks(s);
+  const auto t = trimParserBlanks(s);
   if (equalsNoCase(t, u"True")) return true;
   if (equalsNoCase(t, u"False")) return false;
   return std::nullopt;

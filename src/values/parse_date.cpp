@@ -234,7 +234,7 @@ bool datePart(Cursor& c, const Locale& loc, DateResult& out) {
 }  // namespace
 
 std::optional<double> parseDate(std::u16string_view text, const Locale& loc) {
-  Cursor c{trimBlanks(text)};
+  Cursor c{trimParserBlanks(text)};
   if (c.atEnd()) return std::nullopt;
   DateResult d;
   double time = 0;

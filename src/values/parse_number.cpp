@@ -47,8 +47,8 @@ std::u16string_view currencySymbol(const Locale& loc) {
   const std::u16string_view pattern = loc.currencyPositive;
   const std::size_t n = pattern.find(u'n');
   if (n == std::u16string_view::npos) return {};
-  const std::u16string_view before = trimBlanks(pattern.substr(0, n));
-  return before.empty() ? trimBlanks(pattern.substr(n + 1)) : before;
+  const std::u16string_view before = trimParserBlanks(pattern.substr(0, n));
+  return before.empty() ? trimParserBlanks(pattern.substr(n + 1)) : before;
 }
 
 // What may stand around the digits: on each side, in any order and with
@@ -66,7 +66,7 @@ struct Affixes {
   void read(std::u16string_view s, std::size_t& i, bool leading, std::u16string_view symbol) {
     while (i < s.size()) {
       const char16_t c = s[i];
-      if (isBlank(c)) {
+      if (isParserBlank(c)) {
         ++i;
       } else if ((c == u'+' || c == u'-') && !sign) {
         sign = true;
@@ -91,7 +91,7 @@ struct Affixes {
 }  // namespace
 
 std::optional<double> parseNumber(std::u16string_view text, const Locale& loc) {
-  const std::u16string_view s = trimBlanks(text);
+  const std::u16string_view s = trimParserBlanks(text);
   if (s.empty()) return std::nullopt;
   if (s[0] == u'&') return parseRadix(s);
 

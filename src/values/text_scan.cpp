@@ -1,6 +1,8 @@
 #include "values/text_scan.hpp"
 
-namespace korvex::vb {
+#include "values/ops.hpp"
+
+namespace korvex {
 
 bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept {
   if (a.size() != b.size()) return false;
@@ -9,6 +11,21 @@ bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept {
   }
   return true;
 }
+
+void upperNameInto(std::u16string_view name, std::u16string& out) {
+  out.assign(name);
+  for (char16_t& c : out) {
+    if (c >= 0x80) {
+      out = vb::upperCase(name);
+      return;
+    }
+    c = asciiUpper(c);
+  }
+}
+
+}  // namespace korvex
+
+namespace korvex::vb {
 
 bool Cursor::acceptWord(std::u16string_view word) noexcept {
   if (word.empty() || text.size() - pos < word.size()) return false;

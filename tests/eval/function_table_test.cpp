@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 #include "eval/eval.hpp"
 #include "facade/context_of.hpp"
 #include "support.hpp"
@@ -35,7 +35,7 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
   // Without its "(" a function name is a missing-parenthesis error; with a
   // list it does not accept it is the function's own error. Never 56.
   for (const char16_t* name : kFunctionNames) {
-    const auto entry = lookupName(upperAscii(name));
+    const auto entry = lookupName(upperName(name));
     ASSERT_NE(entry, std::nullopt) << toUtf8(name);
     for (const std::u16string& written : {std::u16string(name), lower(name)}) {
       Harness f;

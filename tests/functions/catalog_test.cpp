@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <string>
 
-#include "engine/names.hpp"
 #include "eval/function_table.hpp"
 #include "support.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::testing {
 namespace {

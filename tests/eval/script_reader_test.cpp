@@ -1,5 +1,5 @@
 // The character-level readers and the argument-list splitter.
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 
 #include <gtest/gtest.h>
 
@@ -28,20 +28,20 @@ class Reads : public ::testing::TestWithParam<ReadCase> {};
 
 TEST_P(Reads, PieceAndPosition) {
   const ReadCase& c = GetParam();
-  StringOp op;
+  ScriptReader op;
   std::int16_t pos = c.start;
   std::u16string piece;
   bool separator = false;
   std::int32_t r = 0;
   switch (c.reader) {
     case Reader::Quote:
-      r = op.ReadStringQueto(c.text, pos, piece);
+      r = op.readQuoted(c.text, pos, piece);
       break;
     case Reader::Group:
-      r = op.ReadStringParentheses(c.text, pos, piece);
+      r = op.readGroup(c.text, pos, piece);
       break;
     case Reader::ListItem:
-      r = op.ReadStringUntilMeetCommaOrEnd(c.text, pos, piece, separator);
+      r = op.readListItem(c.text, pos, piece, separator);
       break;
   }
   const std::string text = toUtf8(c.text);
@@ -84,7 +84,7 @@ TEST(TextHelpers, ClassifyTrimAndCompare) {
   EXPECT_EQ(trimBlanks(u"   "), u"");
   EXPECT_EQ(firstLine(u"one\r\ntwo"), u"one");
   EXPECT_EQ(firstLine(u"one"), u"one");
-  EXPECT_EQ(upperAscii(u"abc中Z"), u"ABC中Z");
+  EXPECT_EQ(upperName(u"abc中Z"), u"ABC中Z");
   EXPECT_TRUE(equalsNoCase(u"Loop", u"LOOP"));
   EXPECT_FALSE(equalsNoCase(u"Loop", u"LOOPS"));
 }

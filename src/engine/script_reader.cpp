@@ -1,5 +1,5 @@
 // Character-level readers over one script line.
-#include "engine/string_op.hpp"
+#include "engine/script_reader.hpp"
 
 #include "engine/messages.hpp"
 #include "values/runtime_error.hpp"
@@ -8,13 +8,6 @@
 namespace korvex {
 
 namespace {
-
-constexpr bool isAsciiLetter(char16_t c) noexcept {
-  return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z');
-}
-constexpr bool isDigit(char16_t c) noexcept { return c >= u'0' && c <= u'9'; }
-// Names may be written in Chinese (and in any other non-ASCII script).
-constexpr bool isWide(char16_t c) noexcept { return c >= 0x80; }
 
 // Positions are 16-bit and 1-based; the text is addressed 0-based. A
 // position past the 16-bit range is the platform's overflow.
@@ -36,34 +29,13 @@ std::u16string_view between(std::u16string_view text, std::int16_t from, std::in
 
 }  // namespace
 
-bool isIdentStart(char16_t c) noexcept { return isAsciiLetter(c) || c == u'_' || isWide(c); }
-
-bool isIdentChar(char16_t c) noexcept {
-  return isAsciiLetter(c) || isDigit(c) || c == u'_' || isWide(c);
-}
-
-std::u16string_view trimBlanks(std::u16string_view s) noexcept {
-  return vb::trimBy(s, [](char16_t c) { return isBlank(c); });
-}
-
-std::u16string_view firstLine(std::u16string_view s) noexcept {
-  const auto cr = s.find(u'\r');
-  return cr == std::u16string_view::npos ? s : s.substr(0, cr);
-}
-
-std::u16string upperAscii(std::u16string_view s) {
-  std::u16string out(s);
-  for (auto& c : out) c = vb::asciiUpper(c);
-  return out;
-}
-
-std::int32_t StringOp::fail(std::int32_t number, std::u16string msg) {
+std::int32_t ScriptReader::fail(std::int32_t number, std::u16string msg) {
   error_.text = std::move(msg);
   error_.number = number;
   return number;
 }
 
-std::int32_t StringOp::quoteEnd(std::u16string_view text, std::int16_t& pos) {
+std::int32_t ScriptReader::quoteEnd(std::u16string_view text, std::int16_t& pos) {
   // pos is on the opening quote; the next quote closes, whatever precedes it.
   const std::size_t open = static_cast<std::size_t>(pos) - 1;
   const std::size_t close = text.find(u'"', open + 1);
@@ -75,7 +47,7 @@ std::int32_t StringOp::quoteEnd(std::u16string_view text, std::int16_t& pos) {
   return 0;
 }
 
-std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
+std::int32_t ScriptReader::groupEnd(std::u16string_view text, std::int16_t& pos) {
   int depth = 0;
   bool opened = false;
   std::size_t i = startIndex(pos);
@@ -107,33 +79,33 @@ std::int32_t StringOp::groupEnd(std::u16string_view text, std::int16_t& pos) {
   return 0;
 }
 
-std::int32_t StringOp::ReadStringQueto(std::u16string_view text, std::int16_t& pos,
-                                       std::u16string& piece) {
+std::int32_t ScriptReader::readQuoted(std::u16string_view text, std::int16_t& pos,
+                                      std::u16string& piece) {
   const std::int16_t start = pos;
   if (quoteEnd(text, pos) != 0) return error_.number;
   piece.append(between(text, start, pos));
   return 0;
 }
 
-std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
-                                             std::u16string_view& piece) {
+std::int32_t ScriptReader::readGroup(std::u16string_view text, std::int16_t& pos,
+                                     std::u16string_view& piece) {
   const std::int16_t start = pos;
   if (groupEnd(text, pos) != 0) return error_.number;
   piece = between(text, start, pos);
   return 0;
 }
 
-std::int32_t StringOp::ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
-                                             std::u16string& piece) {
+std::int32_t ScriptReader::readGroup(std::u16string_view text, std::int16_t& pos,
+                                     std::u16string& piece) {
   std::u16string_view view;
-  if (ReadStringParentheses(text, pos, view) != 0) return error_.number;
+  if (readGroup(text, pos, view) != 0) return error_.number;
   piece.append(view);
   return 0;
 }
 
-std::int32_t StringOp::listItem(std::u16string_view text, std::int16_t& pos, std::u16string* out,
-                                std::u16string_view& span, bool& blanksDropped,
-                                bool& separatorFound) {
+std::int32_t ScriptReader::listItem(std::u16string_view text, std::int16_t& pos,
+                                    std::u16string* out, std::u16string_view& span,
+                                    bool& blanksDropped, bool& separatorFound) {
   separatorFound = false;
   blanksDropped = false;
   span = {};
@@ -182,16 +154,16 @@ std::int32_t StringOp::listItem(std::u16string_view text, std::int16_t& pos, std
   return 0;
 }
 
-std::int32_t StringOp::ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
-                                                     std::u16string& piece, bool& separatorFound) {
+std::int32_t ScriptReader::readListItem(std::u16string_view text, std::int16_t& pos,
+                                        std::u16string& piece, bool& separatorFound) {
   std::u16string_view span;
   bool blanksDropped = false;
   return listItem(text, pos, &piece, span, blanksDropped, separatorFound);
 }
 
-std::int32_t StringOp::FindListItem(std::u16string_view text, std::int16_t& pos,
-                                    std::u16string_view& span, bool& blanksDropped,
-                                    bool& separatorFound) {
+std::int32_t ScriptReader::findListItem(std::u16string_view text, std::int16_t& pos,
+                                        std::u16string_view& span, bool& blanksDropped,
+                                        bool& separatorFound) {
   return listItem(text, pos, nullptr, span, blanksDropped, separatorFound);
 }
 

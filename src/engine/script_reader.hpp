@@ -15,43 +15,26 @@
 
 namespace korvex {
 
-/// A blank is any character whose code is at or below that of the space.
-constexpr bool isBlank(char16_t c) noexcept { return c <= u' '; }
-/// May start a name: A-Z/a-z, "_", or a double-byte (e.g. Chinese) character.
-bool isIdentStart(char16_t c) noexcept;
-/// May continue a name: as isIdentStart plus the digits.
-bool isIdentChar(char16_t c) noexcept;
-/// The text without blanks at both ends.
-std::u16string_view trimBlanks(std::u16string_view s) noexcept;
-/// The text before the first carriage return.
-std::u16string_view firstLine(std::u16string_view s) noexcept;
-/// Upper-cases ASCII letters only (keywords and names are compared this way).
-std::u16string upperAscii(std::u16string_view s);
-/// Equality with ASCII letters compared case-insensitively.
-using vb::equalsNoCase;
-
-class StringOp {
+class ScriptReader {
  public:
   /// From the opening '"' through the next '"' (no escapes). Error 2
   /// "错误的表达式,期待引号。\r\n<text>" when the text ends first.
-  std::int32_t ReadStringQueto(std::u16string_view text, std::int16_t& pos, std::u16string& piece);
+  std::int32_t readQuoted(std::u16string_view text, std::int16_t& pos, std::u16string& piece);
   /// From pos through the ")" matching the first "(" (blanks before it are
   /// kept). Errors 26 (something before the "(") and 25 (unbalanced).
-  std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
-                                     std::u16string& piece);
+  std::int32_t readGroup(std::u16string_view text, std::int16_t& pos, std::u16string& piece);
   /// The same piece as a view into `text`: a group is always a run of the
   /// text as written, so nested calls need not copy it.
-  std::int32_t ReadStringParentheses(std::u16string_view text, std::int16_t& pos,
-                                     std::u16string_view& piece);
+  std::int32_t readGroup(std::u16string_view text, std::int16_t& pos, std::u16string_view& piece);
   /// One element of an argument list (see Paras). Error 2 for a list that
   /// ends with a separator.
-  std::int32_t ReadStringUntilMeetCommaOrEnd(std::u16string_view text, std::int16_t& pos,
-                                             std::u16string& piece, bool& separatorFound);
+  std::int32_t readListItem(std::u16string_view text, std::int16_t& pos, std::u16string& piece,
+                            bool& separatorFound);
   /// The same element located without copying it: `span` runs from its
   /// first to its last character that counts, and `blanksDropped` tells
   /// that blanks between those do not count; only then does the element's
-  /// text (ReadStringUntilMeetCommaOrEnd) differ from `span`.
-  std::int32_t FindListItem(std::u16string_view text, std::int16_t& pos, std::u16string_view& span,
+  /// text (readListItem) differ from `span`.
+  std::int32_t findListItem(std::u16string_view text, std::int16_t& pos, std::u16string_view& span,
                             bool& blanksDropped, bool& separatorFound);
 
   const Error& error() const noexcept { return error_; }
