@@ -26,7 +26,7 @@ class NestingLevel {
 
  private:
   // The stack belongs to the thread, and so does the count: a single-line
-  // IF's child engine runs on its parent's stack and adds to the same count.
+  // IF's tail runs on the stack of its line and adds to the same count.
   static inline thread_local int depth = 0;
   [[noreturn]] static void tooDeep();
 };

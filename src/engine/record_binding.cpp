@@ -10,6 +10,7 @@
 #include "engine/context.hpp"
 #include "engine/generation.hpp"
 #include "engine/messages.hpp"
+#include "host/late_bound.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 #include "values/text_scan.hpp"
@@ -20,31 +21,11 @@ namespace {
 
 constexpr std::int32_t kRecordError = 102;
 
-// A failed call becomes a platform fault carrying the host's number and text.
-Value unwrap(DispatchResult r) {
-  if (!r.ok()) throw vb::RuntimeError(r.number, std::move(r.description));
-  return std::move(r.value);
-}
-
-const ObjectRef& requireObject(const ObjectRef& obj) {
-  if (!obj) vb::raise(vb::kObjectNotSet);
-  return obj;
-}
-
-ObjectRef asObject(const Value& v) {
-  if (!v.isObject()) vb::raise(vb::kObjectRequired);
-  return requireObject(v.objectValue());
-}
-
-Value get(const ObjectRef& obj, std::u16string_view member, std::span<const Value> args = {}) {
-  return unwrap(requireObject(obj)->getProperty(member, args));
-}
-
-ObjectRef fieldsOf(const ObjectRef& record) { return asObject(get(record, u"Fields")); }
+ObjectRef fieldsOf(const ObjectRef& record) { return objectOf(getMember(record, u"Fields")); }
 
 ObjectRef fieldOf(const ObjectRef& record, const Value& field) {
   const std::array<Value, 1> args{field};
-  return asObject(get(fieldsOf(record), u"Item", args));
+  return objectOf(getMember(fieldsOf(record), u"Item", args));
 }
 
 // Calls `fn`; a fault reports error 102 with its description (plus a line
@@ -67,13 +48,13 @@ bool guarded(Context& ctx, Fn&& fn, std::u16string_view suffix = {}) {
 
 std::vector<std::u16string> fieldNamesOf(const ObjectRef& record, const Locale& loc) {
   const ObjectRef fields = fieldsOf(record);
-  const std::int32_t count = vb::toLong(get(fields, u"Count"), loc);
+  const std::int32_t count = vb::toLong(getMember(fields, u"Count"), loc);
   std::vector<std::u16string> names;
   names.reserve(static_cast<std::size_t>(std::max(count, 0)));
   for (std::int32_t i = 0; i < count; ++i) {
     const std::array<Value, 1> index{Value::lng(i)};
-    const ObjectRef field = asObject(get(fields, u"Item", index));
-    names.push_back(upperName(vb::toString(get(field, u"Name"), loc)));
+    const ObjectRef field = objectOf(getMember(fields, u"Item", index));
+    names.push_back(upperName(vb::toString(getMember(field, u"Name"), loc)));
   }
   return names;
 }
@@ -121,22 +102,22 @@ bool Context::changeField(const Value& field, const Value& value) {
   return guarded(
       *this,
       [&] {
-        const ObjectRef& record = requireObject(record_);
+        const ObjectRef& record = present(record_);
         (void)record->callMethod(u"Edit", {});  // a record already editable may refuse
         const ObjectRef f = fieldOf(record, field);
-        unwrap(f->setProperty(u"Value", {}, value));
-        unwrap(record->callMethod(u"Update", {}));
+        setMember(f, u"Value", value);
+        callMember(record, u"Update");
       },
       msg::kChangeFieldSource);
 }
 
 bool Context::move(std::u16string_view member) {
-  return guarded(*this, [&] { unwrap(requireObject(record_)->callMethod(member, {})); });
+  return guarded(*this, [&] { callMember(record_, member); });
 }
 
 bool Context::recordFlag(std::u16string_view member) {
   bool flag = false;
-  guarded(*this, [&] { flag = vb::toBoolean(get(record_, member), locale()); });
+  guarded(*this, [&] { flag = vb::toBoolean(getMember(record_, member), locale()); });
   return flag;
 }
 

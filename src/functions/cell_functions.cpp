@@ -9,6 +9,7 @@
 #include "engine/context.hpp"
 #include "engine/messages.hpp"
 #include "functions/families.hpp"
+#include "host/late_bound.hpp"
 #include "korvex/host_object.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -23,18 +24,6 @@ constexpr ArgCheck S = ArgCheck::String;
 
 constexpr std::int32_t kNoWorkbook = 1003;
 constexpr std::u16string_view kNoWorkbookText = u"没有有效的Excel工作簿对象实例";
-
-// A failed late-bound call is a run-time failure of the script.
-Value unwrap(DispatchResult r) {
-  if (!r.ok()) throw vb::RuntimeError(r.number, std::move(r.description));
-  return std::move(r.value);
-}
-
-ObjectRef objectOf(const Value& v) {
-  if (!v.isObject()) vb::raise(vb::kObjectRequired);
-  if (!v.objectValue()) vb::raise(vb::kObjectNotSet);
-  return v.objectValue();
-}
 
 // The column table: A to Z are 1 to 26, then AA, AB, ... ZZ are 27 to 702.
 // Letters are matched as variable names are (upper-cased); three letters

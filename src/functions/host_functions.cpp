@@ -1,7 +1,6 @@
 #include "functions/host_functions.hpp"
 
 #include <algorithm>
-#include <new>
 
 #include "engine/context.hpp"
 #include "engine/generation.hpp"
@@ -30,15 +29,6 @@ std::int32_t runHostFunction(fn::Call& call, Value& result) {
     }
   }
   return function.operation(HostFunctionBridge::call(call), result);
-}
-
-template <typename Fn>
-std::int32_t reporting(std::int32_t number, Fn&& fn) noexcept {
-  try {
-    return fn();
-  } catch (...) {
-    return number;  // out of memory while storing the message: the number stands
-  }
 }
 
 }  // namespace
@@ -91,31 +81,6 @@ const HostFunctionEntry* hostFunctionNamed(const Context& ctx,
                                            std::u16string_view upperName) noexcept {
   const auto* table = static_cast<const HostFunctionTable*>(ctx.hostFunctions());
   return table ? table->find(upperName) : nullptr;
-}
-
-// ---- the call as the host sees it -------------------------------------------
-
-std::size_t HostFunctionCall::count() const noexcept { return call_.count(); }
-
-const Value& HostFunctionCall::arg(std::size_t i) const noexcept {
-  static const Value kNone;
-  return i >= 1 && i <= call_.count() ? call_.arg(i) : kNone;
-}
-
-BasicEngine& HostFunctionCall::engine() const noexcept { return call_.context().host(); }
-const Locale& HostFunctionCall::locale() const noexcept { return call_.locale(); }
-
-std::int32_t HostFunctionCall::countError() const noexcept {
-  return reporting(6, [&] { return call_.countError(); });
-}
-
-std::int32_t HostFunctionCall::typeError(std::u16string_view extra) const noexcept {
-  return reporting(4, [&] { return call_.typeError(extra); });
-}
-
-std::int32_t HostFunctionCall::fail(std::int32_t number,
-                                    std::u16string_view message) const noexcept {
-  return reporting(number, [&] { return call_.fail(number, std::u16string(message)); });
 }
 
 }  // namespace korvex

@@ -8,37 +8,6 @@
 
 namespace korvex::fn {
 
-namespace {
-
-Value unwrap(DispatchResult r) {
-  if (!r.ok()) throw vb::RuntimeError(r.number, std::move(r.description));
-  return std::move(r.value);
-}
-
-const ObjectRef& present(const ObjectRef& obj) {
-  if (!obj) vb::raise(vb::kObjectNotSet);
-  return obj;
-}
-
-}  // namespace
-
-Value getMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args) {
-  return unwrap(present(obj)->getProperty(name, args));
-}
-
-Value callMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args) {
-  return unwrap(present(obj)->callMethod(name, args));
-}
-
-void setMember(const ObjectRef& obj, std::u16string_view name, const Value& value) {
-  unwrap(present(obj)->setProperty(name, {}, value));
-}
-
-ObjectRef objectOf(const Value& v) {
-  if (!v.isObject()) vb::raise(vb::kObjectRequired);
-  return present(v.objectValue());
-}
-
 ObjectRef hostConnection(Context& ctx) { return objectOf(getMember(ctx.parent(), u"Connect")); }
 
 ObjectRef createObject(Context& ctx, std::u16string_view className) {

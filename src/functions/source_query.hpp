@@ -22,6 +22,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/late_bound.hpp"
 #include "korvex/host_object.hpp"
 #include "korvex/value.hpp"
 
@@ -30,14 +31,6 @@ class Context;
 }
 
 namespace korvex::fn {
-
-// ---- late-bound calls that fail as run-time failures -----------------------
-
-Value getMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args = {});
-Value callMember(const ObjectRef& obj, std::u16string_view name, std::span<const Value> args = {});
-void setMember(const ObjectRef& obj, std::u16string_view name, const Value& value);
-/// The object a value holds: 424 when it holds none, 91 for Nothing.
-ObjectRef objectOf(const Value& v);
 
 // ---- the engine's data source ----------------------------------------------
 

@@ -99,7 +99,7 @@ std::int32_t employeeCount(Call& call, Value& result) {
     const Value count =
         currentField(executeOnHost(call.context(), sql), Value::lng(0), Value::dbl(0));
     result = Value::dbl(vb::toDouble(count, call.locale()));
-  } catch (...) {
+  } catch (const vb::RuntimeError&) {
     result = Value::dbl(0);
   }
   return 0;
