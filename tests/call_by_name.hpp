@@ -22,7 +22,7 @@ inline std::int32_t callByName(std::u16string_view upperName, std::u16string_vie
     ADD_FAILURE() << "no function " << toUtf8(upperName);
     return -1;
   }
-  const eval::ArgList args(argText);
+  eval::ArgList args(argText);
   return eval::Invoke(*entry, args, result, contextOf(engine));
 }
 

@@ -24,7 +24,7 @@ struct FlagFrame {
   Value line;    // element 2: the line of the IF or DO
   Value detail;  // element 3: an IF's condition value, a DO's condition text
   // A DO's kept condition, usable while the script of that generation runs.
-  const eval::Expression* condition = nullptr;
+  eval::Expression* condition = nullptr;
   std::uint64_t scriptGeneration = 0;
   // A value the host pushed, returned as it was.
   bool fromHost = false;

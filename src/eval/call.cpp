@@ -55,8 +55,7 @@ ArgList::ArgList(std::u16string_view argText)
 
 ArgList::~ArgList() = default;
 
-std::int32_t Invoke(const fn::FunctionEntry& entry, const ArgList& args, Value& result,
-                    Context& ctx) {
+std::int32_t Invoke(const fn::FunctionEntry& entry, ArgList& args, Value& result, Context& ctx) {
   const std::size_t n = args.parsed() ? args.count() : 0;
   ArgValues values(n);
   fn::Call call(entry, args.text(), ctx, values.all());

@@ -39,7 +39,7 @@ class ArgList {
   bool opensWithParenthesis() const noexcept { return opens_; }
   std::size_t count() const noexcept { return items_.size(); }
   /// Argument i (0-based).
-  const Expression& item(std::size_t i) const noexcept { return *items_[i]; }
+  Expression& item(std::size_t i) noexcept { return *items_[i]; }
 
  private:
   std::u16string_view text_;
@@ -52,7 +52,6 @@ class ArgList {
 /// the arguments, test them, run the operation. Returns 0 with `result` set,
 /// or an error number already stored on the engine with its message.
 /// Platform run-time faults propagate as vb::RuntimeError.
-std::int32_t Invoke(const fn::FunctionEntry& entry, const ArgList& args, Value& result,
-                    Context& ctx);
+std::int32_t Invoke(const fn::FunctionEntry& entry, ArgList& args, Value& result, Context& ctx);
 
 }  // namespace korvex::eval

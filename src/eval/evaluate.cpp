@@ -31,7 +31,7 @@ std::uint64_t hostGeneration(const Context& ctx) noexcept {
   return table ? table->generation() : 0;
 }
 
-const Expression::Form& Expression::derive(Context& ctx, std::uint64_t generation) const {
+Expression::Form& Expression::derive(Context& ctx, std::uint64_t generation) {
   // First use, or a host function added since: names may read differently.
   if (form_) retired_.push_back(std::move(form_));
   auto fresh = std::make_unique<Form>();
@@ -55,7 +55,7 @@ bool fail(Context& ctx, const Message& m, std::u16string_view detail = {}) {
 
 // ---- the actions --------------------------------------------------------
 
-bool resolveName(Context& ctx, const NameRef& n, Value& out) {
+bool resolveName(Context& ctx, NameRef& n, Value& out) {
   SymbolTable& table = ctx.symbols();
   if (n.slot == nullptr || n.tableGeneration != table.generation()) {
     n.slot = nullptr;
@@ -84,7 +84,7 @@ bool resolveName(Context& ctx, const NameRef& n, Value& out) {
   return fail(ctx, msg::kUnknownSymbol);
 }
 
-bool resolveCall(Context& ctx, const CallRef& c, Value& out) {
+bool resolveCall(Context& ctx, CallRef& c, Value& out) {
   if (c.function == nullptr) {
     if (!c.inlineArgument) c.inlineArgument = std::make_unique<Expression>(c.args);
     const Value v = c.inlineArgument->evaluate(ctx);
@@ -106,16 +106,16 @@ bool resolveCall(Context& ctx, const CallRef& c, Value& out) {
 }
 
 // Whether every name of a names-only form is a variable whose slot is known.
-bool variablesKnown(Context& ctx, const Expression::Form& f) {
+bool variablesKnown(Context& ctx, Expression::Form& f) {
   const std::uint64_t generation = ctx.symbols().generation();
-  for (const NameRef& n : f.names) {
+  for (NameRef& n : f.names) {
     if (n.slot == nullptr || n.tableGeneration != generation) return false;
   }
   return true;
 }
 
 // Runs the actions; false when one failed (its error is on the engine).
-bool resolve(Context& ctx, const Expression::Form& f, ValueBuffer& operands) {
+bool resolve(Context& ctx, Expression::Form& f, ValueBuffer& operands) {
   for (const Action& a : f.actions) {
     // Resolved in place, in the operand's own slot.
     operands.push(Value());
@@ -340,7 +340,7 @@ void unwrap(Value& v) {
 
 // Runs the postfix sequence; `operand(k)` gives the k-th resolved operand.
 template <typename Operand>
-Value run(Context& ctx, const Expression::Form& f, ValueBuffer& work, Operand&& operand) {
+Value run(Context& ctx, Expression::Form& f, ValueBuffer& work, Operand&& operand) {
   const Locale& loc = ctx.locale();
   ValueStack stack(ctx, work, work.size());
   std::size_t next = 0;
@@ -384,7 +384,7 @@ Value run(Context& ctx, const Expression::Form& f, ValueBuffer& work, Operand&& 
 // type, another operator, an overflow, a comparison's result used further,
 // a stack fault) gives up before any effect, and the general run does it
 // all again with the same results.
-bool runOnDoubles(const Expression::Form& f, Value& out) {
+bool runOnDoubles(Expression::Form& f, Value& out) {
   constexpr std::size_t kDepth = 16;
   double stack[kDepth];
   std::size_t n = 0;
@@ -452,10 +452,10 @@ bool runOnDoubles(const Expression::Form& f, Value& out) {
 
 }  // namespace
 
-Value Expression::evaluate(Context& ctx) const {
+Value Expression::evaluate(Context& ctx) {
   // Function arguments are evaluated from inside this call.
   const NestingLevel level;
-  const Form& f = form(ctx);
+  Form& f = form(ctx);
   // A lone literal (a constant, a number, a text) needs no stack.
   if (f.actions.empty() && f.items.size() == 1 && f.items.front().kind == Item::Kind::Literal) {
     return f.literals[f.items.front().index];
@@ -479,7 +479,7 @@ Value Expression::evaluate(Context& ctx) const {
 namespace korvex {
 
 Value Evaluate(Context& ctx, std::u16string_view expression) {
-  const eval::Expression kept(expression);
+  eval::Expression kept(expression);
   return kept.evaluate(ctx);
 }
 

@@ -38,11 +38,11 @@ struct NameRef {
   std::u16string upper;
   std::u16string_view written;  // as it stands in the text
   bool statementWord = false;
-  mutable std::uint64_t tableGeneration = 0;  // 0: nothing remembered
-  mutable Value* slot = nullptr;
+  std::uint64_t tableGeneration = 0;  // 0: nothing remembered
+  Value* slot = nullptr;
   // Whether it is one of the record's field names, while they stay the same.
-  mutable std::uint64_t fieldGeneration = 0;
-  mutable bool isField = false;
+  std::uint64_t fieldGeneration = 0;
+  bool isField = false;
 };
 
 /// A call of a built-in, evaluator or host function.
@@ -52,8 +52,8 @@ struct CallRef {
   InlineOp inlineOp = InlineOp::Abs;
   std::u16string_view args;  // the argument text, parentheses included
   // Made on the first call: the argument list split and kept.
-  mutable std::unique_ptr<ArgList> list;
-  mutable std::unique_ptr<class Expression> inlineArgument;
+  std::unique_ptr<ArgList> list;
+  std::unique_ptr<class Expression> inlineArgument;
   CallRef();
   CallRef(CallRef&&) noexcept;
   ~CallRef();
@@ -107,7 +107,7 @@ class Expression {
   /// Evaluates against the engine's variables, record and functions. On an
   /// error the engine's ErrNum/ErrMsg are set and Empty is returned;
   /// platform run-time faults propagate as vb::RuntimeError.
-  Value evaluate(Context& ctx) const;
+  Value evaluate(Context& ctx);
 
   // The derived form (compile.cpp fills it).
   struct Form {
@@ -127,20 +127,20 @@ class Expression {
   };
 
  private:
-  const Form& form(Context& ctx) const {
+  Form& form(Context& ctx) {
     const std::uint64_t generation = hostGeneration(ctx);
     if (form_ && form_->hostGeneration == generation) [[likely]] {
       return *form_;
     }
     return derive(ctx, generation);
   }
-  const Form& derive(Context& ctx, std::uint64_t generation) const;
+  Form& derive(Context& ctx, std::uint64_t generation);
 
   std::u16string text_;
-  mutable std::unique_ptr<Form> form_;
+  std::unique_ptr<Form> form_;
   // Forms derived against earlier host function tables; kept alive in case
   // one is still being evaluated further up the stack.
-  mutable std::vector<std::unique_ptr<Form>> retired_;
+  std::vector<std::unique_ptr<Form>> retired_;
 };
 
 /// Derives the form of `text` (compile.cpp). Views in the form point into

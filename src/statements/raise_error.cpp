@@ -20,7 +20,7 @@ constexpr std::int32_t kUserError = 2000;
 }  // namespace
 
 std::int32_t RaiseError(Context& ctx, std::u16string_view argText) {
-  const eval::ArgList args(argText);
+  eval::ArgList args(argText);
   if (!args.parsed() || args.count() != 1) {
     std::u16string source(u"{语句:");
     source += kName;
