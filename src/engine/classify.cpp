@@ -80,9 +80,37 @@ bool restIsEmpty(std::u16string_view rest) noexcept {
   return trimBlanks(rest.substr(0, quote)).empty();
 }
 
-}  // namespace
+// The statements of two words (DO WHILE, END IF, EXIT DO, ...): the first
+// word, then each second word with its kind; an END with no second word is
+// the stop statement. Any other second word is a syntax error.
+struct TwoWords {
+  std::u16string_view first;
+  struct Second {
+    std::u16string_view word;
+    StatementKind kind;
+  };
+  std::array<Second, 3> seconds;
+  std::size_t count;
+};
 
-namespace {
+constexpr TwoWords kTwoWords[] = {
+    {u"DO", {{{u"WHILE", kStmtDoWhile}, {u"UNTIL", kStmtDoUntil}, {}}}, 2},
+    {u"END", {{{u"IF", kStmtEndIf}, {u"DO", kStmtEndDo}, {u"", kStmtEnd}}}, 3},
+    {u"EXIT", {{{u"DO", kStmtExitDo}, {u"FOR", kStmtExitFor}, {}}}, 2},
+};
+
+// The kind of a two-word statement, 0 when `word` starts none.
+std::int16_t twoWordKind(const Word& word, std::u16string_view rest) noexcept {
+  for (const TwoWords& t : kTwoWords) {
+    if (!word.is(t.first)) continue;
+    const Word second = secondWord(rest);
+    for (std::size_t i = 0; i < t.count; ++i) {
+      if (second.is(t.seconds[i].word)) return t.seconds[i].kind;
+    }
+    return kStmtSyntaxError;
+  }
+  return 0;
+}
 
 // The kind, or 0 with the error in `error`.
 std::int16_t classify(std::u16string_view line, Error& error) {
@@ -108,29 +136,11 @@ std::int16_t classify(std::u16string_view line, Error& error) {
 
   if (word.tooLong()) return kStmtAssign;
   if (word.is(u"IF")) return kStmtIf;
-  if (word.is(u"DO")) {
-    const Word second = secondWord(rest);
-    if (second.is(u"WHILE")) return kStmtDoWhile;
-    if (second.is(u"UNTIL")) return kStmtDoUntil;
-    return kStmtSyntaxError;
-  }
+  if (const std::int16_t kind = twoWordKind(word, rest)) return kind;
   if (word.is(u"LOOP")) return kStmtLoop;
   if (word.is(u"RAISEERROR")) return kStmtRaiseError;
-  if (word.is(u"END")) {
-    const Word second = secondWord(rest);
-    if (second.is(u"IF")) return kStmtEndIf;
-    if (second.is(u"DO")) return kStmtEndDo;
-    if (second.empty()) return kStmtEnd;
-    return kStmtSyntaxError;
-  }
   if (word.is(u"ELSE")) return kStmtElse;
   if (word.is(u"REM")) return kStmtComment;
-  if (word.is(u"EXIT")) {
-    const Word second = secondWord(rest);
-    if (second.is(u"DO")) return kStmtExitDo;
-    if (second.is(u"FOR")) return kStmtExitFor;
-    return kStmtSyntaxError;
-  }
 
   struct Move {
     std::u16string_view english, chinese;

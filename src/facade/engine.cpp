@@ -39,6 +39,14 @@ void reported(Context& ctx, Fn&& fn) noexcept {
   });
 }
 
+// A record move, and a record flag, as the host asks for them.
+bool moved(Context& ctx, std::u16string_view member) noexcept {
+  return reported(ctx, false, [&] { return ctx.move(member); });
+}
+bool flagged(Context& ctx, std::u16string_view member) noexcept {
+  return reported(ctx, false, [&] { return ctx.recordFlag(member); });
+}
+
 }  // namespace
 
 Context& contextOf(BasicEngine& engine) noexcept { return *engine.ctx_; }
@@ -199,23 +207,11 @@ Value BasicEngine::GetFieldValue(const Value& field) noexcept {
 bool BasicEngine::ChangeField(const Value& field, const Value& value) noexcept {
   return reported(*ctx_, false, [&] { return ctx_->changeField(field, value); });
 }
-bool BasicEngine::MoveFirst() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->move(u"MoveFirst"); });
-}
-bool BasicEngine::MoveNext() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->move(u"MoveNext"); });
-}
-bool BasicEngine::MovePrevious() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->move(u"MovePrevious"); });
-}
-bool BasicEngine::MoveLast() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->move(u"MoveLast"); });
-}
-bool BasicEngine::BOF() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->recordFlag(u"BOF"); });
-}
-bool BasicEngine::Eof() noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->recordFlag(u"EOF"); });
-}
+bool BasicEngine::MoveFirst() noexcept { return moved(*ctx_, u"MoveFirst"); }
+bool BasicEngine::MoveNext() noexcept { return moved(*ctx_, u"MoveNext"); }
+bool BasicEngine::MovePrevious() noexcept { return moved(*ctx_, u"MovePrevious"); }
+bool BasicEngine::MoveLast() noexcept { return moved(*ctx_, u"MoveLast"); }
+bool BasicEngine::BOF() noexcept { return flagged(*ctx_, u"BOF"); }
+bool BasicEngine::Eof() noexcept { return flagged(*ctx_, u"EOF"); }
 
 }  // namespace korvex
