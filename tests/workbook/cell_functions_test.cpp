@@ -128,6 +128,27 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
   EXPECT_EQ(eval("SETCELL(\"F\", 10, ARR)").substr(0, 11), "error 1004:");
 }
 
+// A single-line IF runs its tail apart from the workbook: the same cell read
+// works as a line of its own and inside a block IF.
+TEST_F(CellFunctions, ASingleLineIfTailSeesNoWorkbook) {
+  const struct {
+    const char* script;
+    std::int32_t errNum;
+    const char* errMsg;
+  } kCases[] = {
+      {"DIM x\nx = GETCELL(\"A\", 2)", 0, ""},
+      {"DIM x\nIf 1 = 1 Then\nx = GETCELL(\"A\", 2)\nEnd If", 0, ""},
+      {"DIM x\nIf 1 = 1 Then x = GETCELL(\"A\", 2)", 1003,
+       "没有有效的Excel工作簿对象实例 : 行号 2"},
+  };
+  for (const auto& c : kCases) {
+    engine_.SetCodeBlock(scriptText(c.script));
+    const RunResult r = engine_.Run();
+    EXPECT_EQ(r.errNum, c.errNum) << c.script;
+    EXPECT_EQ(toUtf8(r.errMsg), c.errMsg) << c.script;
+  }
+}
+
 TEST(CellFunctionsWithoutWorkbook, FailWith1003FromTheirSource) {
   const struct {
     const char16_t* name;
