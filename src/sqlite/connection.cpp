@@ -1,3 +1,4 @@
+#include <array>
 #include <string>
 
 #include "host/collection.hpp"
@@ -34,6 +35,8 @@ namespace {
 
 constexpr std::u16string_view kInitialCatalog = u"Initial Catalog";
 constexpr std::u16string_view kDataSource = u"Data Source";
+// What Properties holds, in order.
+constexpr std::array<std::u16string_view, 2> kProperties{kInitialCatalog, kDataSource};
 
 std::u16string_view trim(std::u16string_view s) {
   while (!s.empty() && (s.front() == u' ' || s.front() == u'\t')) s.remove_prefix(1);
@@ -78,10 +81,11 @@ std::u16string stem(std::u16string path) {
 }
 
 // A connection property read and written by name: Properties("...").Value.
+// The name is one of kProperties.
 class Property final : public host::PropertyObject {
  public:
-  Property(std::shared_ptr<Connection> owner, std::u16string name)
-      : owner_(std::move(owner)), name_(std::move(name)) {}
+  Property(std::shared_ptr<Connection> owner, std::u16string_view name)
+      : owner_(std::move(owner)), name_(name) {}
 
   DispatchResult getProperty(std::u16string_view member, std::span<const Value>) override {
     if (equalsNoCase(member, u"Name")) return DispatchResult::success(Value::string(name_));
@@ -96,7 +100,7 @@ class Property final : public host::PropertyObject {
 
  private:
   std::shared_ptr<Connection> owner_;
-  std::u16string name_;
+  std::u16string_view name_;
 };
 
 class Properties final : public HostCollection {
@@ -105,17 +109,16 @@ class Properties final : public HostCollection {
 
   DispatchResult getDefault(std::span<const Value> args) override {
     const auto name = textArg(args, 0);
-    for (std::u16string_view known : {kInitialCatalog, kDataSource}) {
+    for (std::u16string_view known : kProperties) {
       if (name && equalsNoCase(*name, known)) {
-        return DispatchResult::success(
-            Value::object(std::make_shared<Property>(owner_, std::u16string(known))));
+        return DispatchResult::success(Value::object(std::make_shared<Property>(owner_, known)));
       }
     }
     return host::itemNotFound();
   }
 
  protected:
-  std::size_t count() const override { return 2; }
+  std::size_t count() const override { return kProperties.size(); }
 
  private:
   std::shared_ptr<Connection> owner_;
