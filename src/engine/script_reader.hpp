@@ -3,7 +3,7 @@
 //
 // Positions are 1-based (as the script language counts them); every reader
 // starts at `pos` and leaves it on the last character it consumed. A reader
-// returns 0 or an error number and keeps the message in ErrMsg().
+// returns 0 or an error number and keeps the error in error().
 #pragma once
 
 #include <cstdint>

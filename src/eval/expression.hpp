@@ -105,7 +105,7 @@ class Expression {
   const std::u16string& text() const noexcept { return text_; }
 
   /// Evaluates against the engine's variables, record and functions. On an
-  /// error the engine's ErrNum/ErrMsg are set and Empty is returned;
+  /// error the frame's error register is set and Empty is returned;
   /// platform run-time faults propagate as vb::RuntimeError.
   Value evaluate(Context& ctx);
 

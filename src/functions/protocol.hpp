@@ -30,7 +30,7 @@ namespace korvex::fn {
 enum Quirk : std::uint8_t {
   kNoQuirk = 0,
   /// Evaluation errors are not looked at before the argument test; the
-  /// status returned is whatever the engine's ErrNum is at the end.
+  /// status returned is whatever the error register holds at the end.
   kEngineStatus = 1,
   /// The type-mismatch message carries no "{函数:...}" suffix.
   kPlainTypeMessage = 2,

@@ -5,31 +5,35 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
-#include "host/recordset_errors.hpp"
-#include "korvex/host_object.hpp"
+#include "host/object_members.hpp"
 
 namespace korvex {
 
-class HostCollection : public HostObject {
+class HostCollection : public host::PropertyObject {
  public:
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (host::sameName(name, u"Count")) {
+    if (host::equalsNoCase(name, u"Count")) {
       return DispatchResult::success(Value::lng(static_cast<std::int32_t>(count())));
     }
-    if (host::sameName(name, u"Item")) return getDefault(args);
+    if (host::equalsNoCase(name, u"Item")) return getDefault(args);
     return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
   }
 
  protected:
   virtual std::size_t count() const = 0;
+};
+
+/// A collection whose items are found by their position from 0 or by their
+/// name, as a record set's fields are; anything else is no item (3265).
+class NamedCollection : public HostCollection {
+ public:
+  DispatchResult getDefault(std::span<const Value> args) override;
+
+ protected:
+  virtual std::u16string_view nameAt(std::size_t i) const = 0;
+  virtual ObjectRef itemAt(std::size_t i) = 0;
 };
 
 }  // namespace korvex

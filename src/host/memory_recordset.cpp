@@ -4,61 +4,46 @@
 
 #include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
-#include "values/ops.hpp"
+#include "host/row_cursor.hpp"
 
 namespace korvex {
 
-using host::itemNotFound;
+using host::equalsNoCase;
 using host::noCurrentRecord;
-using host::sameName;
 
-struct MemoryRecordset::Data {
+struct MemoryRecordset::Data : host::RowCursor {
   std::vector<std::u16string> names;
-  std::vector<std::vector<Value>> rows;
   std::vector<std::vector<bool>> assigned;  // per row, per field
-  std::ptrdiff_t position = 0;
   std::size_t updates = 0;
   std::vector<ObjectRef> fieldObjects;
-
-  bool hasCurrent() const noexcept {
-    return position >= 0 && static_cast<std::size_t>(position) < rows.size();
-  }
-  bool bof() const noexcept { return rows.empty() || position < 0; }
-  bool eof() const noexcept {
-    return rows.empty() || position >= static_cast<std::ptrdiff_t>(rows.size());
-  }
 };
 
 namespace {
 
 using Data = MemoryRecordset::Data;
 
-class FieldObject : public HostObject {
+class FieldObject : public host::PropertyObject {
  public:
   FieldObject(std::shared_ptr<Data> data, std::size_t column)
       : data_(std::move(data)), column_(column) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
-    if (sameName(name, u"Name"))
+    if (equalsNoCase(name, u"Name"))
       return DispatchResult::success(Value::string(data_->names[column_]));
-    if (sameName(name, u"Value")) {
+    if (equalsNoCase(name, u"Value")) {
       if (!data_->hasCurrent()) return noCurrentRecord();
-      return DispatchResult::success(
-          data_->rows[static_cast<std::size_t>(data_->position)][column_]);
+      return DispatchResult::success(data_->current()[column_]);
     }
     return memberNotFound(name);
   }
   DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
                              const Value& value) override {
-    if (!sameName(name, u"Value")) return memberNotFound(name);
+    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
     if (!data_->hasCurrent()) return noCurrentRecord();
     const auto row = static_cast<std::size_t>(data_->position);
     data_->rows[row][column_] = value;
     data_->assigned[row][column_] = true;
     return DispatchResult::success();
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
   }
 
  private:
@@ -66,44 +51,21 @@ class FieldObject : public HostObject {
   std::size_t column_;
 };
 
-class FieldsObject : public HostCollection {
+class FieldsObject : public NamedCollection {
  public:
   explicit FieldsObject(std::shared_ptr<Data> data) : data_(std::move(data)) {}
 
-  DispatchResult getDefault(std::span<const Value> args) override { return item(args); }
-
  protected:
   std::size_t count() const override { return data_->names.size(); }
-
- private:
-  DispatchResult item(std::span<const Value> args) {
-    if (args.size() != 1) return itemNotFound();
-    const Value& key = args[0];
-    if (key.isString()) {
-      for (std::size_t i = 0; i < data_->names.size(); ++i) {
-        if (sameName(data_->names[i], key.stringValue())) {
-          return DispatchResult::success(Value::object(fieldObject(i)));
-        }
-      }
-      return itemNotFound();
-    }
-    std::int32_t index = 0;
-    try {
-      index = vb::toLong(key, Locale::zhCN());
-    } catch (const vb::RuntimeError&) {
-      return itemNotFound();
-    }
-    if (index < 0 || static_cast<std::size_t>(index) >= data_->names.size()) return itemNotFound();
-    return DispatchResult::success(Value::object(fieldObject(static_cast<std::size_t>(index))));
-  }
-
+  std::u16string_view nameAt(std::size_t i) const override { return data_->names[i]; }
   // The cached field object; a fresh one once the record set itself is gone
   // (its cache is cleared then) while this collection lives on.
-  ObjectRef fieldObject(std::size_t i) {
+  ObjectRef itemAt(std::size_t i) override {
     if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
     return std::make_shared<FieldObject>(data_, i);
   }
 
+ private:
   std::shared_ptr<Data> data_;
 };
 
@@ -151,13 +113,10 @@ const Value& MemoryRecordset::cell(std::size_t row, std::size_t column) const {
 }
 
 DispatchResult MemoryRecordset::getProperty(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"Fields")) {
-    if (args.empty()) return DispatchResult::success(Value::object(fields_));
-    return fields_->getDefault(args);
-  }
-  if (sameName(name, u"BOF")) return DispatchResult::success(Value::boolean(data_->bof()));
-  if (sameName(name, u"EOF")) return DispatchResult::success(Value::boolean(data_->eof()));
-  if (sameName(name, u"RecordCount")) {
+  if (equalsNoCase(name, u"Fields")) return host::collectionOrItem(fields_, args);
+  if (equalsNoCase(name, u"BOF")) return DispatchResult::success(Value::boolean(data_->bof()));
+  if (equalsNoCase(name, u"EOF")) return DispatchResult::success(Value::boolean(data_->eof()));
+  if (equalsNoCase(name, u"RecordCount")) {
     return DispatchResult::success(Value::lng(static_cast<std::int32_t>(data_->rows.size())));
   }
   return memberNotFound(name);
@@ -170,27 +129,12 @@ DispatchResult MemoryRecordset::setProperty(std::u16string_view name, std::span<
 
 DispatchResult MemoryRecordset::callMethod(std::u16string_view name, std::span<const Value> args) {
   Data& d = *data_;
-  const auto rows = static_cast<std::ptrdiff_t>(d.rows.size());
-  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveLast")) {
-    if (d.rows.empty()) return noCurrentRecord();
-    d.position = sameName(name, u"MoveFirst") ? 0 : rows - 1;
-    return DispatchResult::success();
-  }
-  if (sameName(name, u"MoveNext")) {
-    if (d.eof()) return noCurrentRecord();
-    ++d.position;
-    return DispatchResult::success();
-  }
-  if (sameName(name, u"MovePrevious")) {
-    if (d.bof()) return noCurrentRecord();
-    --d.position;
-    return DispatchResult::success();
-  }
-  if (sameName(name, u"Edit")) {
+  if (host::RowCursor::isMove(name)) return d.move(name);
+  if (equalsNoCase(name, u"Edit")) {
     // Values are written straight into the row; Edit only needs one.
     return d.hasCurrent() ? DispatchResult::success() : noCurrentRecord();
   }
-  if (sameName(name, u"Update")) {
+  if (equalsNoCase(name, u"Update")) {
     if (!d.hasCurrent()) return noCurrentRecord();
     ++d.updates;
     return DispatchResult::success();

@@ -10,19 +10,7 @@ constexpr std::int32_t kItemNotFound = 3265;
 constexpr std::u16string_view kNoCurrentRecordText =
     u"BOF 或 EOF 中有一个是“真”，或者当前的记录已被删除，所请求的操作要求一个当前的记录。";
 constexpr std::u16string_view kItemNotFoundText = u"在对应所需名称或序数的集合中未找到项目。";
-
-char16_t upper(char16_t c) noexcept {
-  return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-}
 }  // namespace
-
-bool sameName(std::u16string_view a, std::u16string_view b) noexcept {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (upper(a[i]) != upper(b[i])) return false;
-  }
-  return true;
-}
 
 DispatchResult noCurrentRecord() {
   return DispatchResult::failure(kNoCurrentRecord, std::u16string(kNoCurrentRecordText));

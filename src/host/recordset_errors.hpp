@@ -8,9 +8,6 @@
 
 namespace korvex::host {
 
-/// Member and field names match case-insensitively (ASCII letters).
-bool sameName(std::u16string_view a, std::u16string_view b) noexcept;
-
 /// 3021: moving past either end, or a field of no current row.
 DispatchResult noCurrentRecord();
 /// 3265: no field of that index or name.

@@ -5,6 +5,7 @@
 // order.
 #include <string>
 
+#include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
 #include "sqlite/field_types.hpp"
 #include "sqlite/objects.hpp"
@@ -13,17 +14,12 @@
 
 namespace korvex::ds {
 
-using host::sameName;
+using host::equalsNoCase;
 
 namespace {
 
 constexpr std::int32_t kStoredProcedure = 4;
 enum Direction : std::int32_t { kInput = 1, kOutput = 2, kInputOutput = 3, kReturnValue = 4 };
-
-DispatchResult badArguments() {
-  return DispatchResult::failure(3001,
-                                 u"参数类型不正确，或不在可以接受的范围之内，或与其他参数冲突。");
-}
 
 std::int32_t longOr(std::span<const Value> args, std::size_t i, std::int32_t fallback) {
   if (i >= args.size() || args[i].isEmpty()) return fallback;
@@ -34,7 +30,7 @@ std::int32_t longOr(std::span<const Value> args, std::size_t i, std::int32_t fal
   }
 }
 
-class Parameter final : public HostObject {
+class Parameter final : public host::PropertyObject {
  public:
   std::u16string name;
   std::int32_t type = 0;
@@ -43,56 +39,42 @@ class Parameter final : public HostObject {
   Value value;
 
   DispatchResult getProperty(std::u16string_view member, std::span<const Value>) override {
-    if (sameName(member, u"Name")) return DispatchResult::success(Value::string(name));
-    if (sameName(member, u"Type")) return DispatchResult::success(Value::lng(type));
-    if (sameName(member, u"Direction")) return DispatchResult::success(Value::lng(direction));
-    if (sameName(member, u"Size")) return DispatchResult::success(Value::lng(size));
-    if (sameName(member, u"Value")) return DispatchResult::success(value);
+    if (equalsNoCase(member, u"Name")) return DispatchResult::success(Value::string(name));
+    if (equalsNoCase(member, u"Type")) return DispatchResult::success(Value::lng(type));
+    if (equalsNoCase(member, u"Direction")) return DispatchResult::success(Value::lng(direction));
+    if (equalsNoCase(member, u"Size")) return DispatchResult::success(Value::lng(size));
+    if (equalsNoCase(member, u"Value")) return DispatchResult::success(value);
     return memberNotFound(member);
   }
   DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
                              const Value& v) override {
-    if (sameName(member, u"Value")) {
+    if (equalsNoCase(member, u"Value")) {
       value = v;
       return DispatchResult::success();
     }
     const std::array<Value, 1> one{v};
-    std::int32_t* target = sameName(member, u"Type")        ? &type
-                           : sameName(member, u"Direction") ? &direction
-                           : sameName(member, u"Size")      ? &size
-                                                            : nullptr;
+    std::int32_t* target = equalsNoCase(member, u"Type")        ? &type
+                           : equalsNoCase(member, u"Direction") ? &direction
+                           : equalsNoCase(member, u"Size")      ? &size
+                                                                : nullptr;
     if (target != nullptr) {
       *target = longOr(one, 0, *target);
       return DispatchResult::success();
     }
-    if (sameName(member, u"Name")) {
+    if (equalsNoCase(member, u"Name")) {
       name = v.isString() ? v.stringValue() : u"";
       return DispatchResult::success();
     }
     return memberNotFound(member);
   }
-  DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
-    return getProperty(member, args);
-  }
 };
 
-class Parameters final : public HostObject {
+class Parameters final : public HostCollection {
  public:
   std::vector<std::shared_ptr<Parameter>> items;
 
-  DispatchResult getProperty(std::u16string_view member, std::span<const Value> args) override {
-    if (sameName(member, u"Count")) {
-      return DispatchResult::success(Value::lng(static_cast<std::int32_t>(items.size())));
-    }
-    if (sameName(member, u"Item")) return getDefault(args);
-    return memberNotFound(member);
-  }
-  DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(member);
-  }
   DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
-    if (sameName(member, u"Append")) {
+    if (equalsNoCase(member, u"Append")) {
       auto* p = args.size() == 1 && args[0].isObject()
                     ? dynamic_cast<Parameter*>(args[0].objectValue().get())
                     : nullptr;
@@ -105,12 +87,15 @@ class Parameters final : public HostObject {
   DispatchResult getDefault(std::span<const Value> args) override {
     if (args.size() != 1) return host::itemNotFound();
     for (std::size_t i = 0; i < items.size(); ++i) {
-      const bool match = args[0].isString() ? sameName(items[i]->name, args[0].stringValue())
+      const bool match = args[0].isString() ? equalsNoCase(items[i]->name, args[0].stringValue())
                                             : longOr(args, 0, -1) == static_cast<std::int32_t>(i);
       if (match) return DispatchResult::success(Value::object(items[i]));
     }
     return host::itemNotFound();
   }
+
+ protected:
+  std::size_t count() const override { return items.size(); }
 };
 
 }  // namespace
@@ -163,8 +148,7 @@ DispatchResult Command::runProcedure(Connection& connection) {
 DispatchResult Command::execute() {
   auto* connection = connection_ ? dynamic_cast<Connection*>(connection_.get()) : nullptr;
   if (connection == nullptr) {
-    return DispatchResult::failure(3709,
-                                   u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+    return connectionUnusable();
   }
   if (type_ == kStoredProcedure) return runProcedure(*connection);
   std::vector<Value> inputs;
@@ -173,26 +157,23 @@ DispatchResult Command::execute() {
 }
 
 DispatchResult Command::getProperty(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"ActiveConnection")) {
+  if (equalsNoCase(name, u"ActiveConnection")) {
     return DispatchResult::success(Value::object(connection_));
   }
-  if (sameName(name, u"CommandText")) return DispatchResult::success(Value::string(text_));
-  if (sameName(name, u"CommandType")) return DispatchResult::success(Value::lng(type_));
-  if (sameName(name, u"Parameters")) {
-    if (args.empty()) return DispatchResult::success(Value::object(parameters_));
-    return parameters_->getDefault(args);
-  }
+  if (equalsNoCase(name, u"CommandText")) return DispatchResult::success(Value::string(text_));
+  if (equalsNoCase(name, u"CommandType")) return DispatchResult::success(Value::lng(type_));
+  if (equalsNoCase(name, u"Parameters")) return host::collectionOrItem(parameters_, args);
   return memberNotFound(name);
 }
 
 DispatchResult Command::setProperty(std::u16string_view name, std::span<const Value>,
                                     const Value& value) {
-  if (sameName(name, u"ActiveConnection")) {
+  if (equalsNoCase(name, u"ActiveConnection")) {
     if (!value.isObject()) return badArguments();
     connection_ = value.objectValue();
     return DispatchResult::success();
   }
-  if (sameName(name, u"CommandText")) {
+  if (equalsNoCase(name, u"CommandText")) {
     try {
       text_ = vb::toString(value, Locale::zhCN());
     } catch (const vb::RuntimeError&) {
@@ -200,7 +181,7 @@ DispatchResult Command::setProperty(std::u16string_view name, std::span<const Va
     }
     return DispatchResult::success();
   }
-  if (sameName(name, u"CommandType")) {
+  if (equalsNoCase(name, u"CommandType")) {
     const std::array<Value, 1> one{value};
     type_ = longOr(one, 0, type_);
     return DispatchResult::success();
@@ -209,8 +190,8 @@ DispatchResult Command::setProperty(std::u16string_view name, std::span<const Va
 }
 
 DispatchResult Command::callMethod(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"Execute")) return execute();
-  if (sameName(name, u"CreateParameter")) {
+  if (equalsNoCase(name, u"Execute")) return execute();
+  if (equalsNoCase(name, u"CreateParameter")) {
     auto p = std::make_shared<Parameter>();
     if (!args.empty() && args[0].isString()) p->name = args[0].stringValue();
     p->type = longOr(args, 1, 0);

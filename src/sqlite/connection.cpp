@@ -1,5 +1,7 @@
+#include <array>
 #include <string>
 
+#include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
 #include "sqlite/objects.hpp"
 #include "values/ops.hpp"
@@ -7,10 +9,22 @@
 
 namespace korvex::ds {
 
-using host::sameName;
+using host::equalsNoCase;
 
 DispatchResult objectClosed() {
   return DispatchResult::failure(kObjectClosed, u"对象关闭时，不允许操作。");
+}
+
+DispatchResult alreadyOpen() { return DispatchResult::failure(3705, u"对象打开时，不允许操作。"); }
+
+DispatchResult connectionUnusable() {
+  return DispatchResult::failure(kConnectionUnusable,
+                                 u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+}
+
+DispatchResult badArguments() {
+  return DispatchResult::failure(3001,
+                                 u"参数类型不正确，或不在可以接受的范围之内，或与其他参数冲突。");
 }
 
 DispatchResult providerError(std::u16string message) {
@@ -21,6 +35,8 @@ namespace {
 
 constexpr std::u16string_view kInitialCatalog = u"Initial Catalog";
 constexpr std::u16string_view kDataSource = u"Data Source";
+// What Properties holds, in order.
+constexpr std::array<std::u16string_view, 2> kProperties{kInitialCatalog, kDataSource};
 
 std::u16string_view trim(std::u16string_view s) {
   while (!s.empty() && (s.front() == u' ' || s.front() == u'\t')) s.remove_prefix(1);
@@ -32,7 +48,7 @@ std::u16string_view trim(std::u16string_view s) {
 // the bare path of the file.
 std::u16string setting(std::u16string_view connectionString, std::u16string_view key) {
   if (connectionString.find(u'=') == std::u16string_view::npos) {
-    return sameName(key, kDataSource) ? std::u16string(trim(connectionString)) : u"";
+    return equalsNoCase(key, kDataSource) ? std::u16string(trim(connectionString)) : u"";
   }
   std::size_t start = 0;
   while (start <= connectionString.size()) {
@@ -40,7 +56,7 @@ std::u16string setting(std::u16string_view connectionString, std::u16string_view
     if (end == std::u16string_view::npos) end = connectionString.size();
     const std::u16string_view part = connectionString.substr(start, end - start);
     if (const auto eq = part.find(u'='); eq != std::u16string_view::npos) {
-      if (sameName(trim(part.substr(0, eq)), key)) {
+      if (equalsNoCase(trim(part.substr(0, eq)), key)) {
         return std::u16string(trim(part.substr(eq + 1)));
       }
     }
@@ -64,64 +80,45 @@ std::u16string stem(std::u16string path) {
   return path.substr(0, path.find_last_of(u'.'));
 }
 
-DispatchResult alreadyOpen() { return DispatchResult::failure(3705, u"对象打开时，不允许操作。"); }
-
-DispatchResult argumentsWrong() {
-  return DispatchResult::failure(3001,
-                                 u"参数类型不正确，或不在可以接受的范围之内，或与其他参数冲突。");
-}
-
 // A connection property read and written by name: Properties("...").Value.
-class Property final : public HostObject {
+// The name is one of kProperties.
+class Property final : public host::PropertyObject {
  public:
-  Property(std::shared_ptr<Connection> owner, std::u16string name)
-      : owner_(std::move(owner)), name_(std::move(name)) {}
+  Property(std::shared_ptr<Connection> owner, std::u16string_view name)
+      : owner_(std::move(owner)), name_(name) {}
 
   DispatchResult getProperty(std::u16string_view member, std::span<const Value>) override {
-    if (sameName(member, u"Name")) return DispatchResult::success(Value::string(name_));
-    if (sameName(member, u"Value")) return owner_->getProperty(name_, {});
+    if (equalsNoCase(member, u"Name")) return DispatchResult::success(Value::string(name_));
+    if (equalsNoCase(member, u"Value")) return owner_->getProperty(name_, {});
     return memberNotFound(member);
   }
   DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
                              const Value& value) override {
-    if (sameName(member, u"Value")) return owner_->setProperty(name_, {}, value);
+    if (equalsNoCase(member, u"Value")) return owner_->setProperty(name_, {}, value);
     return memberNotFound(member);
-  }
-  DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
-    return getProperty(member, args);
   }
 
  private:
   std::shared_ptr<Connection> owner_;
-  std::u16string name_;
+  std::u16string_view name_;
 };
 
-class Properties final : public HostObject {
+class Properties final : public HostCollection {
  public:
   explicit Properties(std::shared_ptr<Connection> owner) : owner_(std::move(owner)) {}
 
-  DispatchResult getProperty(std::u16string_view member, std::span<const Value> args) override {
-    if (sameName(member, u"Item")) return getDefault(args);
-    if (sameName(member, u"Count")) return DispatchResult::success(Value::lng(2));
-    return memberNotFound(member);
-  }
-  DispatchResult setProperty(std::u16string_view member, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(member);
-  }
-  DispatchResult callMethod(std::u16string_view member, std::span<const Value> args) override {
-    return getProperty(member, args);
-  }
   DispatchResult getDefault(std::span<const Value> args) override {
     const auto name = textArg(args, 0);
-    for (std::u16string_view known : {kInitialCatalog, kDataSource}) {
-      if (name && sameName(*name, known)) {
-        return DispatchResult::success(
-            Value::object(std::make_shared<Property>(owner_, std::u16string(known))));
+    for (std::u16string_view known : kProperties) {
+      if (name && equalsNoCase(*name, known)) {
+        return DispatchResult::success(Value::object(std::make_shared<Property>(owner_, known)));
       }
     }
     return host::itemNotFound();
   }
+
+ protected:
+  std::size_t count() const override { return kProperties.size(); }
 
  private:
   std::shared_ptr<Connection> owner_;
@@ -155,7 +152,7 @@ DispatchResult Connection::setCatalog(const Value& value) {
   try {
     name = vb::toString(value, Locale::zhCN());
   } catch (const vb::RuntimeError&) {
-    return argumentsWrong();
+    return badArguments();
   }
   if (!backend_) {
     catalog_ = std::move(name);
@@ -175,8 +172,7 @@ DispatchResult Connection::setCatalog(const Value& value) {
 DispatchResult Connection::execute(std::u16string_view sql, std::span<const Value> params) {
   if (log_) log_->add(sql);
   if (!backend_) {
-    return DispatchResult::failure(kConnectionUnusable,
-                                   u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+    return connectionUnusable();
   }
   try {
     ResultSet result = backend_->run(sql, params);
@@ -188,70 +184,68 @@ DispatchResult Connection::execute(std::u16string_view sql, std::span<const Valu
 }
 
 DispatchResult Connection::getProperty(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"ConnectionString")) {
+  if (equalsNoCase(name, u"ConnectionString")) {
     return DispatchResult::success(Value::string(connectionString_));
   }
-  if (sameName(name, u"State")) return DispatchResult::success(Value::lng(backend_ ? 1 : 0));
-  if (sameName(name, u"DefaultDatabase") || sameName(name, kInitialCatalog)) {
+  if (equalsNoCase(name, u"State")) return DispatchResult::success(Value::lng(backend_ ? 1 : 0));
+  if (equalsNoCase(name, u"DefaultDatabase") || equalsNoCase(name, kInitialCatalog)) {
     return DispatchResult::success(Value::string(catalog()));
   }
-  if (sameName(name, kDataSource)) {
+  if (equalsNoCase(name, kDataSource)) {
     return DispatchResult::success(
         Value::string(backend_ ? fromUtf8(path_) : setting(connectionString_, kDataSource)));
   }
-  if (sameName(name, u"Properties")) {
+  if (equalsNoCase(name, u"Properties")) {
     // The property objects refer back to this connection, which the
     // factory always holds through a shared pointer.
-    auto props = std::make_shared<Properties>(shared_from_this());
-    if (args.empty()) return DispatchResult::success(Value::object(props));
-    return props->getDefault(args);
+    return host::collectionOrItem(std::make_shared<Properties>(shared_from_this()), args);
   }
   return memberNotFound(name);
 }
 
 DispatchResult Connection::setProperty(std::u16string_view name, std::span<const Value>,
                                        const Value& value) {
-  if (sameName(name, u"ConnectionString")) {
+  if (equalsNoCase(name, u"ConnectionString")) {
     if (backend_) return alreadyOpen();
     const auto text = textArg(std::span<const Value>(&value, 1), 0);
-    if (!text) return argumentsWrong();
+    if (!text) return badArguments();
     connectionString_ = *text;
     catalog_.reset();
     return DispatchResult::success();
   }
-  if (sameName(name, u"DefaultDatabase") || sameName(name, kInitialCatalog)) {
+  if (equalsNoCase(name, u"DefaultDatabase") || equalsNoCase(name, kInitialCatalog)) {
     return setCatalog(value);
   }
   return memberNotFound(name);
 }
 
 DispatchResult Connection::callMethod(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"Open")) {
+  if (equalsNoCase(name, u"Open")) {
     if (!args.empty() && !args[0].isEmpty()) {
       if (backend_) return alreadyOpen();
       const auto text = textArg(args, 0);
-      if (!text) return argumentsWrong();
+      if (!text) return badArguments();
       connectionString_ = *text;
     }
     return open();
   }
-  if (sameName(name, u"Close")) {
+  if (equalsNoCase(name, u"Close")) {
     if (!backend_) return objectClosed();
     backend_.reset();
     return DispatchResult::success();
   }
-  if (sameName(name, u"Execute")) {
+  if (equalsNoCase(name, u"Execute")) {
     const auto sql = textArg(args, 0);
-    if (!sql) return argumentsWrong();
+    if (!sql) return badArguments();
     return execute(*sql);
   }
-  const bool begin = sameName(name, u"BeginTrans");
-  if (begin || sameName(name, u"CommitTrans") || sameName(name, u"RollbackTrans")) {
+  const bool begin = equalsNoCase(name, u"BeginTrans");
+  if (begin || equalsNoCase(name, u"CommitTrans") || equalsNoCase(name, u"RollbackTrans")) {
     if (!backend_) return objectClosed();
     try {
       if (begin) {
         backend_->begin();
-      } else if (sameName(name, u"CommitTrans")) {
+      } else if (equalsNoCase(name, u"CommitTrans")) {
         backend_->commit();
       } else {
         backend_->rollback();

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "host/recordset_errors.hpp"
+#include "host/object_members.hpp"
 #include "korvex/sqlite.hpp"
 #include "sqlite/objects.hpp"
 
@@ -13,9 +13,9 @@ class SqliteFactory final : public ObjectFactory {
   explicit SqliteFactory(std::shared_ptr<SqlLog> log) : log_(std::move(log)) {}
 
   ObjectRef create(std::u16string_view className) override {
-    if (host::sameName(className, u"Connection")) return std::make_shared<ds::Connection>(log_);
-    if (host::sameName(className, u"Recordset")) return std::make_shared<ds::Recordset>();
-    if (host::sameName(className, u"Command")) return std::make_shared<ds::Command>();
+    if (host::equalsNoCase(className, u"Connection")) return std::make_shared<ds::Connection>(log_);
+    if (host::equalsNoCase(className, u"Recordset")) return std::make_shared<ds::Recordset>();
+    if (host::equalsNoCase(className, u"Command")) return std::make_shared<ds::Command>();
     return nullptr;
   }
 
@@ -23,21 +23,14 @@ class SqliteFactory final : public ObjectFactory {
   std::shared_ptr<SqlLog> log_;
 };
 
-class ConnectParent final : public HostObject {
+class ConnectParent final : public host::PropertyObject {
  public:
   explicit ConnectParent(ObjectRef connection) : connection_(std::move(connection)) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
-    if (host::sameName(name, u"Connect"))
+    if (host::equalsNoCase(name, u"Connect"))
       return DispatchResult::success(Value::object(connection_));
     return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
   }
 
  private:

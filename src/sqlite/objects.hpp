@@ -19,7 +19,14 @@ inline constexpr std::int32_t kProviderError = -2147467259;  // the database ref
 inline constexpr std::int32_t kObjectClosed = 3704;
 inline constexpr std::int32_t kConnectionUnusable = 3709;
 
+/// 3704: the object is closed.
 DispatchResult objectClosed();
+/// 3705: the object is open and must not be.
+DispatchResult alreadyOpen();
+/// 3709: no open connection to run on.
+DispatchResult connectionUnusable();
+/// 3001: an argument of the wrong type or out of range.
+DispatchResult badArguments();
 /// A database failure as the objects report it.
 DispatchResult providerError(std::u16string message);
 

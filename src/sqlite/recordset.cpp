@@ -6,6 +6,7 @@
 
 #include "host/collection.hpp"
 #include "host/recordset_errors.hpp"
+#include "host/row_cursor.hpp"
 #include "sqlite/field_types.hpp"
 #include "sqlite/objects.hpp"
 #include "values/ops.hpp"
@@ -13,15 +14,12 @@
 
 namespace korvex::ds {
 
-using host::itemNotFound;
+using host::equalsNoCase;
 using host::noCurrentRecord;
-using host::sameName;
 
-struct RecordsetData {
+struct RecordsetData : host::RowCursor {
   bool open = false;
   std::vector<Column> columns;
-  std::vector<std::vector<Value>> rows;
-  std::ptrdiff_t position = 0;
   std::shared_ptr<Backend> backend;
   // The current row as it was before its first change; empty while the row
   // has no pending change.
@@ -31,15 +29,6 @@ struct RecordsetData {
   std::int32_t cursorType = 0;
   std::int32_t lockType = 1;
   std::vector<ObjectRef> fieldObjects;
-
-  bool hasCurrent() const noexcept {
-    return position >= 0 && static_cast<std::size_t>(position) < rows.size();
-  }
-  bool bof() const noexcept { return rows.empty() || position < 0; }
-  bool eof() const noexcept {
-    return rows.empty() || position >= static_cast<std::ptrdiff_t>(rows.size());
-  }
-  std::vector<Value>& current() { return rows[static_cast<std::size_t>(position)]; }
 
   void revert() {
     if (!original.empty() && hasCurrent()) current() = original;
@@ -110,7 +99,7 @@ DispatchResult RecordsetData::update() {
     std::vector<std::size_t> keyColumns;
     for (const std::u16string& key : backend->primaryKey(table)) {
       const auto it = std::find_if(columns.begin(), columns.end(),
-                                   [&](const Column& c) { return sameName(c.origin, key); });
+                                   [&](const Column& c) { return equalsNoCase(c.origin, key); });
       if (it == columns.end()) {
         keyColumns.clear();
         break;
@@ -145,19 +134,19 @@ DispatchResult RecordsetData::update() {
 
 namespace {
 
-class FieldObject final : public HostObject {
+class FieldObject final : public host::PropertyObject {
  public:
   FieldObject(std::shared_ptr<RecordsetData> data, std::size_t column)
       : data_(std::move(data)), column_(column) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
     const Column& c = data_->columns[column_];
-    if (sameName(name, u"Name")) return DispatchResult::success(Value::string(c.name));
-    if (sameName(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
-    if (sameName(name, u"Value") || sameName(name, u"OriginalValue")) {
+    if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
+    if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
+    if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
       if (!data_->open) return objectClosed();
       if (!data_->hasCurrent()) return noCurrentRecord();
-      if (sameName(name, u"OriginalValue") && !data_->original.empty()) {
+      if (equalsNoCase(name, u"OriginalValue") && !data_->original.empty()) {
         return DispatchResult::success(data_->original[column_]);
       }
       return DispatchResult::success(data_->current()[column_]);
@@ -169,7 +158,7 @@ class FieldObject final : public HostObject {
   // its column can keep (a Date field turns text into a Date or refuses).
   DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
                              const Value& value) override {
-    if (!sameName(name, u"Value")) return memberNotFound(name);
+    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
     RecordsetData& d = *data_;
     if (!d.open) return objectClosed();
     if (!d.hasCurrent()) return noCurrentRecord();
@@ -189,48 +178,24 @@ class FieldObject final : public HostObject {
     return DispatchResult::success();
   }
 
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
-  }
-
  private:
   std::shared_ptr<RecordsetData> data_;
   std::size_t column_;
 };
 
-ObjectRef fieldObject(const std::shared_ptr<RecordsetData>& data, std::size_t i) {
-  if (i < data->fieldObjects.size()) return data->fieldObjects[i];
-  return std::make_shared<FieldObject>(data, i);
-}
-
-class FieldsObject final : public HostCollection {
+class FieldsObject final : public NamedCollection {
  public:
   explicit FieldsObject(std::shared_ptr<RecordsetData> data) : data_(std::move(data)) {}
 
-  DispatchResult getDefault(std::span<const Value> args) override {
-    if (args.size() != 1) return itemNotFound();
-    const auto& columns = data_->columns;
-    if (args[0].isString()) {
-      for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (sameName(columns[i].name, args[0].stringValue())) {
-          return DispatchResult::success(Value::object(fieldObject(data_, i)));
-        }
-      }
-      return itemNotFound();
-    }
-    std::int32_t index = -1;
-    try {
-      index = vb::toLong(args[0], Locale::zhCN());
-    } catch (const vb::RuntimeError&) {
-      return itemNotFound();
-    }
-    if (index < 0 || static_cast<std::size_t>(index) >= columns.size()) return itemNotFound();
-    return DispatchResult::success(
-        Value::object(fieldObject(data_, static_cast<std::size_t>(index))));
-  }
-
  protected:
   std::size_t count() const override { return data_->columns.size(); }
+  std::u16string_view nameAt(std::size_t i) const override { return data_->columns[i].name; }
+  // The cached field object; a fresh one once the record set itself is gone
+  // (its cache is cleared then) while this collection lives on.
+  ObjectRef itemAt(std::size_t i) override {
+    if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
+    return std::make_shared<FieldObject>(data_, i);
+  }
 
  private:
   std::shared_ptr<RecordsetData> data_;
@@ -283,10 +248,9 @@ void Recordset::adopt(Recordset& other) {
 }
 
 DispatchResult Recordset::open(std::span<const Value> args) {
-  if (data_->open) return DispatchResult::failure(3705, u"对象打开时，不允许操作。");
+  if (data_->open) return alreadyOpen();
   if (args.size() < 2 || !args[1].isObject() || !args[1].objectValue()) {
-    return DispatchResult::failure(3709,
-                                   u"连接无法用于执行此操作。在此上下文中它可能已被关闭或无效。");
+    return connectionUnusable();
   }
   // The statement runs on the given connection, as its Execute would run it.
   DispatchResult r = args[1].objectValue()->callMethod(u"Execute", args.subspan(0, 1));
@@ -304,38 +268,24 @@ DispatchResult Recordset::move(std::u16string_view name) {
   if (!d.open) return objectClosed();
   // Leaving a changed row writes it first.
   if (DispatchResult written = d.update(); !written.ok()) return written;
-  const auto rows = static_cast<std::ptrdiff_t>(d.rows.size());
-  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveLast")) {
-    if (d.rows.empty()) return noCurrentRecord();
-    d.position = sameName(name, u"MoveFirst") ? 0 : rows - 1;
-  } else if (sameName(name, u"MoveNext")) {
-    if (d.eof()) return noCurrentRecord();
-    ++d.position;
-  } else {
-    if (d.bof()) return noCurrentRecord();
-    --d.position;
-  }
-  return DispatchResult::success();
+  return d.move(name);
 }
 
 DispatchResult Recordset::getProperty(std::u16string_view name, std::span<const Value> args) {
   RecordsetData& d = *data_;
-  if (sameName(name, u"State")) return DispatchResult::success(Value::lng(d.open ? 1 : 0));
-  if (sameName(name, u"CursorLocation"))
+  if (equalsNoCase(name, u"State")) return DispatchResult::success(Value::lng(d.open ? 1 : 0));
+  if (equalsNoCase(name, u"CursorLocation"))
     return DispatchResult::success(Value::lng(d.cursorLocation));
-  if (sameName(name, u"CursorType")) return DispatchResult::success(Value::lng(d.cursorType));
-  if (sameName(name, u"LockType")) return DispatchResult::success(Value::lng(d.lockType));
-  if (sameName(name, u"Fields")) {
-    if (args.empty()) return DispatchResult::success(Value::object(fields_));
-    return fields_->getDefault(args);
-  }
-  const bool eof = sameName(name, u"EOF");
-  if (eof || sameName(name, u"BOF") || sameName(name, u"RecordCount") ||
-      sameName(name, u"AbsolutePosition")) {
+  if (equalsNoCase(name, u"CursorType")) return DispatchResult::success(Value::lng(d.cursorType));
+  if (equalsNoCase(name, u"LockType")) return DispatchResult::success(Value::lng(d.lockType));
+  if (equalsNoCase(name, u"Fields")) return host::collectionOrItem(fields_, args);
+  const bool eof = equalsNoCase(name, u"EOF");
+  if (eof || equalsNoCase(name, u"BOF") || equalsNoCase(name, u"RecordCount") ||
+      equalsNoCase(name, u"AbsolutePosition")) {
     if (!d.open) return objectClosed();
     if (eof) return DispatchResult::success(Value::boolean(d.eof()));
-    if (sameName(name, u"BOF")) return DispatchResult::success(Value::boolean(d.bof()));
-    if (sameName(name, u"RecordCount")) {
+    if (equalsNoCase(name, u"BOF")) return DispatchResult::success(Value::boolean(d.bof()));
+    if (equalsNoCase(name, u"RecordCount")) {
       return DispatchResult::success(Value::lng(static_cast<std::int32_t>(d.rows.size())));
     }
     return DispatchResult::success(
@@ -346,10 +296,10 @@ DispatchResult Recordset::getProperty(std::u16string_view name, std::span<const 
 
 DispatchResult Recordset::setProperty(std::u16string_view name, std::span<const Value>,
                                       const Value& value) {
-  std::int32_t* target = sameName(name, u"CursorLocation") ? &data_->cursorLocation
-                         : sameName(name, u"CursorType")   ? &data_->cursorType
-                         : sameName(name, u"LockType")     ? &data_->lockType
-                                                           : nullptr;
+  std::int32_t* target = equalsNoCase(name, u"CursorLocation") ? &data_->cursorLocation
+                         : equalsNoCase(name, u"CursorType")   ? &data_->cursorType
+                         : equalsNoCase(name, u"LockType")     ? &data_->lockType
+                                                               : nullptr;
   if (target == nullptr) return memberNotFound(name);
   try {
     *target = vb::toLong(value, Locale::zhCN());
@@ -361,24 +311,21 @@ DispatchResult Recordset::setProperty(std::u16string_view name, std::span<const 
 
 DispatchResult Recordset::callMethod(std::u16string_view name, std::span<const Value> args) {
   RecordsetData& d = *data_;
-  if (sameName(name, u"MoveFirst") || sameName(name, u"MoveNext") ||
-      sameName(name, u"MovePrevious") || sameName(name, u"MoveLast")) {
-    return move(name);
-  }
-  if (sameName(name, u"Open")) return open(args);
-  if (sameName(name, u"Close")) {
+  if (host::RowCursor::isMove(name)) return move(name);
+  if (equalsNoCase(name, u"Open")) return open(args);
+  if (equalsNoCase(name, u"Close")) {
     if (!d.open) return objectClosed();
     d.revert();
     d.open = false;
     d.rows.clear();
     return DispatchResult::success();
   }
-  const bool edit = sameName(name, u"Edit");
-  if (edit || sameName(name, u"Update") || sameName(name, u"CancelUpdate")) {
+  const bool edit = equalsNoCase(name, u"Edit");
+  if (edit || equalsNoCase(name, u"Update") || equalsNoCase(name, u"CancelUpdate")) {
     if (!d.open) return objectClosed();
     if (!d.hasCurrent()) return noCurrentRecord();
     if (edit) return DispatchResult::success();  // fields are written straight into the row
-    if (sameName(name, u"Update")) return d.update();
+    if (equalsNoCase(name, u"Update")) return d.update();
     d.revert();
     return DispatchResult::success();
   }

@@ -29,7 +29,7 @@ std::int32_t RaiseError(Context& ctx, std::u16string_view argText);
 
 /// Whether an IF line is a block IF (nothing but a comment after THEN);
 /// reports the IF's parse errors (1, 2, 9) on the engine like If() would.
-/// Returns false with ErrNum set on an error.
+/// Returns false with the error reported on an error.
 bool IsIfBlock(Context& ctx, KeptLine& line);
 
 }  // namespace stmt

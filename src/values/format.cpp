@@ -129,23 +129,16 @@ std::optional<FormatKind> classifyFormat(std::u16string_view fmt) {
 
 std::optional<double> numericValue(const Value& v, const Locale& loc) {
   switch (v.type()) {
-    case VarType::Empty:
-      return 0.0;
-    case VarType::Boolean:
-      return v.booleanValue() ? -1.0 : 0.0;
-    case VarType::Integer:
-      return static_cast<double>(v.integerValue());
-    case VarType::Long:
-      return static_cast<double>(v.longValue());
-    case VarType::Double:
-    case VarType::Date:
-      return v.doubleValue();
-    case VarType::Currency:
-      return static_cast<double>(v.currencyValue().scaled) / Currency::kScale;
     case VarType::String:
+      // Text that reads as no number is none, not a failure.
       return parseNumber(v.stringValue(), loc);
-    default:
+    case VarType::Null:
+    case VarType::Object:
+    case VarType::Array:
       return std::nullopt;
+    default:
+      // The other kinds all convert, as arithmetic converts them.
+      return toDouble(v, loc);
   }
 }
 

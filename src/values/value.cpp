@@ -1,33 +1,17 @@
 #include "korvex/value.hpp"
 
+#include <array>
+
 namespace korvex {
 
 std::string_view typeName(VarType t) noexcept {
-  switch (t) {
-    case VarType::Empty:
-      return "Empty";
-    case VarType::Null:
-      return "Null";
-    case VarType::Integer:
-      return "Integer";
-    case VarType::Long:
-      return "Long";
-    case VarType::Double:
-      return "Double";
-    case VarType::Currency:
-      return "Currency";
-    case VarType::Date:
-      return "Date";
-    case VarType::String:
-      return "String";
-    case VarType::Boolean:
-      return "Boolean";
-    case VarType::Object:
-      return "Object";
-    case VarType::Array:
-      return "Array";
-  }
-  return "Unknown";
+  // In the order of VarType.
+  static constexpr std::array<std::string_view, 11> kNames{
+      "Empty", "Null",   "Integer", "Long",   "Double", "Currency",
+      "Date",  "String", "Boolean", "Object", "Array"};
+  static_assert(kNames.size() == static_cast<std::size_t>(VarType::Array) + 1);
+  const auto i = static_cast<std::size_t>(t);
+  return i < kNames.size() ? kNames[i] : "Unknown";
 }
 
 // ---- Array ---------------------------------------------------------------

@@ -19,16 +19,7 @@ using Data = Workbook::Data;
 
 constexpr std::int32_t kAppError = 1004;  // the spreadsheet's own failures
 
-bool sameName(std::u16string_view a, std::u16string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char16_t x = a[i], y = b[i];
-    if (x >= u'a' && x <= u'z') x = static_cast<char16_t>(x - 32);
-    if (y >= u'a' && y <= u'z') y = static_cast<char16_t>(y - 32);
-    if (x != y) return false;
-  }
-  return true;
-}
+using host::equalsNoCase;
 
 std::u16string digits(std::int64_t n) { return fromUtf8(std::to_string(n)); }
 
@@ -118,19 +109,19 @@ Value formulaOf(const CellContent& c) {
   return Value::string(fromUtf8(numberText(v.doubleValue())));
 }
 
-class RangeObject : public HostObject {
+class RangeObject : public host::PropertyObject {
  public:
   RangeObject(std::shared_ptr<Data> data, std::size_t sheet, CellRef first, std::int32_t rows,
               std::int32_t columns)
       : data_(std::move(data)), sheet_(sheet), first_(first), rows_(rows), columns_(columns) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (sameName(name, u"Value") || sameName(name, u"Value2")) return read(valueOf);
-    if (sameName(name, u"Formula")) return read(formulaOf);
-    if (sameName(name, u"Resize")) return resize(args);
-    if (sameName(name, u"Row")) return DispatchResult::success(Value::lng(first_.row));
-    if (sameName(name, u"Column")) return DispatchResult::success(Value::lng(first_.column));
-    if (sameName(name, u"Count")) {
+    if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"Value2")) return read(valueOf);
+    if (equalsNoCase(name, u"Formula")) return read(formulaOf);
+    if (equalsNoCase(name, u"Resize")) return resize(args);
+    if (equalsNoCase(name, u"Row")) return DispatchResult::success(Value::lng(first_.row));
+    if (equalsNoCase(name, u"Column")) return DispatchResult::success(Value::lng(first_.column));
+    if (equalsNoCase(name, u"Count")) {
       return DispatchResult::success(Value::dbl(static_cast<double>(rows_) * columns_));
     }
     return memberNotFound(name);
@@ -138,13 +129,9 @@ class RangeObject : public HostObject {
 
   DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
                              const Value& value) override {
-    if (sameName(name, u"Value") || sameName(name, u"Value2")) return writeValues(value);
-    if (sameName(name, u"Formula")) return writeFormulas(value);
+    if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"Value2")) return writeValues(value);
+    if (equalsNoCase(name, u"Formula")) return writeFormulas(value);
     return memberNotFound(name);
-  }
-
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
   }
 
  private:
@@ -247,27 +234,20 @@ class RangeObject : public HostObject {
   std::int32_t rows_, columns_;
 };
 
-class SheetObject : public HostObject {
+class SheetObject : public host::PropertyObject {
  public:
   SheetObject(std::shared_ptr<Data> data, std::size_t index)
       : data_(std::move(data)), index_(index) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    if (sameName(name, u"Index")) {
+    if (equalsNoCase(name, u"Index")) {
       return DispatchResult::success(Value::lng(static_cast<std::int32_t>(index_ + 1)));
     }
-    if (sameName(name, u"Name")) {
+    if (equalsNoCase(name, u"Name")) {
       return DispatchResult::success(Value::string(data_->sheets[index_].name));
     }
-    if (sameName(name, u"Cells")) return cell(args);
+    if (equalsNoCase(name, u"Cells")) return cell(args);
     return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value&) override {
-    return memberNotFound(name);
-  }
-  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
-    return getProperty(name, args);
   }
 
  private:
@@ -298,7 +278,7 @@ class SheetObject : public HostObject {
 DispatchResult sheetOf(const std::shared_ptr<Data>& data, const Value& selector) {
   if (selector.isString()) {
     for (std::size_t i = 0; i < data->sheets.size(); ++i) {
-      if (sameName(data->sheets[i].name, selector.stringValue())) {
+      if (equalsNoCase(data->sheets[i].name, selector.stringValue())) {
         return DispatchResult::success(Value::object(std::make_shared<SheetObject>(data, i)));
       }
     }
@@ -345,11 +325,10 @@ bool Workbook::modified() const noexcept { return data_->modified; }
 DispatchResult Workbook::sheet(const Value& selector) { return sheetOf(data_, selector); }
 
 DispatchResult Workbook::getProperty(std::u16string_view name, std::span<const Value> args) {
-  if (sameName(name, u"Worksheets") || sameName(name, u"Sheets")) {
-    if (args.empty()) return DispatchResult::success(Value::object(worksheets_));
-    return worksheets_->getDefault(args);
+  if (equalsNoCase(name, u"Worksheets") || equalsNoCase(name, u"Sheets")) {
+    return host::collectionOrItem(worksheets_, args);
   }
-  if (sameName(name, u"Name")) {
+  if (equalsNoCase(name, u"Name")) {
     const auto slash = data_->path.rfind('/');
     return DispatchResult::success(Value::string(
         fromUtf8(slash == std::string::npos ? data_->path : data_->path.substr(slash + 1))));

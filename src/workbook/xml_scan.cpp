@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 namespace korvex::xlsx {
@@ -96,34 +97,32 @@ bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error) {
 }
 
 std::string escapeXml(std::string_view text, bool attribute) {
+  // In an attribute, quotes, line feeds and tabs are escaped as well: a
+  // reader would end the value at the quote and turn the white space into
+  // blanks. A carriage return is escaped everywhere, or a reader would make
+  // it a line feed.
+  struct Escape {
+    char c;
+    std::string_view inText;
+    std::string_view inAttribute;
+  };
+  static constexpr std::array<Escape, 7> kEscapes{{{'&', "&amp;", "&amp;"},
+                                                   {'<', "&lt;", "&lt;"},
+                                                   {'>', "&gt;", "&gt;"},
+                                                   {'"', "\"", "&quot;"},
+                                                   {'\r', "&#13;", "&#13;"},
+                                                   {'\n', "\n", "&#10;"},
+                                                   {'\t', "\t", "&#9;"}}};
   std::string out;
   out.reserve(text.size());
   for (const char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += attribute ? "&quot;" : "\"";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      case '\n':
-        out += attribute ? "&#10;" : "\n";
-        break;
-      case '\t':
-        out += attribute ? "&#9;" : "\t";
-        break;
-      default:
-        // Other control characters cannot appear in XML 1.0 at all.
-        if (static_cast<unsigned char>(c) >= 0x20) out += c;
+    const auto escape =
+        std::find_if(kEscapes.begin(), kEscapes.end(), [c](const Escape& e) { return e.c == c; });
+    if (escape != kEscapes.end()) {
+      out += attribute ? escape->inAttribute : escape->inText;
+    } else if (static_cast<unsigned char>(c) >= 0x20) {
+      // Other control characters cannot appear in XML 1.0 at all.
+      out += c;
     }
   }
   return out;

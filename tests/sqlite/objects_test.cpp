@@ -108,6 +108,37 @@ TEST_F(Objects, RowsFoundByRowIdentityOrNotAtAll) {
   EXPECT_EQ(describe(scalar("select group_concat(b) from t")), "String:9,1");
 }
 
+TEST_F(Objects, CursorMovesAndFieldLookups) {
+  const ObjectRef rs = objectIn(exec("select 工号 as Code from 工资表2005年03月 order by 工号"));
+  ASSERT_TRUE(rs);
+  struct Move {
+    std::u16string_view method;
+    std::int32_t error;     // 0, or 3021 past either end
+    std::int32_t position;  // AbsolutePosition after it: -1 off the rows
+  };
+  const Move moves[] = {{u"MoveLast", 0, 2},         {u"movenext", 0, -1}, {u"MoveNext", 3021, -1},
+                        {u"MovePrevious", 0, 2},     {u"MOVEFIRST", 0, 1}, {u"MovePrevious", 0, -1},
+                        {u"MovePrevious", 3021, -1}, {u"MoveFirst", 0, 1}};
+  for (const Move& m : moves) {
+    EXPECT_EQ(rs->callMethod(m.method, {}).number, m.error) << toUtf8(m.method);
+    EXPECT_EQ(rs->getProperty(u"AbsolutePosition", {}).value.longValue(), m.position)
+        << toUtf8(m.method);
+  }
+  // Fields by name (any case) or by position from 0; anything else is 3265.
+  const ObjectRef fields = objectIn(rs->getProperty(u"Fields", {}));
+  const std::pair<Value, std::int32_t> keys[] = {
+      {Value::string(u"code"), 0}, {Value::lng(0), 0},     {Value::string(u"工号"), 3265},
+      {Value::lng(1), 3265},       {Value::lng(-1), 3265}, {Value::string(u"x"), 3265}};
+  for (const auto& [key, error] : keys) {
+    const std::array<Value, 1> args{key};
+    EXPECT_EQ(fields->getProperty(u"Item", args).number, error) << describe(key);
+  }
+  EXPECT_EQ(
+      describe(
+          objectIn(connection_->getProperty(u"Properties", {}))->getProperty(u"Count", {}).value),
+      "Long:2");
+}
+
 TEST_F(Objects, StoredProceduresAndCatalog) {
   exec(
       "create table korvex_procedures (name text primary key, body text);"
