@@ -26,22 +26,26 @@ constexpr Block kBlocks[] = {
 // even code point for the upper case, the rest on an odd one (so do the
 // pinyin vowels Ǎ..ǜ of Extended-B). The dotted and
 // dotless I (U+0130, U+0131) pair with ASCII letters and are left alone.
-bool extendedAUpper(char16_t c) {
-  if (c >= 0x0100 && c <= 0x0137 && c != 0x0130 && c != 0x0131) return c % 2 == 0;
-  if (c >= 0x0139 && c <= 0x0148) return c % 2 == 1;
-  if (c >= 0x014A && c <= 0x0177) return c % 2 == 0;
-  if (c >= 0x0179 && c <= 0x017E) return c % 2 == 1;
-  if (c >= 0x01CD && c <= 0x01DC) return c % 2 == 1;
+struct PairRun {
+  char16_t first;
+  char16_t last;
+  int upperParity;  // c % 2 of the upper-case letters
+};
+constexpr PairRun kPairRuns[] = {
+    {0x0100, 0x0137, 0}, {0x0139, 0x0148, 1}, {0x014A, 0x0177, 0},
+    {0x0179, 0x017E, 1}, {0x01CD, 0x01DC, 1},
+};
+
+// Whether c is a letter of a pair run and of that case (upper or lower).
+bool pairedLetter(char16_t c, bool upper) {
+  if (c == 0x0130 || c == 0x0131) return false;
+  for (const PairRun& r : kPairRuns) {
+    if (c >= r.first && c <= r.last) return (c % 2 == r.upperParity) == upper;
+  }
   return false;
 }
-bool extendedALower(char16_t c) {
-  if (c >= 0x0100 && c <= 0x0137 && c != 0x0130 && c != 0x0131) return c % 2 == 1;
-  if (c >= 0x0139 && c <= 0x0148) return c % 2 == 0;
-  if (c >= 0x014A && c <= 0x0177) return c % 2 == 1;
-  if (c >= 0x0179 && c <= 0x017E) return c % 2 == 0;
-  if (c >= 0x01CD && c <= 0x01DC) return c % 2 == 0;
-  return false;
-}
+bool extendedAUpper(char16_t c) { return pairedLetter(c, true); }
+bool extendedALower(char16_t c) { return pairedLetter(c, false); }
 
 char16_t toUpperChar(char16_t c) {
   if (c < 0x80) return asciiUpper(c);
