@@ -1,6 +1,6 @@
 // The SQL functions: DoSQL runs a script of SQL statements and gives the
 // first field of the last result, DoSqlEx gives the last result as an
-// array, "_员工工资项目值" reads one item of a monthly wage table.
+// array.
 #include <array>
 #include <vector>
 
@@ -8,15 +8,12 @@
 #include "engine/script_reader.hpp"
 #include "functions/families.hpp"
 #include "functions/source_query.hpp"
-#include "functions/wage/wage_sql.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
 
 namespace korvex::fn {
 
 namespace {
-
-using namespace wage;
 
 constexpr std::int32_t kSqlFailed = 30;
 
@@ -202,32 +199,9 @@ std::int32_t doSqlEx(Call& call, Value& result) {
   return runSqlScript(call, sql, true, header, result, call.entry().displayName());
 }
 
-// Year and month: numeric (else the bare 4), not below 0 (else 6).
-std::int32_t periodPart(Call& call, std::size_t i, std::int16_t& out) {
-  const Value& v = call.arg(i);
-  if (!vb::isNumeric(v, call.locale())) return call.typeError();
-  if (vb::toDouble(v, call.locale()) < 0) return call.countError();
-  out = vb::toInteger(v, call.locale());
-  return 0;
-}
-
-std::int32_t wageItem(Call& call, Value& result) {
-  std::int16_t year = 0, month = 0;
-  if (const std::int32_t e = periodPart(call, 1, year)) return e;
-  if (const std::int32_t e = periodPart(call, 2, month)) return e;
-  if (!call.arg(3).isString() || !call.arg(4).isString()) return call.typeError();
-  const std::u16string& code = call.arg(3).stringValue();
-  const std::u16string& item = call.arg(4).stringValue();
-  const std::u16string sql = u"select [" + item + u"] as WA_Value from [" +
-                             wageTableName(year, month) + u"] Where (工号 = '" + code + u"')";
-  result = queryFieldOrFallback(call.context(), sql, u"WA_Value", call.arg(5));
-  return 0;
-}
-
 constexpr FunctionEntry kTable[] = {
     {{u"DoSQL", u"ExecuteSQL"}, 1, 1, {ArgCheck::Any}, executeSql},
     {{u"DoSqlEx"}, 1, 2, {ArgCheck::Any, ArgCheck::Any}, doSqlEx},
-    {{u"_员工工资项目值"}, 5, 5, {}, wageItem, kPlainTypeMessage},
 };
 
 }  // namespace

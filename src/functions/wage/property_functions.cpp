@@ -1,4 +1,5 @@
-// Employee and product properties and the head count of a department.
+// Employee and product properties, the head count of a department and one
+// item of an employee's monthly wage.
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -137,10 +138,33 @@ std::int32_t productProperty(Call& call, Value& result) {
   return 0;
 }
 
+// Year and month: numeric (else the bare 4), not below 0 (else 6).
+std::int32_t periodPart(fn::Call& call, std::size_t i, std::int16_t& out) {
+  const Value& v = call.arg(i);
+  if (!vb::isNumeric(v, call.locale())) return call.typeError();
+  if (vb::toDouble(v, call.locale()) < 0) return call.countError();
+  out = vb::toInteger(v, call.locale());
+  return 0;
+}
+
+std::int32_t wageItem(fn::Call& call, Value& result) {
+  std::int16_t year = 0, month = 0;
+  if (const std::int32_t e = periodPart(call, 1, year)) return e;
+  if (const std::int32_t e = periodPart(call, 2, month)) return e;
+  if (!call.arg(3).isString() || !call.arg(4).isString()) return call.typeError();
+  const std::u16string& code = call.arg(3).stringValue();
+  const std::u16string& item = call.arg(4).stringValue();
+  const std::u16string sql = u"select [" + item + u"] as WA_Value from [" +
+                             wageTableName(year, month) + u"] Where (工号 = '" + code + u"')";
+  result = queryFieldOrFallback(call.context(), sql, u"WA_Value", call.arg(5));
+  return 0;
+}
+
 constexpr fn::FunctionEntry kTable[] = {
     {{u"_员工属性", u"员工属性"}, 2, 2, {A, A, A}, employeeProperty},
     {{u"_员工人数", u"员工人数"}, 3, 3, {A, A, A}, employeeCount},
     {{u"_产品属性", u"产品属性"}, 4, 4, {A, A, A}, productProperty},
+    {{u"_员工工资项目值"}, 5, 5, {}, wageItem, fn::kPlainTypeMessage},
 };
 
 }  // namespace
