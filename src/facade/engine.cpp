@@ -31,6 +31,17 @@ T reported(Context& ctx, T fallback, Fn&& fn) noexcept {
   return fallback;
 }
 
+// The same for a const member, which leaves the engine as it was: a fault
+// (only running out of memory can raise one there) gives the fallback.
+template <typename T, typename Fn>
+T answered(T fallback, Fn&& fn) noexcept {
+  try {
+    return fn();
+  } catch (...) {
+    return fallback;
+  }
+}
+
 template <typename Fn>
 void reported(Context& ctx, Fn&& fn) noexcept {
   reported(ctx, true, [&] {
@@ -154,7 +165,7 @@ bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
 // ---- variables ---------------------------------------------------------------
 
 bool BasicEngine::IsVarDefined(std::u16string_view name) const noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->symbolDefined(name); });
+  return answered(false, [&] { return ctx_->symbolDefined(name); });
 }
 Value BasicEngine::GetVarValue(std::u16string_view name) noexcept {
   return reported(*ctx_, Value(), [&] { return ctx_->symbolValue(name); });
@@ -166,7 +177,7 @@ void BasicEngine::SetSysVar(std::u16string_view name, const Value& value) noexce
   reported(*ctx_, [&] { ctx_->setSymbol(name, value); });
 }
 std::vector<std::pair<std::u16string, Value>> BasicEngine::Variables() const noexcept {
-  return reported(*ctx_, std::vector<std::pair<std::u16string, Value>>{},
+  return answered(std::vector<std::pair<std::u16string, Value>>{},
                   [&] { return ctx_->symbols().entries(); });
 }
 
@@ -199,7 +210,7 @@ bool BasicEngine::isFieldName(std::u16string_view name) noexcept {
   return reported(*ctx_, false, [&] { return ctx_->isFieldName(name); });
 }
 bool BasicEngine::isFieldNameByArr(std::u16string_view name) const noexcept {
-  return reported(*ctx_, false, [&] { return ctx_->isCachedFieldName(name); });
+  return answered(false, [&] { return ctx_->isCachedFieldName(name); });
 }
 Value BasicEngine::GetFieldValue(const Value& field) noexcept {
   return reported(*ctx_, Value(), [&] { return ctx_->fieldValue(field); });
