@@ -35,6 +35,14 @@ inline int errorOf(const std::function<void()>& f) {
 /// Readable form of a UTF-16 string in failure messages.
 inline std::string u8(std::u16string_view s) { return toUtf8(s); }
 
+/// The text with its ASCII letters in lower case.
+inline std::u16string lowerAscii(std::u16string s) {
+  for (auto& c : s) {
+    if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
+  }
+  return s;
+}
+
 /// "Type:text" of a value, e.g. "Double:3", "String:abc", "Null:".
 inline std::string describe(const Value& v) {
   std::string out(typeName(v.type()));

@@ -47,7 +47,8 @@ const ValueCase kArithmetic[] = {
     {"", "Empty:"}, {"a * 2", "Double:10"}, {"A+a", "Double:10"},
     {"2 ^ 3 ^ 2 - -3 ^ 2", "Double:73"}, {"-2 * -2 ^ 2", "Double:8"}, {"1 < 2 < 3", "Boolean:True"},
     {"3 > 2 > 1", "Boolean:False"}, {R"("a" & 1 = "a1")", "Boolean:True"},
-    {R"("ab" + "cd" = "abcd")", "Boolean:True"},
+    {R"("ab" + "cd" = "abcd")", "Boolean:True"}, {"1. + .5 + 007", "Double:8.5"},
+    {"1 = 1 = 1", "Boolean:False"},
 };
 // clang-format on
 INSTANTIATE_TEST_SUITE_P(Arithmetic, EvaluatesTo, ::testing::ValuesIn(kArithmetic));
@@ -68,6 +69,7 @@ const ValueCase kStringsAndComparison[] = {
     {"NOT 0", "Boolean:True"}, {"not 1", "Boolean:False"},
     {"2 AND 4", "Boolean:True"},  // logical, not bitwise
     {"6 and 3", "Boolean:True"}, {"0 OR 0", "Boolean:False"}, {"TRUE AND FALSE", "Boolean:False"},
+    {"TRUE OR FALSE AND FALSE", "Boolean:True"}, {"1 = 1 AND 2 > 3", "Boolean:False"},
     {"CRLF", "String:\r\n"}, {"vbcrlf & 1", "String:\r\n1"}, {"#2005-03-01#", "Date:2005/3/1"},
     {"#2005-03-01# + 1", "Date:2005/3/2"},
 };
@@ -171,7 +173,8 @@ const ErrorCase kEvaluationErrors[] = {
     {"NOT \"x\"", 4, "类型不匹配", kMismatchBox}, {"NOT NULL", 4, "类型不匹配", kMismatchBox},
     {"\"x\" AND 1", 4, "类型不匹配", kMismatchBox}, {"1 OR \"x\"", 4, "类型不匹配", kMismatchBox},
     {"1/0", 4, "类型不匹配", kMismatchBox},  // a platform fault takes the same path
-    {"\"x\" - 1", 4, "类型不匹配", kMismatchBox},
+    {"\"x\" - 1", 4, "类型不匹配", kMismatchBox}, {"2 / NULL", 4, "类型不匹配", kMismatchBox},
+    {"NULL < \"a\"", 4, "类型不匹配", kMismatchBox}, {"\"5\" > 3", 4, "类型不匹配", kMismatchBox},
     {"1 XOR 2", 2, "错误的表达式", "栈中含多个结果, 请检查表达式是否正确"},
     // "(" may follow an operand; the two groups leave two results.
     {"(1)(2)", 2, "错误的表达式", "栈中含多个结果, 请检查表达式是否正确"},

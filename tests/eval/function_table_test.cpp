@@ -24,20 +24,13 @@ constexpr const char16_t* kFunctionNames[] = {
     u"ABS",       u"SetCellFormula", u"大写",          u"LEFT",    u"IsVarExist",  u"WeekDayName",
     u"_员工属性", u"员工属性",       u"_部门工资合计", u"DoSqlEx", u"Num2Chinese", u"_计件工资额"};
 
-std::u16string lower(std::u16string s) {
-  for (auto& c : s) {
-    if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
-  }
-  return s;
-}
-
 TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
   // Without its "(" a function name is a missing-parenthesis error; with a
   // list it does not accept it is the function's own error. Never 56.
   for (const char16_t* name : kFunctionNames) {
     const auto entry = lookupName(upperName(name));
     ASSERT_NE(entry, std::nullopt) << toUtf8(name);
-    for (const std::u16string& written : {std::u16string(name), lower(name)}) {
+    for (const std::u16string& written : {std::u16string(name), lowerAscii(name)}) {
       Harness f;
       Evaluate(contextOf(f.engine), written + u" + 1");
       EXPECT_EQ(f.engine.ErrNum(), 26) << toUtf8(written);

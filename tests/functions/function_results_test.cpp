@@ -72,7 +72,9 @@ INSTANTIATE_TEST_SUITE_P(Numbers, FunctionResult, ::testing::ValuesIn(kNumbers))
 
 // clang-format off
 const ResultCase kDates[] = {
-    {R"(CDate("2005-03-01"))", "Date:2005/3/1"}, {"DAY(#2005-03-17#)", "Double:17"},
+    {R"(CDate("2005-03-01"))", "Date:2005/3/1"},
+    {R"(CDate("2023年3月15日 13:05:06"))", "Date:2023/3/15 13:05:06"},
+    {R"(CDate("下午 1:05"))", "Date:13:05:00"}, {"DAY(#2005-03-17#)", "Double:17"},
     {R"(DAY("2005-03-17"))", "Double:17"}, {"MONTH(#2005-03-17#)", "Double:3"},
     {R"(HOUR("2005-03-17 13:45:10"))", "Double:13"},
     {R"(Minute("2005-03-17 13:45:10"))", "Double:45"},

@@ -16,7 +16,6 @@ using namespace std::literals;
 const ScriptCase kStatements[] = {
     // the run loop driving statements: line suffixes, END, loops sharing state
     {"Dim a\na = 1\na = a + 1", "A=Double:2"},
-    {"Dim a\n\nabc", "err 22 不支持的语句体 : 行号 3 | A=Empty:"},
     {"' first\nraiseerror \"bad data\"", "err 2000 bad data : 行号 2"},
     {"RaiseError(5)", "err -2147220004 错误的符号或变量名称(' : 行号 1"},
     {"RaiseError 1, 2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1, 2} : 行号 1"},
@@ -33,7 +32,6 @@ const ScriptCase kStatements[] = {
     // addrecord
     {"DIM a\nAddRecord", "err 19 不能识别的语句 : 行号 2 | A=Empty:"},
     // assign
-    {"DIM a\n a\t= 1", "A=Double:1"},
     {"DIM x, y, z\nx = \"a'b=c\" & \"'\" ' tail\ny=1=2\n\tZ  =  3\nx = x & 1",
      "Y=Boolean:False | Z=Double:3 | X=String:a'b=c'1"},
     {"DIM abc\nabc", "err 22 不支持的语句体 : 行号 2 | ABC=Empty:"},
@@ -42,16 +40,11 @@ const ScriptCase kStatements[] = {
     {"DIM x\nx = \"abc\nMSGBOX \"next\"", "X=Empty: | box next"},
     {"DIM x\nx = 7\nx = 1 XOR 2",
      "err 2 错误的表达式 : 行号 3 | X=Double:7 | box 栈中含多个结果, 请检查表达式是否正确"},
-    {"DIM x\nx =", "err 1 语法错 : 行号 2 | X=Empty:"}, {"abc", "err 22 不支持的语句体 : 行号 1"},
-    {"y = 1", "err 5 变量未定义 'y' : 行号 1"}, {"DIM a\na = 1 + 2*3", "A=Double:7"},
-    {"DIM x\n  X =  1", "X=Double:1"}, {"DIM x\nx=1", "X=Double:1"},
-    {"DIM x\nx = \"it's\" ' note", "X=String:it's"},
-    {"DIM x, n\nx = \"abc\nn = 1", "X=Empty: | N=Double:1"},
+    {"y = 1", "err 5 变量未定义 'y' : 行号 1"}, 
     // bad
     {"a#b = 1", "err -2147220004 错误的符号或变量名称#' : 行号 1"},
     // control characters as blanks
     {"\001DIM\001a\002\n \t \nMSGBOX\001\"x\"", "A=Empty: | box x"},
-    // delrecord
     // dim
     {"DIM ' nothing", "err 1 语法错{DIM} : 行号 1"},
     {"DIM a,,b", "err 1 语法错 : 行号 1 | A=Empty:"}, {"DIM a，b\na，b = 1", "A，B=Double:1"},
@@ -65,12 +58,11 @@ const ScriptCase kStatements[] = {
     {"DIM 1x", "err 3 错误的符号或变量名称 '1'{DIM} : 行号 1"},
     {"DIM ab#c", "err 3 错误的符号或变量名称 '#' : 行号 1"},
     {"DIM a DIM", "err 1 语法错 : 行号 1 | A=Empty:"}, {"DIM ,a", "err 1 语法错 : 行号 1"},
-    {"DIM", "err 1 语法错{DIM} : 行号 1"},
     {"DIM a, b ,c\nc = (1 + 2) * 3\na = 1 + 2 * 3\nb = \"it's\" ' note\nDIM a",
      "C=Double:9 | A=Double:7 | B=String:it's"},
-    {"Dim 工资, 金额_1", "工资=Empty: | 金额_1=Empty:"}, {"DIM a ' note", "A=Empty:"},
-    {"dim DIM,a", "A=Empty:"}, {"DIM a, b ,c", "A=Empty: | B=Empty: | C=Empty:"},
-    {"DIM a\na = 5\nDIM a", "A=Double:5"}, {"DIM a b", "err 1 语法错 : 行号 1 | A=Empty:"},
+    {"Dim 工资, 金额_1", "工资=Empty: | 金额_1=Empty:"}, 
+    {"dim DIM,a", "A=Empty:"}, 
+    {"DIM a b", "err 1 语法错 : 行号 1 | A=Empty:"},
     // do
     {"Do ' While 1", "err 1 语法错 : 行号 1"},
     {"DIM s\ns = \"abc\"\nDo While s\nLoop", "err 13 Do 语句缺表达式 : 行号 3 | S=String:abc"},
@@ -88,23 +80,16 @@ const ScriptCase kStatements[] = {
     {"Do While 0\nEnd Do x", "err 1 语法错 : 行号 2"},
     {"Exit Do", "err 16 Exit Do 不在 Do...Loop 内 : 行号 1"},
     {"Do While 0\nLoop While x", "err 1 语法错 : 行号 2"},
-    {"Do While", "err 13 Do 语句缺表达式 : 行号 1"},
-    {"Do While 0", "err 14 Do 没有 Loop 或 End Do : 行号 1"},
     {"DIM n\nn = 0\nDo Until n >= 0\n  Do While n > 5\n    n = n + 1\n  Loop\n  n = 2\nLoop",
      "err 15 Loop 或 End Do 缺少 Do : 行号 8 | N=Double:2"},
     {"DIM n\nDo Until 1\nDo While 0\nn = 1\nLoop\nn = 2\nLoop",
      "err 15 Loop 或 End Do 缺少 Do : 行号 7 | N=Double:2"},
     {"DIM n\nDo While 1\nIf 1 Then\nExit Do\nEnd If\nLoop\nn = 1", "N=Double:1"},
-    {"DIM n\nDo While 1\nExit Do\nLoop\nn = 1", "N=Double:1"},
     {"DIM n\nn = 0\nDo While n < 2\nn = n + 1\nDo While 1\nExit Do\nLoop\nLoop", "N=Double:2"},
     {"DIM n\nDo While 1\nExit Do\nDo While 0\nLoop\nn = 5\nLoop\nn = n + 1", "N=Double:1"},
-    {"DIM n\nDo While 1 = 2\nn = 1\nLoop", "N=Empty:"},
-    {"DIM n\nDo While NULL\nn = 1\nLoop", "N=Empty:"},
     {"Do While 0\nx#y = 1\nLoop\nDIM z", "err 0 错误的符号或变量名称#' | Z=Empty:"},
     {"Do While 0\nIf a\nLoop\nDIM z", "err 0 If 语句缺 'Then' | Z=Empty:"},
     {"DIM n\nDo While 0\nIf 1 Then\nn = 1\nEnd If\nLoop", "N=Empty:"},
-    {"DIM i\ni = 0\nDo Until i >= 3\ni = i + 1\nEnd Do", "I=Double:3"},
-    {"DIM n\nDo While 0\nDo While 0\nn = 1\nLoop\nn = 2\nLoop", "N=Empty:"},
     // else
     {"Do While 1\nElse\nLoop", "err 7 Else 没有 If : 行号 2"},
     {"If True Then\nElse\nMSGBOX 1", "err 10 If 语句无 End If : 行号 2"},
@@ -123,8 +108,6 @@ const ScriptCase kStatements[] = {
     {"If 1 Then\nEnd If'c", "err 1 语法错 : 行号 2"},
     {"DIM a\nEnd Loop", "err 1 语法错 : 行号 2 | A=Empty:"},
     {"DIM a\nDo While 1\nIf 1 Then\nEnd ' stop here\na = 1", "A=Empty:"},
-    {"DIM a\nIf 1 Then\nEnd\na = 1", "A=Empty:"},
-    {"DIM a\nIf 1 Then\nDo While 1\nEnd\na = 1", "A=Empty:"},
     // error
     {"DIM a\na = 1\na = a + nosuch", "err 56 遇到不可识别的符号或变量名 : 行号 3 | A=Double:1"},
     // exit
@@ -175,51 +158,32 @@ const ScriptCase kStatements[] = {
      "err 4 类型不匹配 : 行号 1 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:1"},
     {"DIM a, n\nIf True Then\nElse\nIf a Then\nEnd If\nn = 1\nEnd If",
      "err 11 End If 语句无 If : 行号 7 | A=Empty: | N=Double:1"},
-    {"If True Then\nElse\nn = 1", "err 10 If 语句无 End If : 行号 2"},
-    {"Else", "err 7 Else 没有 If : 行号 1"},
     {"End If", "err 11 End If 语句无 If : 行号 1"},
-    {"If False Then\nn = 1", "err 10 If 语句无 End If : 行号 1"},
-    {"DIM n\nIf 1 Then y = 1", "err 5 变量未定义 'y' : 行号 1 : 行号 2 | N=Empty:"},
     {"DIM c\nIf False Then\nDo While c\nLoop\nEnd If",
      "err 15 Loop 或 End Do 缺少 Do : 行号 2 | C=Empty:"},
     {"If False Then\nIf a\nEnd If", "err 9 If 语句缺 'Then' : 行号 1"},
     {"If False Then\nIf a", "err 10 If 语句无 End If : 行号 1"},
     {"DIM s\nIf s = \"abc Then", "err 2 错误的表达式 : 行号 2 | S=Empty:"},
     {"DIM a\nIf 1 > 0 Then\na = 1", "err -2147220004 If 语句无 End If : 行号 4 | A=Double:1"},
-    {"DIM n\nIf False Then\nn = 1\nElse ' note\nn = 2\nEnd If", "N=Double:2"},
-    {"DIM n\nIf False Then\nIf 1 Then n = 5\nElse\nn = 2\nEnd If", "N=Double:2"},
-    {"DIM n\nIf False Then\nIf True Then\nn = 1\nEnd If\nElse\nn = 2\nEnd If", "N=Double:2"},
-    {"DIM n\nif 1 = 1 then\nn = 1\nend if", "N=Double:1"},
-    {"DIM n\nIf NULL Then\nn = 1\nElse\nn = 2\nEnd If", "N=Double:2"},
     {"DIM n\nIf 1 Then n = 1 ' set n", "N=Double:1"},
-    {"DIM a, b\na = 0\nIf a > 1 Then b = 2", "B=Empty: | A=Double:0"},
     {"DIM n\nn = 1\nIf n = 1 Then MSGBOX \"one\"\nIf n = 2 Then MSGBOX \"two\"\nMSGBOX n + 1",
      "N=Double:1 | box one | box 2"},
     {"DIM c\nIf False Then\nDo Until c\nLoop\nEnd If", "C=Empty:"},
     {"DIM s, n\ns = \"x\"\nIf s <> \" THEN \" Then n = 1", "S=String:x | N=Double:1"},
     {"DIM x\nIf 1 Then x = \"abc", "err 2 错误的表达式 : 行号 2 | X=Empty:"},
-    {"DIM x, n\nx = 5\nn = 0\nIf x Then\n  n = n + 1\nElse\n  n = n + 10\nEnd If",
-     "X=Double:5 | N=Double:11"},
     {"DIM x, n\nx = 1 = 1\nn = 0\nIf x Then\nn = n + 1\nElse\nn = n + 10\nEnd If",
      "X=Boolean:True | N=Double:1"},
-    // keyword
     // loop
     {"DIM s\ns = 1\nDo While s\ns = \"abc\"\nLoop", "err 13 类型不匹配 | S=String:abc"},
     {"Do While 1\nIf 1 Then\nLoop", "err 15 Loop 或 End Do 缺少 Do : 行号 3"},
-    {"DIM x\nDo While 0\nLoop While x", "err 1 语法错 : 行号 3 | X=Empty:"},
     {"Loop", "err 15 Loop 或 End Do 缺少 Do : 行号 1"},
     // messages
     {"MsgBox 'x", "err 1 语法错 : 行号 1"}, {"RaiseError NULL", "err 94 无效使用 Null"},
     {"RaiseError 42\nMsgBox 1", "err 2000 42 : 行号 1"},
-    {"DIM s, x\ns = \"a\"\nx = 1\nMsgBox s & x", "S=String:a | X=Double:1 | box a1"},
-    {"msgbox 1 + 1", "box 2"}, {"DIM x\nx = NULL\nMsgBox x\nMsgBox 2", "X=Null: | box  | box 2"},
-    {"MsgBox \"it's\" ' c", "box it's"},
     // move
     {"移至顶部 x", "err -2147220004 语法错 : 行号 1"},
     {"DIM a\nMoveLast ' go\na = 1", "err 102 对象变量或 With 块变量未设置 : 行号 2 | A=Empty:"},
-    // movenext
     // msgbox
-    {"DIM a\nMsgBox 'x", "err 1 语法错 : 行号 2 | A=Empty:"},
     {"DIM e\nMsgBox e\nMsgBox 1 > 2\nMsgBox Empty & \"|\"", "E=Empty: | box  | box False | box |"},
     {"MSGBOX\t1 < 2\nmsgbox \"it's\" ' c\nMsgBox NULL\nMsgBox 1/4",
      "box True | box it's | box  | box 0.25"},
@@ -239,101 +203,46 @@ const ScriptCase kStatements[] = {
     {"RaiseError ()", "err 6 错误的参数表达式或参数个数{语句:RaiseError()} : 行号 1"},
     {"RaiseError  \"a, b\" & 1 + 1", "err 2000 a, b2 : 行号 1"},
     {"RaiseError 1，2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1，2} : 行号 1"},
-    {"DIM n\nn = NULL\nRaiseError n", "err 94 无效使用 Null | N=Null:"},
     {"RaiseError (7)", "err 2000 7 : 行号 1"},
     {"RaiseError (1, 2)", "err 6 错误的参数表达式或参数个数{语句:RaiseError(1, 2)} : 行号 1"},
     {"RaiseError ", "err 6 错误的参数表达式或参数个数{语句:RaiseError} : 行号 1"},
     {"  RaiseError a,", "err 6 错误的参数表达式或参数个数{语句:RaiseErrora,} : 行号 1"},
-    {"DIM s\ns = \"Bad data\"\nRaiseError s\nMSGBOX \"not shown\"",
-     "err 2000 Bad data : 行号 3 | S=String:Bad data"},
     // rem
     {"DIM remark\nREM x = = ( !!\n  rem\n\t' tab comment\nremark = 2 ' c", "REMARK=Double:2"},
     // reserved
     {"DIM a\nnum2chinese = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 2 | A=Empty:"},
     {"\t  Then = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 1"},
-    // single-line IF
     // tabs as blanks
     {"DIM x\nx = 1 +\t2", "err 56 遇到不可识别的符号或变量名 : 行号 2 | X=Empty:"},
     // the first word of a line
     {"MsgBox(\"x\")", "err -2147220004 错误的符号或变量名称(' : 行号 1"},
     {"a'b = 1", "err -2147220004 错误的符号或变量名称'' : 行号 1"},
-    // undefined
-    {"x = 1", "err 5 变量未定义 'x' : 行号 1"},
     // values wrapped in NUL characters
     {"DIM s, t, n\ns = Chr(0) & \"and\" & Chr(0)\nt = s\nn = Len(s)",
      "S=String:\000and\000 | T=String:and | N=Long:3"sv},
-    // what a run leaves for the next
-    {"DIM a\na = b + 1", "err 56 遇到不可识别的符号或变量名 : 行号 2 | A=Empty:"},
     // xor
     {"DIM x\nx = (1 XOR 2)", "err 52 闭括号没有与之相匹配的开括号 : 行号 2 | X=Empty:"},
     {"DIM x\nx = 1 + (2 XOR 3",
      "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-    {"DIM x\nx = 1 XOR 2",
-     "err 2 错误的表达式 : 行号 2 | X=Empty: | box 栈中含多个结果, 请检查表达式是否正确"},
 };
 // clang-format on
 
 TEST(ScriptRules, Statements) { expectOutcomes(kStatements); }
 
+// Expressions as a running script reports them; their values and errors
+// are pinned by the evaluator's tables.
 const ScriptCase kExpressions[] = {
-    // compare
     {"DIM x\nx = \"a\" < 1",
      "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-    // div
-    {"DIM x\nx = 2 / NULL",
-     "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-    // expression scanning errors
     {"DIM x\nx = 1+", "err 51 缺操作数 : 行号 2 | X=Empty:"},
-    {"DIM x\nx = nosuch + 1", "err 56 遇到不可识别的符号或变量名 : 行号 2 | X=Empty:"},
-    // func
     {"DIM x\nx = LEFT 1", "err 26 缺少'( ' ,函数名后必须跟'( ' : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT \"abc\"",
      "err 6 错误的参数表达式或参数个数{函数:Left \"abc\"} : 行号 2 | X=Empty:"},
-    {"DIM x\nx = LEFT(\"abc\", (2)", "err 25 括号不匹配 : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT(CHR(0) & \"+\" & CHR(0), 3)", "X=String:+"},
-    // inline
-    {"DIM a, b, c, d, e, f\na = ABS(-2.5)\nb = INT(-2.5)\nc = int(2.5)\nd = SQR(16)\ne = TRIM(\"  "
-     "ab  \")\nf = YEAR(#2005-03-15#)",
-     "A=Double:2.5 | B=Double:-2 | C=Double:2 | D=Double:4 | E=String:ab | F=Integer:2005"},
-    {"DIM x\nx = LEN(\"a\" \"b\")", "err 50 缺操作符 : 行号 2 | X=Empty:"},
-    {"DIM a, b, c\na = int(-2.5)\nb = Len(12.5)\nc = 2^3^2",
-     "A=Double:-2 | B=Long:4 | C=Double:64"},
-    // logic
-    {"DIM a, b, c, d, e, f\na = NOT 0\nb = 2 AND 4\nc = 0 OR 0\nd = NOT 1 = 2\ne = 1 = 1 AND 2 > "
-     "3\nf = TRUE OR FALSE AND FALSE",
-     "A=Boolean:True | B=Boolean:True | C=Boolean:False | D=Boolean:True | E=Boolean:False | "
-     "F=Boolean:True"},
-    // nested
     {"DIM x\nx = LEFT(LEFT(\"a\"), 1)",
      "err 6 错误的参数表达式或参数个数{函数:Left(\"a\")} : 行号 2 | X=Empty:"},
-    // not
     {"Left = 1", "err 5 变量未定义 'Left' : 行号 1"},
-    // null
-    {"DIM x\nx = NULL < \"a\"",
-     "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-    // number
-    {"DIM a, b\na = 1. + .5 + 007\nb = 1 = 1 = 1", "A=Double:8.5 | B=Boolean:False"},
-    // numeric
-    {"DIM x\nx = \"5\" > 3",
-     "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-    // operator
-    {"DIM a, b\na = \"+\"\nb = \"x\" + \"AND\" + \"<=\"", "A=String:+ | B=String:xAND<="},
-    // string
-    {"DIM a, b\na = \"1\" + 2\nb = \"ab\" + \"cd\"", "A=Double:3 | B=String:abcd"},
-    // value
-    {"DIM a, b, c, d, e, f, g\na = FORMAT(CDATE(\"2023年3月15日 13:05:06\"), \"yyyy-mm-dd "
-     "hh:nn:ss\")\nb = FORMAT(CDATE(\"下午 1:05\"), \"hh:nn AM/PM\")\nc = CDATE(\"3/1/2005\") - "
-     "CDATE(\"2005/2/1\")\nd = CDATE(\"2005-02-28 23:00\") + 1\ne = CLNG(2.5)\nf = CLNG(3.5)\ng = "
-     "FORMAT(0, \"0.00;(0.00);\\零\")",
-     "A=String:2023-03-15 13:05:06 | B=String:01:05 PM | C=Double:28 | D=Date:2005/3/1 23:00:00 "
-     "| E=Long:2 | F=Long:4 | G=String:零"},
-    {"DIM a, b, c, d\na = FORMAT(1.005, \"0.00\")\nb = FORMAT(0.075, \"#.##\")\nc = FORMAT(5, \"@ "
-     "days\")\nd = FORMAT(\"Tom\", \"&&& has\")",
-     "A=String:1.01 | B=String:.08 | C=String:5 days | D=String:Tom has"},
-    {"DIM a, b, c, d, e, f\na = CSTR(0.1 + 0.2)\nb = LEN(1/3)\nc = CSTR(10^20)\nd = TRUE + 1\ne = "
-     "1 & 2\nf = \"a\" + EMPTY",
-     "A=String:0.3 | B=Long:17 | C=String:1E+20 | D=Double:0 | E=String:12 | F=String:a"},
-    // word
+    // names that begin with an operator word
     {"DIM order, andy, notx, xory, x\norder = 1\nandy = 2\nnotx = 3\nxory = 4\nx = order + andy * "
      "notx - xory",
      "ORDER=Double:1 | ANDY=Double:2 | NOTX=Double:3 | XORY=Double:4 | X=Double:3"},

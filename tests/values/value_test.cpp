@@ -15,17 +15,6 @@ TEST(Value, NumberTypeExcludesBooleanAndDate) {
   }
 }
 
-TEST(Value, TypeNamesFollowTheTypes) {
-  const std::pair<VarType, std::string_view> names[] = {
-      {VarType::Empty, "Empty"},     {VarType::Null, "Null"},
-      {VarType::Integer, "Integer"}, {VarType::Long, "Long"},
-      {VarType::Double, "Double"},   {VarType::Currency, "Currency"},
-      {VarType::Date, "Date"},       {VarType::String, "String"},
-      {VarType::Boolean, "Boolean"}, {VarType::Object, "Object"},
-      {VarType::Array, "Array"},     {static_cast<VarType>(200), "Unknown"}};
-  for (const auto& [type, name] : names) EXPECT_EQ(typeName(type), name);
-}
-
 TEST(Array, BoundsAndRowMajorIndexing) {
   // 1 To 2, -1 To 1: six elements, last index fastest.
   Array a({{1, 2}, {-1, 3}});
