@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 #include "support.hpp"
 
@@ -13,6 +14,7 @@ namespace korvex::cli {
 namespace {
 
 using korvex::testing::describe;
+using korvex::testing::need;
 
 // `korvex demo ARGS`: its exit code.
 int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
@@ -25,7 +27,7 @@ int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
 // Rows of a query, each value as describe() gives it.
 std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
   std::vector<std::string> out;
-  for (const auto& row : db.query(fromUtf8(sql)).rows) {
+  for (const auto& row : need(db.query(fromUtf8(sql))).rows) {
     std::string text;
     for (const Value& v : row) text += describe(v) + "|";
     out.push_back(text);
@@ -35,9 +37,10 @@ std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
 
 // The table names, then every row of the payroll tables, in a fixed order.
 std::string contents(const std::string& path) {
-  SqliteDatabase db = SqliteDatabase::open(path);
+  SqliteDatabase db = need(SqliteDatabase::open(path));
   std::string text;
-  for (const auto& row : db.query(u"select name, type from sqlite_master order by name").rows) {
+  for (const auto& row :
+       need(db.query(u"select name, type from sqlite_master order by name")).rows) {
     const std::string name = toUtf8(row[0].stringValue());
     text += name + "\n";
     if (row[1].stringValue() == u"table" &&
@@ -66,9 +69,9 @@ TEST(DemoCommand, NoWorkAfterWagesStopOrBeforeHiring) {
   korvex::testing::ScratchDir dir;
   const std::string path = dir.file("pay.db");
   ASSERT_EQ(demo({path, "--employees", "150", "--months", "3"}), 0);
-  SqliteDatabase db = SqliteDatabase::open(path);
+  SqliteDatabase db = need(SqliteDatabase::open(path));
   const auto count = [&](const std::string& sql) {
-    return db.query(fromUtf8("select count(*) from " + sql)).rows.at(0).at(0).longValue();
+    return need(db.query(fromUtf8("select count(*) from " + sql))).rows.at(0).at(0).longValue();
   };
   EXPECT_GT(count("Employes where dGZTFTime is not null"), 0);
   EXPECT_GT(count("Employes where bLeave = 1"), 0);
