@@ -48,7 +48,7 @@ class Database {
   /// Keeps `result`'s failure, if any, as the first; true when it has none.
   template <class T>
   bool check(const DatabaseResult<T>& result) {
-    if (!result.ok()) failure_ = "SQL 错误: " + toUtf8(result.error().message);
+    if (!result.ok() && ok()) failure_ = "SQL 错误: " + toUtf8(result.error().message);
     return result.ok();
   }
 

@@ -1,8 +1,13 @@
-// `korvex demo`: repeatable contents, no overwriting, usage errors.
+// `korvex demo`: repeatable contents, no overwriting, usage errors, no file
+// left by a failed run.
 #include "cli/demo_command.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
 
@@ -106,6 +111,37 @@ TEST(DemoCommand, RefusesExistingFilesAndBadOptions) {
     EXPECT_EQ(demo(args), 2) << args.size();
     EXPECT_FALSE(std::filesystem::exists(fresh));
   }
+}
+
+TEST(DemoCommand, AFailedRunLeavesNoFile) {
+  korvex::testing::ScratchDir dir;
+  const std::string nowhere = dir.file("missing/pay.db");
+  std::string err;
+  EXPECT_EQ(demo({nowhere}, &err), 1);
+  EXPECT_EQ(err.rfind("korvex demo: 无法创建数据库文件 " + nowhere + ": ", 0), 0U) << err;
+
+  // A file that cannot grow past 64 KiB: the writing fails half-way, in a
+  // child process, which reports what the command said.
+  const std::string full = dir.file("full.db"), said = dir.file("said.txt");
+  const pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    const rlimit limit{64 * 1024, 64 * 1024};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string message;
+    const int status = demo({full}, &message);
+    std::ofstream(said) << message;
+    _exit(status);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_FALSE(std::filesystem::exists(full));
+  std::ifstream in(said);
+  const std::string message(std::istreambuf_iterator<char>(in), {});
+  EXPECT_EQ(message.rfind("korvex demo: SQL 错误: ", 0), 0U) << message;
 }
 
 }  // namespace
