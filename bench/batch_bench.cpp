@@ -5,6 +5,8 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -26,7 +28,11 @@ const std::string& demoDatabase() {
     korvex::cli::DemoSettings settings;
     settings.employees = kEmployees;
     settings.months = 2;
-    korvex::cli::createDemoDatabase(file.string(), settings);
+    std::string error;
+    if (!korvex::cli::createDemoDatabase(file.string(), settings, error)) {
+      std::fprintf(stderr, "korvex_bench: %s\n", error.c_str());
+      std::exit(1);
+    }
     return file.string();
   }();
   return path;

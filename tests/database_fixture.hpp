@@ -8,6 +8,7 @@
 #include <array>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "korvex/engine.hpp"
@@ -15,6 +16,17 @@
 #include "support.hpp"
 
 namespace korvex::testing {
+
+/// The value of a database result a test cannot go on without: a failure
+/// fails the test with the database's message, and value() then ends it.
+template <class T>
+T need(DatabaseResult<T> result) {
+  if (!result.ok()) ADD_FAILURE() << "database: " << toUtf8(result.error().message);
+  return std::move(result).value();
+}
+inline void need(const DatabaseResult<>& result) {
+  if (!result.ok()) ADD_FAILURE() << "database: " << toUtf8(result.error().message);
+}
 
 class DatabaseTest : public ::testing::Test {
  protected:

@@ -21,20 +21,28 @@
 // handle on one SQLite file for setting up data, transactions of its own
 // around a run, or queries in the payroll dialect.
 //
-//   korvex::SqliteDatabase db = korvex::SqliteDatabase::open("pay.db");
-//   db.begin();
-//   db.prepare("INSERT INTO Department VALUES (?, ?)").run({std::string("01"), nullptr});
-//   db.commit();
+// Nothing declared here throws. An operation that can fail returns a
+// DatabaseResult: its value, or the DatabaseFailure that stopped it, with
+// the database's message. Only running out of memory escapes, as the
+// standard library's std::bad_alloc.
+//
+//   korvex::DatabaseResult<korvex::SqliteDatabase> opened = korvex::SqliteDatabase::open("pay.db");
+//   if (!opened.ok()) { /* opened.error().message says why */ }
+//   korvex::SqliteDatabase& db = opened.value();
+//   korvex::DatabaseResult<> done = db.begin();
+//   if (done.ok()) done = db.execute("INSERT INTO Department VALUES ('01', NULL)");
+//   if (done.ok()) done = db.commit();
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -72,17 +80,51 @@ ObjectRef connectParent(ObjectRef connection);
 // ---- the database underneath ------------------------------------------------
 
 /// A failure reported by the database, in its own words.
-class DatabaseError : public std::runtime_error {
- public:
-  explicit DatabaseError(std::u16string message)
-      : std::runtime_error("database error"), message_(std::move(message)) {}
-  const std::u16string& message() const noexcept { return message_; }
+struct DatabaseFailure {
+  std::u16string message;
   /// The failure as the data-access objects report it: the provider's
   /// number with this message.
-  DispatchResult failure() const;
+  DispatchResult dispatchResult() const;
+};
+
+/// The outcome of an operation on the database: its value, or the failure
+/// that stopped it. Reading value() of a failure, or error() of a success,
+/// ends the program.
+template <class T = void>
+class [[nodiscard]] DatabaseResult {
+ public:
+  DatabaseResult(T value) : state_(std::in_place_index<0>, std::move(value)) {}
+  DatabaseResult(DatabaseFailure failure) : state_(std::in_place_index<1>, std::move(failure)) {}
+
+  bool ok() const noexcept { return state_.index() == 0; }
+  T& value() & noexcept { return check(0), *std::get_if<0>(&state_); }
+  const T& value() const& noexcept { return check(0), *std::get_if<0>(&state_); }
+  T&& value() && noexcept { return check(0), std::move(*std::get_if<0>(&state_)); }
+  const DatabaseFailure& error() const noexcept { return check(1), *std::get_if<1>(&state_); }
 
  private:
-  std::u16string message_;
+  void check(std::size_t index) const noexcept {
+    if (state_.index() != index) std::abort();
+  }
+
+  std::variant<T, DatabaseFailure> state_;
+};
+
+/// The outcome of an operation that gives nothing back but may fail.
+template <>
+class [[nodiscard]] DatabaseResult<void> {
+ public:
+  DatabaseResult() noexcept = default;
+  DatabaseResult(DatabaseFailure failure) : failure_(std::move(failure)) {}
+
+  bool ok() const noexcept { return !failure_.has_value(); }
+  const DatabaseFailure& error() const noexcept {
+    if (!failure_) std::abort();
+    return *failure_;
+  }
+
+ private:
+  std::optional<DatabaseFailure> failure_;
 };
 
 /// A value bound to a statement parameter: NULL, an integer, a real or
@@ -115,8 +157,7 @@ struct SqlResult {
 
 struct SqliteHandle;
 
-/// One prepared statement of a SqliteDatabase. Every failure throws
-/// DatabaseError.
+/// One prepared statement of a SqliteDatabase.
 class SqliteStatement {
  public:
   SqliteStatement(SqliteStatement&& other) noexcept;
@@ -127,13 +168,13 @@ class SqliteStatement {
   /// The name of parameter `index` (from 1) as written (":p0", "?2"); empty
   /// for a bare "?".
   std::string_view parameterName(int index) const noexcept;
-  void bind(int index, const SqlParameter& value);
+  DatabaseResult<> bind(int index, const SqlParameter& value);
 
   /// Binds `parameters` in order, runs the statement to its end and makes
-  /// it ready for the next run.
-  void run(std::initializer_list<SqlParameter> parameters);
+  /// it ready for the next run, whether it succeeded or not.
+  DatabaseResult<> run(std::initializer_list<SqlParameter> parameters);
   /// Steps to the next row: false when there is none left.
-  bool step();
+  DatabaseResult<bool> step();
   void reset() noexcept;
 
   int columnCount() const noexcept;
@@ -155,8 +196,7 @@ class SqliteStatement {
 };
 
 /// An open SQLite file. Copies share the one connection, which closes with
-/// the last of them. Every failure throws DatabaseError with the
-/// database's message.
+/// the last of them.
 class SqliteDatabase {
  public:
   enum class Mode { Existing, Create };
@@ -164,29 +204,30 @@ class SqliteDatabase {
   /// Opens a file for reading and writing: one that must exist already, or
   /// a new one. The payroll dialect's functions (YEAR, LEFT, ISNULL, ...)
   /// are there for every statement.
-  static SqliteDatabase open(const std::string& path, Mode mode = Mode::Existing);
+  static DatabaseResult<SqliteDatabase> open(const std::string& path, Mode mode = Mode::Existing);
 
   const std::string& path() const noexcept;
 
   /// Runs statements (one or more, separated by ";") that return no rows,
   /// as written.
-  void execute(std::string_view sql);
-  SqliteStatement prepare(std::string_view sql);
+  DatabaseResult<> execute(std::string_view sql);
+  DatabaseResult<SqliteStatement> prepare(std::string_view sql);
   /// Prepares the first statement of `sql` and leaves the rest in it;
-  /// nullopt when that piece holds only blanks or a comment.
-  std::optional<SqliteStatement> prepareNext(std::string_view& sql);
+  /// nullopt when that piece holds only blanks or a comment. A failure
+  /// leaves `sql` as it was.
+  DatabaseResult<std::optional<SqliteStatement>> prepareNext(std::string_view& sql);
   /// Rows changed by the last INSERT, UPDATE or DELETE.
   std::int64_t changes() const noexcept;
 
-  void begin();
-  void commit();
-  void rollback();
+  DatabaseResult<> begin();
+  DatabaseResult<> commit();
+  DatabaseResult<> rollback();
   /// While on, the connection refuses every statement that would write.
-  void setQueryOnly(bool on);
+  DatabaseResult<> setQueryOnly(bool on);
 
   /// Runs a payroll SQL text exactly as Connection.Execute does (adapted
   /// to SQLite, the parameters bound to its placeholders in order).
-  SqlResult query(std::u16string_view sql, std::span<const Value> params = {});
+  DatabaseResult<SqlResult> query(std::u16string_view sql, std::span<const Value> params = {});
   /// An open Recordset holding a result; its Update writes to this database.
   ObjectRef recordset(SqlResult result);
 

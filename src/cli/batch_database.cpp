@@ -48,24 +48,19 @@ class RecordsetWriter final : public BatchWriter {
 
   DispatchResult commit() override {
     if (!open_) return DispatchResult::success();
-    try {
-      database_.commit();
-      open_ = false;
-      return DispatchResult::success();
-    } catch (const DatabaseError& e) {
-      return e.failure();
+    if (const DatabaseResult<> done = database_.commit(); !done.ok()) {
+      return done.error().dispatchResult();
     }
+    open_ = false;
+    return DispatchResult::success();
   }
 
   void rollback() noexcept override {
     if (!open_) return;
     open_ = false;
-    try {
-      database_.rollback();
-    } catch (...) {
-      // The transaction is gone either way: SQLite drops it with the
-      // connection.
-    }
+    // A refused rollback needs no answer: the transaction is gone either
+    // way, as SQLite drops it with the connection.
+    (void)database_.rollback();
   }
 
  private:
@@ -74,6 +69,18 @@ class RecordsetWriter final : public BatchWriter {
   std::size_t position_ = 0;
   bool open_ = true;
 };
+
+// Runs the record query inside the transaction the writer finishes. The
+// workers' connections and the record query's must not change anything: a
+// script's own SQL cannot write behind the batch's transaction.
+DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string& recordQuery) {
+  if (DatabaseResult<> begun = database.begin(); !begun.ok()) return begun.error();
+  if (DatabaseResult<> on = database.setQueryOnly(true); !on.ok()) return on.error();
+  DatabaseResult<SqlResult> rows = database.query(fromUtf8(recordQuery));
+  if (!rows.ok()) return rows;
+  if (DatabaseResult<> off = database.setQueryOnly(false); !off.ok()) return off.error();
+  return rows;
+}
 
 }  // namespace
 
@@ -94,19 +101,12 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   SqliteDatabase database = *databaseOf(opened.value.objectValue());
 
   BatchDatabase db;
-  SqlResult result;
-  try {
-    // The workers' connections and the record query's must not change
-    // anything: a script's own SQL cannot write behind the batch's
-    // transaction.
-    database.begin();
-    database.setQueryOnly(true);
-    result = database.query(fromUtf8(recordQuery));
-    database.setQueryOnly(false);
-  } catch (const DatabaseError& e) {
-    error = "--record 的查询失败: " + toUtf8(e.message());
+  DatabaseResult<SqlResult> rows = recordRows(database, recordQuery);
+  if (!rows.ok()) {
+    error = "--record 的查询失败: " + toUtf8(rows.error().message);
     return std::nullopt;
   }
+  SqlResult& result = rows.value();
   if (!result.hasRows) {
     error = "--record 的语句不返回行: '" + recordQuery + "'";
     return std::nullopt;
@@ -122,12 +122,9 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     // then fail for want of one, as they would anywhere.
     auto factory = sqliteObjectFactory();
     ObjectRef parent;
-    if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
-      try {
-        databaseOf(c.value.objectValue())->setQueryOnly(true);
-        parent = connectParent(c.value.objectValue());
-      } catch (const DatabaseError&) {
-      }
+    if (DispatchResult c = openConnection(*factory, connect);
+        c.ok() && databaseOf(c.value.objectValue())->setQueryOnly(true).ok()) {
+      parent = connectParent(c.value.objectValue());
     }
     return [factory, parent](BasicEngine& engine) {
       engine.SetObjectFactory(factory);

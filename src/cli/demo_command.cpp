@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 
 #include "demo_database.hpp"
@@ -83,16 +82,16 @@ int runDemo(std::span<const std::string_view> args, std::ostream& out, std::ostr
     err << "korvex demo: 文件已存在, 不会覆盖: " << *path << "\n";
     return 2;
   }
-  try {
-    const DemoSummary s = createDemoDatabase(*path, settings);
-    out << "已建立演示数据库 " << *path << ": " << s.employees << " 名员工, " << s.months
-        << " 个月, 计件记录 " << s.jobRows << " 条, 考核记录 " << s.assessmentRows
-        << " 条; 待计算的工资表: " << s.lastWageTable << "\n";
-    return 0;
-  } catch (const std::exception& e) {
-    err << "korvex demo: " << e.what() << "\n";
+  std::string error;
+  const std::optional<DemoSummary> s = createDemoDatabase(*path, settings, error);
+  if (!s) {
+    err << "korvex demo: " << error << "\n";
     return 1;
   }
+  out << "已建立演示数据库 " << *path << ": " << s->employees << " 名员工, " << s->months
+      << " 个月, 计件记录 " << s->jobRows << " 条, 考核记录 " << s->assessmentRows
+      << " 条; 待计算的工资表: " << s->lastWageTable << "\n";
+  return 0;
 }
 
 }  // namespace korvex::cli

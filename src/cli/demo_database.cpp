@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
-#include <stdexcept>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -15,60 +15,89 @@
 namespace korvex::cli {
 namespace {
 
-// ---- The file, through the library's SQLite handle; its failures become
-// messages for the user. ----
+// ---- The file, through the library's SQLite handle. The first failure is
+// kept as a message for the user and stops all writing: the generator runs
+// on without touching the file, and its caller asks once at the end
+// instead of at every one of its statements. ----
 
 using Cell = SqlParameter;
 
-[[noreturn]] void sqlFailed(const DatabaseError& e) {
-  throw std::runtime_error("SQL 错误: " + toUtf8(e.message()));
-}
-
-class Statement {
- public:
-  explicit Statement(SqliteStatement statement) : statement_(std::move(statement)) {}
-
-  void run(std::initializer_list<Cell> cells) {
-    try {
-      statement_.run(cells);
-    } catch (const DatabaseError& e) {
-      sqlFailed(e);
-    }
-  }
-
- private:
-  SqliteStatement statement_;
-};
+class Statement;
 
 class Database {
  public:
-  explicit Database(const std::string& path) : db_(create(path)) {}
-
-  void exec(const std::string& sql) {
-    try {
-      db_.execute(sql);
-    } catch (const DatabaseError& e) {
-      sqlFailed(e);
+  explicit Database(const std::string& path) {
+    DatabaseResult<SqliteDatabase> opened =
+        SqliteDatabase::open(path, SqliteDatabase::Mode::Create);
+    if (opened.ok()) {
+      db_.emplace(std::move(opened).value());
+    } else {
+      failure_ = "无法创建数据库文件 " + path + ": " + toUtf8(opened.error().message);
     }
   }
-  Statement prepare(const std::string& sql) {
-    try {
-      return Statement(db_.prepare(sql));
-    } catch (const DatabaseError& e) {
-      sqlFailed(e);
-    }
+
+  bool ok() const noexcept { return failure_.empty(); }
+  /// The first failure's message; empty while all went well.
+  const std::string& failure() const noexcept { return failure_; }
+
+  void exec(const std::string& sql) {
+    if (ok()) check(db_->execute(sql));
+  }
+  Statement prepare(const std::string& sql);
+
+  /// Keeps `result`'s failure, if any, as the first; true when it has none.
+  template <class T>
+  bool check(const DatabaseResult<T>& result) {
+    if (!result.ok() && ok()) failure_ = "SQL 错误: " + toUtf8(result.error().message);
+    return result.ok();
   }
 
  private:
-  static SqliteDatabase create(const std::string& path) {
-    try {
-      return SqliteDatabase::open(path, SqliteDatabase::Mode::Create);
-    } catch (const DatabaseError& e) {
-      throw std::runtime_error("无法创建数据库文件 " + path + ": " + toUtf8(e.message()));
-    }
+  std::optional<SqliteDatabase> db_;  // none when the file could not be made
+  std::string failure_;
+};
+
+class Statement {
+ public:
+  // `statement` is none when the database had failed already.
+  Statement(Database& db, std::optional<SqliteStatement> statement)
+      : db_(db), statement_(std::move(statement)) {}
+
+  void run(std::initializer_list<Cell> cells) {
+    if (statement_ && db_.ok()) db_.check(statement_->run(cells));
   }
 
-  SqliteDatabase db_;
+ private:
+  Database& db_;
+  std::optional<SqliteStatement> statement_;
+};
+
+Statement Database::prepare(const std::string& sql) {
+  std::optional<SqliteStatement> statement;
+  if (ok()) {
+    DatabaseResult<SqliteStatement> prepared = db_->prepare(sql);
+    if (check(prepared)) statement.emplace(std::move(prepared).value());
+  }
+  return Statement(*this, std::move(statement));
+}
+
+// Removes a file when it goes, unless kept: a run that stops half-way, for
+// whatever reason, leaves no half-written database behind.
+class RemoveUnlessKept {
+ public:
+  explicit RemoveUnlessKept(const std::string& path) : path_(path) {}
+  ~RemoveUnlessKept() {
+    std::error_code ec;
+    if (!kept_) std::filesystem::remove(path_, ec);
+  }
+  RemoveUnlessKept(const RemoveUnlessKept&) = delete;
+  RemoveUnlessKept& operator=(const RemoveUnlessKept&) = delete;
+
+  void keep() noexcept { kept_ = true; }
+
+ private:
+  std::filesystem::path path_;
+  bool kept_ = false;
 };
 
 // ---- Deterministic randomness: the same seed gives the same file on every
@@ -635,22 +664,30 @@ class Generator {
 
 }  // namespace
 
-DemoSummary createDemoDatabase(const std::string& path, const DemoSettings& settings) {
+std::optional<DemoSummary> createDemoDatabase(const std::string& path, const DemoSettings& settings,
+                                              std::string& error) {
   std::error_code ec;
   if (std::filesystem::exists(path, ec) || ec) {
-    throw std::runtime_error("文件已存在, 不会覆盖: " + path);
+    error = "文件已存在, 不会覆盖: " + path;
+    return std::nullopt;
   }
-  try {
-    Database db(path);
-    db.exec("PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; BEGIN");
+  // Made before the database, so that the file is closed by the time it
+  // goes.
+  RemoveUnlessKept file(path);
+  Database db(path);
+  db.exec("PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; BEGIN");
+  DemoSummary summary;
+  if (db.ok()) {
     Generator generator(db, settings);
-    DemoSummary summary = generator.run();
+    summary = generator.run();
     db.exec("COMMIT");
-    return summary;
-  } catch (...) {
-    std::filesystem::remove(path, ec);
-    throw;
   }
+  if (!db.ok()) {
+    error = db.failure();
+    return std::nullopt;
+  }
+  file.keep();
+  return summary;
 }
 
 }  // namespace korvex::cli

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korvex::cli {
@@ -26,8 +27,9 @@ struct DemoSummary {
 };
 
 /// Writes the database into a file that must not exist yet. The same
-/// settings always give the same contents. Throws std::runtime_error with a
-/// message for the user; a failed run leaves no file behind.
-DemoSummary createDemoDatabase(const std::string& path, const DemoSettings& settings);
+/// settings always give the same contents. nullopt, with a message for the
+/// user in `error`, when it cannot; a failed run leaves no file behind.
+std::optional<DemoSummary> createDemoDatabase(const std::string& path, const DemoSettings& settings,
+                                              std::string& error);
 
 }  // namespace korvex::cli

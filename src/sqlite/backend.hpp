@@ -10,8 +10,10 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "korvex/sqlite.hpp"
@@ -31,11 +33,35 @@ enum FieldType : std::int32_t {
   kTypeBinary = 205,
 };
 
-// The failure, column and result types are the public ones, so that a host
-// holding a SqliteDatabase sees what the objects see.
-using DbError = DatabaseError;
+// The column and result types are the public ones, so that a host holding
+// a SqliteDatabase sees what the objects see.
 using Column = SqlColumn;
 using ResultSet = SqlResult;
+
+/// A failure reported by the database, in its own words. The objects'
+/// code between a database call and the member a script called is deep and
+/// has one answer for every failure, so the failure travels there as an
+/// exception; it never leaves this library (the objects and SqliteDatabase
+/// turn it back into a value).
+class DbError : public std::runtime_error {
+ public:
+  explicit DbError(std::u16string message)
+      : std::runtime_error("database error"), message_(std::move(message)) {}
+  const std::u16string& message() const noexcept { return message_; }
+
+ private:
+  std::u16string message_;
+};
+
+/// The value of a public database result; its failure throws DbError.
+template <class T>
+T valueOrThrow(DatabaseResult<T> result) {
+  if (!result.ok()) throw DbError(result.error().message);
+  return std::move(result).value();
+}
+inline void valueOrThrow(const DatabaseResult<>& result) {
+  if (!result.ok()) throw DbError(result.error().message);
+}
 
 class Backend {
  public:

@@ -81,7 +81,7 @@ class SqliteBackend final : public Backend {
     std::string_view rest = text;
     ResultSet result;
     while (!rest.empty()) {
-      std::optional<SqliteStatement> st = db_.prepareNext(rest);
+      std::optional<SqliteStatement> st = valueOrThrow(db_.prepareNext(rest));
       if (!st) continue;  // blanks or a comment
       bind(*st, params);
       result = step(*st);
@@ -89,9 +89,9 @@ class SqliteBackend final : public Backend {
     return result;
   }
 
-  void begin() override { db_.begin(); }
-  void commit() override { db_.commit(); }
-  void rollback() override { db_.rollback(); }
+  void begin() override { valueOrThrow(db_.begin()); }
+  void commit() override { valueOrThrow(db_.commit()); }
+  void rollback() override { valueOrThrow(db_.rollback()); }
 
   std::u16string adapt(std::u16string_view sql) const override {
     return adaptSql(sql, kRenamedFunctions);
@@ -137,7 +137,8 @@ class SqliteBackend final : public Backend {
     const int count = st.parameterCount();
     for (int i = 1; i <= count; ++i) {
       const std::size_t slot = parameterSlot(st, i);
-      st.bind(i, slot < params.size() ? parameterOf(params[slot]) : SqlParameter{nullptr});
+      valueOrThrow(
+          st.bind(i, slot < params.size() ? parameterOf(params[slot]) : SqlParameter{nullptr}));
     }
   }
 
@@ -153,7 +154,7 @@ class SqliteBackend final : public Backend {
       c.origin = fromUtf8(st.originName(i));
       result.columns.push_back(std::move(c));
     }
-    while (st.step()) {
+    while (valueOrThrow(st.step())) {
       std::vector<Value> row;
       row.reserve(static_cast<std::size_t>(columns));
       for (int i = 0; i < columns; ++i) row.push_back(storedCell(st.cell(i)));
@@ -182,7 +183,7 @@ class SqliteBackend final : public Backend {
 }  // namespace
 
 std::shared_ptr<Backend> openSqlite(const std::string& path) {
-  return std::make_shared<SqliteBackend>(SqliteDatabase::open(path));
+  return std::make_shared<SqliteBackend>(valueOrThrow(SqliteDatabase::open(path)));
 }
 
 std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog) {
@@ -195,8 +196,13 @@ std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_vie
 
 namespace korvex {
 
-SqlResult SqliteDatabase::query(std::u16string_view sql, std::span<const Value> params) {
-  return ds::SqliteBackend(*this).run(sql, params);
+DatabaseResult<SqlResult> SqliteDatabase::query(std::u16string_view sql,
+                                                std::span<const Value> params) {
+  try {
+    return ds::SqliteBackend(*this).run(sql, params);
+  } catch (const ds::DbError& e) {
+    return DatabaseFailure{e.message()};
+  }
 }
 
 ObjectRef SqliteDatabase::recordset(SqlResult result) {

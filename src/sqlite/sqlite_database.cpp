@@ -17,7 +17,7 @@ struct SqliteHandle {
   SqliteHandle(const SqliteHandle&) = delete;
   SqliteHandle& operator=(const SqliteHandle&) = delete;
 
-  [[noreturn]] void fail() const { throw DatabaseError(fromUtf8(sqlite3_errmsg(db))); }
+  DatabaseFailure failure() const { return {fromUtf8(sqlite3_errmsg(db))}; }
 
   sqlite3* db;
   std::string path;
@@ -29,7 +29,7 @@ std::string text(const char* p) { return p == nullptr ? std::string() : std::str
 
 }  // namespace
 
-DispatchResult DatabaseError::failure() const { return ds::providerError(message_); }
+DispatchResult DatabaseFailure::dispatchResult() const { return ds::providerError(message); }
 
 // ---- statements --------------------------------------------------------------
 
@@ -50,7 +50,7 @@ std::string_view SqliteStatement::parameterName(int index) const noexcept {
   return name == nullptr ? std::string_view() : std::string_view(name);
 }
 
-void SqliteStatement::bind(int index, const SqlParameter& value) {
+DatabaseResult<> SqliteStatement::bind(int index, const SqlParameter& value) {
   int rc = SQLITE_OK;
   if (const auto* n = std::get_if<long long>(&value)) {
     rc = sqlite3_bind_int64(statement_, index, *n);
@@ -62,22 +62,33 @@ void SqliteStatement::bind(int index, const SqlParameter& value) {
   } else {
     rc = sqlite3_bind_null(statement_, index);
   }
-  if (rc != SQLITE_OK) db_->fail();
+  if (rc != SQLITE_OK) return db_->failure();
+  return {};
 }
 
-void SqliteStatement::run(std::initializer_list<SqlParameter> parameters) {
+DatabaseResult<> SqliteStatement::run(std::initializer_list<SqlParameter> parameters) {
+  DatabaseResult<> outcome;
   int i = 1;
-  for (const SqlParameter& p : parameters) bind(i++, p);
-  while (step()) {
+  for (const SqlParameter& p : parameters) {
+    if (outcome = bind(i++, p); !outcome.ok()) break;
+  }
+  while (outcome.ok()) {
+    const DatabaseResult<bool> row = step();
+    if (!row.ok()) {
+      outcome = row.error();
+    } else if (!row.value()) {
+      break;
+    }
   }
   reset();
   sqlite3_clear_bindings(statement_);
+  return outcome;
 }
 
-bool SqliteStatement::step() {
+DatabaseResult<bool> SqliteStatement::step() {
   const int rc = sqlite3_step(statement_);
   if (rc == SQLITE_ROW) return true;
-  if (rc != SQLITE_DONE) db_->fail();
+  if (rc != SQLITE_DONE) return db_->failure();
   return false;
 }
 
@@ -123,65 +134,66 @@ SqlCell SqliteStatement::cell(int column) const {
 SqliteDatabase::SqliteDatabase(std::shared_ptr<SqliteHandle> handle) noexcept
     : handle_(std::move(handle)) {}
 
-SqliteDatabase SqliteDatabase::open(const std::string& path, Mode mode) {
+DatabaseResult<SqliteDatabase> SqliteDatabase::open(const std::string& path, Mode mode) {
   int flags = SQLITE_OPEN_READWRITE;
   if (mode == Mode::Create) {
     flags |= SQLITE_OPEN_CREATE;
   } else if (struct stat info{}; ::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
     // SQLite would make an empty file of a mistyped name.
-    throw DatabaseError(u"数据库文件不存在: " + fromUtf8(path));
+    return DatabaseFailure{u"数据库文件不存在: " + fromUtf8(path)};
   }
   sqlite3* db = nullptr;
   const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
   if (rc != SQLITE_OK) {
     std::u16string message = fromUtf8(db == nullptr ? sqlite3_errstr(rc) : sqlite3_errmsg(db));
     sqlite3_close_v2(db);
-    throw DatabaseError(std::move(message));
+    return DatabaseFailure{std::move(message)};
   }
   auto handle = std::make_shared<SqliteHandle>(db, path);
   sqlite3_busy_timeout(db, 2000);
-  if (!ds::registerPayrollFunctions(db)) handle->fail();
+  if (!ds::registerPayrollFunctions(db)) return handle->failure();
   return SqliteDatabase(std::move(handle));
 }
 
 const std::string& SqliteDatabase::path() const noexcept { return handle_->path; }
 
-void SqliteDatabase::execute(std::string_view sql) {
+DatabaseResult<> SqliteDatabase::execute(std::string_view sql) {
   const std::string statements(sql);
   if (sqlite3_exec(handle_->db, statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-    handle_->fail();
+    return handle_->failure();
   }
+  return {};
 }
 
-SqliteStatement SqliteDatabase::prepare(std::string_view sql) {
+DatabaseResult<SqliteStatement> SqliteDatabase::prepare(std::string_view sql) {
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
                          nullptr) != SQLITE_OK) {
-    handle_->fail();
+    return handle_->failure();
   }
   return SqliteStatement(handle_, statement);
 }
 
-std::optional<SqliteStatement> SqliteDatabase::prepareNext(std::string_view& sql) {
+DatabaseResult<std::optional<SqliteStatement>> SqliteDatabase::prepareNext(std::string_view& sql) {
   sqlite3_stmt* statement = nullptr;
   const char* tail = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
                          &tail) != SQLITE_OK) {
-    handle_->fail();
+    return handle_->failure();
   }
   sql.remove_prefix(static_cast<std::size_t>(tail - sql.data()));
-  if (statement == nullptr) return std::nullopt;
-  return SqliteStatement(handle_, statement);
+  if (statement == nullptr) return std::optional<SqliteStatement>();
+  return std::optional<SqliteStatement>(SqliteStatement(handle_, statement));
 }
 
 std::int64_t SqliteDatabase::changes() const noexcept { return sqlite3_changes64(handle_->db); }
 
-void SqliteDatabase::begin() { execute("BEGIN"); }
-void SqliteDatabase::commit() { execute("COMMIT"); }
-void SqliteDatabase::rollback() { execute("ROLLBACK"); }
+DatabaseResult<> SqliteDatabase::begin() { return execute("BEGIN"); }
+DatabaseResult<> SqliteDatabase::commit() { return execute("COMMIT"); }
+DatabaseResult<> SqliteDatabase::rollback() { return execute("ROLLBACK"); }
 
-void SqliteDatabase::setQueryOnly(bool on) {
-  execute(on ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0");
+DatabaseResult<> SqliteDatabase::setQueryOnly(bool on) {
+  return execute(on ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0");
 }
 
 }  // namespace korvex

@@ -18,11 +18,13 @@
 
 #include "cli/batch_report.hpp"
 #include "cli/batch_runner.hpp"
+#include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
 namespace {
 
+using korvex::testing::need;
 using Write = std::tuple<std::size_t, std::size_t, double>;  // row, column, value
 
 class RecordingWriter : public BatchWriter {
@@ -172,12 +174,12 @@ struct Files {
 };
 
 Files makeFiles(const std::string& name, const std::string& script = kPayScript) {
-  const fs::path dir = fs::path(testing::TempDir()) / ("batch_" + name);
+  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name);
   fs::remove_all(dir);
   fs::create_directories(dir);
   Files f{(dir / "pay.db").string(), (dir / "pay.bas").string()};
   std::ofstream(f.db, std::ios::binary).flush();  // an empty file is an empty database
-  SqliteDatabase::open(f.db).query(fromUtf8(kSchema));
+  need(need(SqliteDatabase::open(f.db)).query(fromUtf8(kSchema)));
   std::ofstream(f.script, std::ios::binary) << script;
   return f;
 }
@@ -185,7 +187,8 @@ Files makeFiles(const std::string& name, const std::string& script = kPayScript)
 std::string wages(const std::string& db) {
   std::string out;
   for (const auto& row :
-       SqliteDatabase::open(db).query(u"SELECT code, wage FROM pay ORDER BY code").rows) {
+       need(need(SqliteDatabase::open(db)).query(u"SELECT code, wage FROM pay ORDER BY code"))
+           .rows) {
     out += toUtf8(row[0].stringValue()) + "=" + std::to_string(row[1].doubleValue()) + " ";
   }
   return out;

@@ -1,11 +1,17 @@
-// `korvex demo`: repeatable contents, no overwriting, usage errors.
+// `korvex demo`: repeatable contents, no overwriting, usage errors, no file
+// left by a failed run.
 #include "cli/demo_command.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
 
+#include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 #include "support.hpp"
 
@@ -13,6 +19,7 @@ namespace korvex::cli {
 namespace {
 
 using korvex::testing::describe;
+using korvex::testing::need;
 
 // `korvex demo ARGS`: its exit code.
 int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
@@ -25,7 +32,7 @@ int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
 // Rows of a query, each value as describe() gives it.
 std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
   std::vector<std::string> out;
-  for (const auto& row : db.query(fromUtf8(sql)).rows) {
+  for (const auto& row : need(db.query(fromUtf8(sql))).rows) {
     std::string text;
     for (const Value& v : row) text += describe(v) + "|";
     out.push_back(text);
@@ -35,9 +42,10 @@ std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
 
 // The table names, then every row of the payroll tables, in a fixed order.
 std::string contents(const std::string& path) {
-  SqliteDatabase db = SqliteDatabase::open(path);
+  SqliteDatabase db = need(SqliteDatabase::open(path));
   std::string text;
-  for (const auto& row : db.query(u"select name, type from sqlite_master order by name").rows) {
+  for (const auto& row :
+       need(db.query(u"select name, type from sqlite_master order by name")).rows) {
     const std::string name = toUtf8(row[0].stringValue());
     text += name + "\n";
     if (row[1].stringValue() == u"table" &&
@@ -66,9 +74,9 @@ TEST(DemoCommand, NoWorkAfterWagesStopOrBeforeHiring) {
   korvex::testing::ScratchDir dir;
   const std::string path = dir.file("pay.db");
   ASSERT_EQ(demo({path, "--employees", "150", "--months", "3"}), 0);
-  SqliteDatabase db = SqliteDatabase::open(path);
+  SqliteDatabase db = need(SqliteDatabase::open(path));
   const auto count = [&](const std::string& sql) {
-    return db.query(fromUtf8("select count(*) from " + sql)).rows.at(0).at(0).longValue();
+    return need(db.query(fromUtf8("select count(*) from " + sql))).rows.at(0).at(0).longValue();
   };
   EXPECT_GT(count("Employes where dGZTFTime is not null"), 0);
   EXPECT_GT(count("Employes where bLeave = 1"), 0);
@@ -103,6 +111,37 @@ TEST(DemoCommand, RefusesExistingFilesAndBadOptions) {
     EXPECT_EQ(demo(args), 2) << args.size();
     EXPECT_FALSE(std::filesystem::exists(fresh));
   }
+}
+
+TEST(DemoCommand, AFailedRunLeavesNoFile) {
+  korvex::testing::ScratchDir dir;
+  const std::string nowhere = dir.file("missing/pay.db");
+  std::string err;
+  EXPECT_EQ(demo({nowhere}, &err), 1);
+  EXPECT_EQ(err.rfind("korvex demo: 无法创建数据库文件 " + nowhere + ": ", 0), 0U) << err;
+
+  // A file that cannot grow past 64 KiB: the writing fails half-way, in a
+  // child process, which reports what the command said.
+  const std::string full = dir.file("full.db"), said = dir.file("said.txt");
+  const pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    const rlimit limit{64 * 1024, 64 * 1024};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string message;
+    const int status = demo({full}, &message);
+    std::ofstream(said) << message;
+    _exit(status);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_FALSE(std::filesystem::exists(full));
+  std::ifstream in(said);
+  const std::string message(std::istreambuf_iterator<char>(in), {});
+  EXPECT_EQ(message.rfind("korvex demo: SQL 错误: ", 0), 0U) << message;
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 
+#include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 #include "support.hpp"
 
@@ -16,9 +18,9 @@ class Database : public ::testing::Test {
   std::string newFile(const std::string& name) { return dir_.file(name + ".db"); }
   // "typeof:value" of the one row of a query.
   static std::vector<std::string> stored(SqliteDatabase& db, std::string_view sql) {
-    SqliteStatement st = db.prepare(sql);
+    SqliteStatement st = need(db.prepare(sql));
     std::vector<std::string> out;
-    while (st.step()) {
+    while (need(st.step())) {
       for (int i = 0; i < st.columnCount(); ++i) {
         const SqlCell c = st.cell(i);
         std::string text = st.columnName(i) + "=";
@@ -36,9 +38,10 @@ class Database : public ::testing::Test {
 };
 
 TEST_F(Database, ParametersAreStoredAsBound) {
-  SqliteDatabase db = SqliteDatabase::open(newFile("p"), SqliteDatabase::Mode::Create);
-  db.execute("create table t (a, b, c, d); create table u (x)");
-  db.prepare("insert into t values (?, ?, ?, ?)").run({7LL, 160.0, std::string("张三"), nullptr});
+  SqliteDatabase db = need(SqliteDatabase::open(newFile("p"), SqliteDatabase::Mode::Create));
+  need(db.execute("create table t (a, b, c, d); create table u (x)"));
+  need(need(db.prepare("insert into t values (?, ?, ?, ?)"))
+           .run({7LL, 160.0, std::string("张三"), nullptr}));
   EXPECT_EQ(stored(db, "select * from t"),
             (std::vector<std::string>{"a=int 7", "b=real 160.000000", "c=text 张三", "d=null"}));
   EXPECT_EQ(stored(db, "select x'4142' as b, year('2005-03-01') as y"),
@@ -46,58 +49,92 @@ TEST_F(Database, ParametersAreStoredAsBound) {
 }
 
 TEST_F(Database, TextsOfSeveralStatementsRunOneByOne) {
-  SqliteDatabase db = SqliteDatabase::open(newFile("s"), SqliteDatabase::Mode::Create);
+  SqliteDatabase db = need(SqliteDatabase::open(newFile("s"), SqliteDatabase::Mode::Create));
   std::string_view sql = "create table t (v); -- a comment\n insert into t values (1);  ";
   int prepared = 0;
   while (!sql.empty()) {
-    if (std::optional<SqliteStatement> st = db.prepareNext(sql)) {
-      EXPECT_FALSE(st->step());
+    if (std::optional<SqliteStatement> st = need(db.prepareNext(sql))) {
+      EXPECT_FALSE(need(st->step()));
       ++prepared;
     }
   }
   EXPECT_EQ(prepared, 2);
   EXPECT_EQ(db.changes(), 1);
   // The payroll dialect: LEFT is SQLite's keyword, the objects' text runs.
-  const SqlResult r = db.query(u"select left('abc', 2) as l, count(*) from t");
+  const SqlResult r = need(db.query(u"select left('abc', 2) as l, count(*) from t"));
   ASSERT_EQ(r.rows.size(), 1U);
   EXPECT_EQ(r.rows[0][0].stringValue(), u"ab");
   EXPECT_EQ(r.rows[0][1].longValue(), 1);
 }
 
 TEST_F(Database, QueryOnlyRefusesWritesAndRollbackUndoes) {
-  SqliteDatabase db = SqliteDatabase::open(newFile("q"), SqliteDatabase::Mode::Create);
-  db.execute("create table t (v)");
-  db.setQueryOnly(true);
-  EXPECT_THROW(db.execute("insert into t values (1)"), DatabaseError);
-  db.setQueryOnly(false);
-  db.begin();
-  db.execute("insert into t values (1)");
-  db.rollback();
-  EXPECT_EQ(db.query(u"select count(*) from t").rows.at(0).at(0).longValue(), 0);
+  SqliteDatabase db = need(SqliteDatabase::open(newFile("q"), SqliteDatabase::Mode::Create));
+  need(db.execute("create table t (v)"));
+  need(db.setQueryOnly(true));
+  EXPECT_FALSE(db.execute("insert into t values (1)").ok());
+  need(db.setQueryOnly(false));
+  need(db.begin());
+  need(db.execute("insert into t values (1)"));
+  need(db.rollback());
+  EXPECT_EQ(need(db.query(u"select count(*) from t")).rows.at(0).at(0).longValue(), 0);
 }
 
 TEST_F(Database, FailuresSayWhy) {
   const std::string missing = newFile("missing");
-  try {
-    SqliteDatabase::open(missing);
-    ADD_FAILURE() << "opened a missing file";
-  } catch (const DatabaseError& e) {
-    EXPECT_EQ(toUtf8(e.message()), "数据库文件不存在: " + missing);
-    EXPECT_EQ(e.failure().description, e.message());
-    EXPECT_NE(e.failure().number, 0);
-  }
-  SqliteDatabase db = SqliteDatabase::open(newFile("f"), SqliteDatabase::Mode::Create);
-  try {
-    db.prepare("select * from nowhere");
-    ADD_FAILURE() << "prepared a query of a missing table";
-  } catch (const DatabaseError& e) {
-    EXPECT_EQ(toUtf8(e.message()), "no such table: nowhere");
-  }
+  const DatabaseResult<SqliteDatabase> opened = SqliteDatabase::open(missing);
+  ASSERT_FALSE(opened.ok()) << "opened a missing file";
+  const DatabaseFailure& e = opened.error();
+  EXPECT_EQ(toUtf8(e.message), "数据库文件不存在: " + missing);
+  EXPECT_EQ(e.dispatchResult().description, e.message);
+  EXPECT_NE(e.dispatchResult().number, 0);
+
+  SqliteDatabase db = need(SqliteDatabase::open(newFile("f"), SqliteDatabase::Mode::Create));
+  need(db.execute("create table t (v unique); insert into t values (1)"));
+  // Each operation's failure, in the database's words.
+  const auto why = [](const auto& result) {
+    return result.ok() ? std::string("no failure") : toUtf8(result.error().message);
+  };
+  const std::string kUnique = "UNIQUE constraint failed: t.v";
+  const struct {
+    const char* operation;
+    std::function<std::string()> fail;
+    std::string message;
+  } cases[] = {
+      {"prepare", [&] { return why(db.prepare("select * from nowhere")); },
+       "no such table: nowhere"},
+      {"prepareNext",
+       [&] {
+         std::string_view sql = "select * from nowhere; select 1";
+         std::string message = why(db.prepareNext(sql));
+         // The text stays where it was.
+         return sql == "select * from nowhere; select 1" ? message : "moved on";
+       },
+       "no such table: nowhere"},
+      {"execute", [&] { return why(db.execute("insert into t values (1)")); }, kUnique},
+      {"query", [&] { return why(db.query(u"select * from nowhere")); }, "no such table: nowhere"},
+      {"commit", [&] { return why(db.commit()); }, "cannot commit - no transaction is active"},
+      {"rollback", [&] { return why(db.rollback()); },
+       "cannot rollback - no transaction is active"},
+      {"bind", [&] { return why(need(db.prepare("select ?")).bind(2, 1LL)); },
+       "column index out of range"},
+      {"step", [&] { return why(need(db.prepare("insert into t values (1)")).step()); }, kUnique},
+      {"run",
+       [&] {
+         SqliteStatement insert = need(db.prepare("insert into t values (?)"));
+         const std::string message = why(insert.run({1LL}));
+         // The failed run left the statement ready for the next.
+         return why(insert.run({2LL})) == "no failure" ? message : "not reset";
+       },
+       kUnique},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.fail(), c.message) << c.operation;
+  EXPECT_EQ(need(db.query(u"select count(*) from t")).rows.at(0).at(0).longValue(), 2);
 }
 
 TEST_F(Database, AConnectionsDatabaseIsReachable) {
   const std::string path = newFile("c");
-  SqliteDatabase::open(path, SqliteDatabase::Mode::Create).execute("create table t (v)");
+  need(
+      need(SqliteDatabase::open(path, SqliteDatabase::Mode::Create)).execute("create table t (v)"));
   auto factory = sqliteObjectFactory();
   const ObjectRef closed = factory->create(u"Connection");
   EXPECT_FALSE(databaseOf(closed).has_value());
@@ -107,9 +144,9 @@ TEST_F(Database, AConnectionsDatabaseIsReachable) {
   ASSERT_TRUE(c.ok()) << toUtf8(c.description);
   std::optional<SqliteDatabase> db = databaseOf(c.value.objectValue());
   ASSERT_TRUE(db.has_value());
-  db->execute("insert into t values ('x')");
+  need(db->execute("insert into t values ('x')"));
   // A record set of the handle writes where the connection reads.
-  const ObjectRef rs = db->recordset(db->query(u"select v from t"));
+  const ObjectRef rs = db->recordset(need(db->query(u"select v from t")));
   const std::array<Value, 1> first{Value::lng(0)};
   const ObjectRef field = rs->getProperty(u"Fields", first).value.objectValue();
   ASSERT_TRUE(field->setProperty(u"Value", {}, Value::string(u"y")).ok());
