@@ -2,6 +2,7 @@
 // client-side, static cursor), with writes of the current row going back
 // to the row's table on Update.
 #include <algorithm>
+#include <deque>
 #include <string>
 
 #include "host/collection.hpp"
@@ -17,6 +18,25 @@ namespace korvex::ds {
 using host::equalsNoCase;
 using host::noCurrentRecord;
 
+namespace {
+
+// A field lives inside the record set's data and is handed out sharing the
+// data's ownership, so it needs no owning pointer back to it.
+class FieldObject final : public host::PropertyObject {
+ public:
+  FieldObject(RecordsetData& data, std::size_t column) : data_(data), column_(column) {}
+
+  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override;
+  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
+                             const Value& value) override;
+
+ private:
+  RecordsetData& data_;
+  std::size_t column_;
+};
+
+}  // namespace
+
 struct RecordsetData : host::RowCursor {
   bool open = false;
   std::vector<Column> columns;
@@ -28,7 +48,9 @@ struct RecordsetData : host::RowCursor {
   std::int32_t cursorLocation = 2;
   std::int32_t cursorType = 0;
   std::int32_t lockType = 1;
-  std::vector<ObjectRef> fieldObjects;
+  // One per column, made once: a deque keeps each where it is, so the same
+  // column is always the same object.
+  std::deque<FieldObject> fields;
 
   void revert() {
     if (!original.empty() && hasCurrent()) current() = original;
@@ -134,54 +156,44 @@ DispatchResult RecordsetData::update() {
 
 namespace {
 
-class FieldObject final : public host::PropertyObject {
- public:
-  FieldObject(std::shared_ptr<RecordsetData> data, std::size_t column)
-      : data_(std::move(data)), column_(column) {}
-
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
-    const Column& c = data_->columns[column_];
-    if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
-    if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
-    if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
-      if (!data_->open) return objectClosed();
-      if (!data_->hasCurrent()) return noCurrentRecord();
-      if (equalsNoCase(name, u"OriginalValue") && !data_->original.empty()) {
-        return DispatchResult::success(data_->original[column_]);
-      }
-      return DispatchResult::success(data_->current()[column_]);
+DispatchResult FieldObject::getProperty(std::u16string_view name, std::span<const Value>) {
+  const Column& c = data_.columns[column_];
+  if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
+  if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
+  if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
+    if (!data_.open) return objectClosed();
+    if (!data_.hasCurrent()) return noCurrentRecord();
+    if (equalsNoCase(name, u"OriginalValue") && !data_.original.empty()) {
+      return DispatchResult::success(data_.original[column_]);
     }
-    return memberNotFound(name);
+    return DispatchResult::success(data_.current()[column_]);
   }
+  return memberNotFound(name);
+}
 
-  // The value is converted as it would be stored, so a field holds what
-  // its column can keep (a Date field turns text into a Date or refuses).
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value& value) override {
-    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
-    RecordsetData& d = *data_;
-    if (!d.open) return objectClosed();
-    if (!d.hasCurrent()) return noCurrentRecord();
-    const Column& c = d.columns[column_];
-    Value typed;
-    try {
-      typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
-    } catch (const vb::RuntimeError& e) {
-      return faultResult(e);
-    }
-    if (d.original.empty()) {
-      d.original = d.current();
-      d.changed.assign(d.columns.size(), false);
-    }
-    d.current()[column_] = std::move(typed);
-    d.changed[column_] = true;
-    return DispatchResult::success();
+// The value is converted as it would be stored, so a field holds what its
+// column can keep (a Date field turns text into a Date or refuses).
+DispatchResult FieldObject::setProperty(std::u16string_view name, std::span<const Value>,
+                                        const Value& value) {
+  if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
+  RecordsetData& d = data_;
+  if (!d.open) return objectClosed();
+  if (!d.hasCurrent()) return noCurrentRecord();
+  const Column& c = d.columns[column_];
+  Value typed;
+  try {
+    typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
+  } catch (const vb::RuntimeError& e) {
+    return faultResult(e);
   }
-
- private:
-  std::shared_ptr<RecordsetData> data_;
-  std::size_t column_;
-};
+  if (d.original.empty()) {
+    d.original = d.current();
+    d.changed.assign(d.columns.size(), false);
+  }
+  d.current()[column_] = std::move(typed);
+  d.changed[column_] = true;
+  return DispatchResult::success();
+}
 
 class FieldsObject final : public NamedCollection {
  public:
@@ -190,12 +202,7 @@ class FieldsObject final : public NamedCollection {
  protected:
   std::size_t count() const override { return data_->columns.size(); }
   std::u16string_view nameAt(std::size_t i) const override { return data_->columns[i].name; }
-  // The cached field object; a fresh one once the record set itself is gone
-  // (its cache is cleared then) while this collection lives on.
-  ObjectRef itemAt(std::size_t i) override {
-    if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
-    return std::make_shared<FieldObject>(data_, i);
-  }
+  ObjectRef itemAt(std::size_t i) override { return ObjectRef(data_, &data_->fields[i]); }
 
  private:
   std::shared_ptr<RecordsetData> data_;
@@ -225,21 +232,13 @@ Recordset::Recordset(ResultSet result, std::shared_ptr<Backend> backend) : Recor
   d.rows = std::move(result.rows);
   d.backend = std::move(backend);
   d.changed.assign(d.columns.size(), false);
-  for (std::size_t i = 0; i < d.columns.size(); ++i) {
-    d.fieldObjects.push_back(std::make_shared<FieldObject>(data_, i));
-  }
-}
-
-Recordset::~Recordset() {
-  // The field objects point back at the shared data; break the cycle.
-  data_->fieldObjects.clear();
+  for (std::size_t i = 0; i < d.columns.size(); ++i) d.fields.emplace_back(d, i);
 }
 
 void Recordset::adopt(Recordset& other) {
   const std::int32_t location = data_->cursorLocation;
   const std::int32_t cursor = data_->cursorType;
   const std::int32_t lock = data_->lockType;
-  data_->fieldObjects.clear();
   data_ = other.data_;
   fields_ = other.fields_;
   data_->cursorLocation = location;
