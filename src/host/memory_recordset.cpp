@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "host/collection.hpp"
+#include "host/record_field.hpp"
 #include "host/recordset_errors.hpp"
 #include "host/row_cursor.hpp"
 
@@ -12,57 +13,33 @@ namespace korvex {
 using host::equalsNoCase;
 using host::noCurrentRecord;
 
-namespace {
-
-using Data = MemoryRecordset::Data;
-
-// A field lives inside the record set's data and is handed out sharing the
-// data's ownership, so it needs no owning pointer back to it.
-class FieldObject : public host::PropertyObject {
- public:
-  FieldObject(Data& data, std::size_t column) : data_(data), column_(column) {}
-
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override;
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value& value) override;
-
- private:
-  Data& data_;
-  std::size_t column_;
-};
-
-}  // namespace
-
 struct MemoryRecordset::Data : host::RowCursor {
   std::vector<std::u16string> names;
   std::vector<std::vector<bool>> assigned;  // per row, per field
   std::size_t updates = 0;
-  // One per name, made once: a deque keeps each where it is, so the same
-  // column is always the same object.
-  std::deque<FieldObject> fields;
+  std::deque<host::RecordField<Data>> fields;  // one per name
+
+  DispatchResult getField(std::size_t column, std::u16string_view name) {
+    if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(names[column]));
+    if (equalsNoCase(name, u"Value")) {
+      if (!hasCurrent()) return noCurrentRecord();
+      return DispatchResult::success(current()[column]);
+    }
+    return memberNotFound(name);
+  }
+  DispatchResult setField(std::size_t column, std::u16string_view name, const Value& value) {
+    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
+    if (!hasCurrent()) return noCurrentRecord();
+    const auto row = static_cast<std::size_t>(position);
+    rows[row][column] = value;
+    assigned[row][column] = true;
+    return DispatchResult::success();
+  }
 };
 
 namespace {
 
-DispatchResult FieldObject::getProperty(std::u16string_view name, std::span<const Value>) {
-  if (equalsNoCase(name, u"Name"))
-    return DispatchResult::success(Value::string(data_.names[column_]));
-  if (equalsNoCase(name, u"Value")) {
-    if (!data_.hasCurrent()) return noCurrentRecord();
-    return DispatchResult::success(data_.current()[column_]);
-  }
-  return memberNotFound(name);
-}
-
-DispatchResult FieldObject::setProperty(std::u16string_view name, std::span<const Value>,
-                                        const Value& value) {
-  if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
-  if (!data_.hasCurrent()) return noCurrentRecord();
-  const auto row = static_cast<std::size_t>(data_.position);
-  data_.rows[row][column_] = value;
-  data_.assigned[row][column_] = true;
-  return DispatchResult::success();
-}
+using Data = MemoryRecordset::Data;
 
 class FieldsObject : public NamedCollection {
  public:
@@ -71,7 +48,7 @@ class FieldsObject : public NamedCollection {
  protected:
   std::size_t count() const override { return data_->names.size(); }
   std::u16string_view nameAt(std::size_t i) const override { return data_->names[i]; }
-  ObjectRef itemAt(std::size_t i) override { return ObjectRef(data_, &data_->fields[i]); }
+  ObjectRef itemAt(std::size_t i) override { return host::fieldOf(data_, i); }
 
  private:
   std::shared_ptr<Data> data_;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/collection.hpp"
+#include "host/record_field.hpp"
 #include "host/recordset_errors.hpp"
 #include "host/row_cursor.hpp"
 #include "sqlite/field_types.hpp"
@@ -18,25 +19,6 @@ namespace korvex::ds {
 using host::equalsNoCase;
 using host::noCurrentRecord;
 
-namespace {
-
-// A field lives inside the record set's data and is handed out sharing the
-// data's ownership, so it needs no owning pointer back to it.
-class FieldObject final : public host::PropertyObject {
- public:
-  FieldObject(RecordsetData& data, std::size_t column) : data_(data), column_(column) {}
-
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override;
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value& value) override;
-
- private:
-  RecordsetData& data_;
-  std::size_t column_;
-};
-
-}  // namespace
-
 struct RecordsetData : host::RowCursor {
   bool open = false;
   std::vector<Column> columns;
@@ -48,9 +30,7 @@ struct RecordsetData : host::RowCursor {
   std::int32_t cursorLocation = 2;
   std::int32_t cursorType = 0;
   std::int32_t lockType = 1;
-  // One per column, made once: a deque keeps each where it is, so the same
-  // column is always the same object.
-  std::deque<FieldObject> fields;
+  std::deque<host::RecordField<RecordsetData>> fields;  // one per column
 
   void revert() {
     if (!original.empty() && hasCurrent()) current() = original;
@@ -58,6 +38,8 @@ struct RecordsetData : host::RowCursor {
     changed.assign(columns.size(), false);
   }
   DispatchResult update();
+  DispatchResult getField(std::size_t column, std::u16string_view name);
+  DispatchResult setField(std::size_t column, std::u16string_view name, const Value& value);
 };
 
 namespace {
@@ -154,46 +136,45 @@ DispatchResult RecordsetData::update() {
   return DispatchResult::success();
 }
 
-namespace {
-
-DispatchResult FieldObject::getProperty(std::u16string_view name, std::span<const Value>) {
-  const Column& c = data_.columns[column_];
+DispatchResult RecordsetData::getField(std::size_t column, std::u16string_view name) {
+  const Column& c = columns[column];
   if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
   if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
   if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
-    if (!data_.open) return objectClosed();
-    if (!data_.hasCurrent()) return noCurrentRecord();
-    if (equalsNoCase(name, u"OriginalValue") && !data_.original.empty()) {
-      return DispatchResult::success(data_.original[column_]);
+    if (!open) return objectClosed();
+    if (!hasCurrent()) return noCurrentRecord();
+    if (equalsNoCase(name, u"OriginalValue") && !original.empty()) {
+      return DispatchResult::success(original[column]);
     }
-    return DispatchResult::success(data_.current()[column_]);
+    return DispatchResult::success(current()[column]);
   }
   return memberNotFound(name);
 }
 
 // The value is converted as it would be stored, so a field holds what its
 // column can keep (a Date field turns text into a Date or refuses).
-DispatchResult FieldObject::setProperty(std::u16string_view name, std::span<const Value>,
-                                        const Value& value) {
+DispatchResult RecordsetData::setField(std::size_t column, std::u16string_view name,
+                                       const Value& value) {
   if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
-  RecordsetData& d = data_;
-  if (!d.open) return objectClosed();
-  if (!d.hasCurrent()) return noCurrentRecord();
-  const Column& c = d.columns[column_];
+  if (!open) return objectClosed();
+  if (!hasCurrent()) return noCurrentRecord();
+  const Column& c = columns[column];
   Value typed;
   try {
     typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
   } catch (const vb::RuntimeError& e) {
     return faultResult(e);
   }
-  if (d.original.empty()) {
-    d.original = d.current();
-    d.changed.assign(d.columns.size(), false);
+  if (original.empty()) {
+    original = current();
+    changed.assign(columns.size(), false);
   }
-  d.current()[column_] = std::move(typed);
-  d.changed[column_] = true;
+  current()[column] = std::move(typed);
+  changed[column] = true;
   return DispatchResult::success();
 }
+
+namespace {
 
 class FieldsObject final : public NamedCollection {
  public:
@@ -202,7 +183,7 @@ class FieldsObject final : public NamedCollection {
  protected:
   std::size_t count() const override { return data_->columns.size(); }
   std::u16string_view nameAt(std::size_t i) const override { return data_->columns[i].name; }
-  ObjectRef itemAt(std::size_t i) override { return ObjectRef(data_, &data_->fields[i]); }
+  ObjectRef itemAt(std::size_t i) override { return host::fieldOf(data_, i); }
 
  private:
   std::shared_ptr<RecordsetData> data_;
