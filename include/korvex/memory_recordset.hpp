@@ -30,7 +30,6 @@ class MemoryRecordset : public HostObject {
   /// cut. The cursor starts on the first row (BOF and EOF when empty).
   explicit MemoryRecordset(std::vector<std::u16string> fieldNames,
                            std::vector<std::vector<Value>> rows = {});
-  ~MemoryRecordset() override;
 
   static std::shared_ptr<MemoryRecordset> create(std::vector<std::u16string> fieldNames,
                                                  std::vector<std::vector<Value>> rows = {}) {

@@ -1,8 +1,10 @@
 #include "korvex/memory_recordset.hpp"
 
+#include <deque>
 #include <stdexcept>
 
 #include "host/collection.hpp"
+#include "host/record_field.hpp"
 #include "host/recordset_errors.hpp"
 #include "host/row_cursor.hpp"
 
@@ -15,41 +17,29 @@ struct MemoryRecordset::Data : host::RowCursor {
   std::vector<std::u16string> names;
   std::vector<std::vector<bool>> assigned;  // per row, per field
   std::size_t updates = 0;
-  std::vector<ObjectRef> fieldObjects;
+  std::deque<host::RecordField<Data>> fields;  // one per name
+
+  DispatchResult getField(std::size_t column, std::u16string_view name) {
+    if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(names[column]));
+    if (equalsNoCase(name, u"Value")) {
+      if (!hasCurrent()) return noCurrentRecord();
+      return DispatchResult::success(current()[column]);
+    }
+    return memberNotFound(name);
+  }
+  DispatchResult setField(std::size_t column, std::u16string_view name, const Value& value) {
+    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
+    if (!hasCurrent()) return noCurrentRecord();
+    const auto row = static_cast<std::size_t>(position);
+    rows[row][column] = value;
+    assigned[row][column] = true;
+    return DispatchResult::success();
+  }
 };
 
 namespace {
 
 using Data = MemoryRecordset::Data;
-
-class FieldObject : public host::PropertyObject {
- public:
-  FieldObject(std::shared_ptr<Data> data, std::size_t column)
-      : data_(std::move(data)), column_(column) {}
-
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
-    if (equalsNoCase(name, u"Name"))
-      return DispatchResult::success(Value::string(data_->names[column_]));
-    if (equalsNoCase(name, u"Value")) {
-      if (!data_->hasCurrent()) return noCurrentRecord();
-      return DispatchResult::success(data_->current()[column_]);
-    }
-    return memberNotFound(name);
-  }
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value& value) override {
-    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
-    if (!data_->hasCurrent()) return noCurrentRecord();
-    const auto row = static_cast<std::size_t>(data_->position);
-    data_->rows[row][column_] = value;
-    data_->assigned[row][column_] = true;
-    return DispatchResult::success();
-  }
-
- private:
-  std::shared_ptr<Data> data_;
-  std::size_t column_;
-};
 
 class FieldsObject : public NamedCollection {
  public:
@@ -58,12 +48,7 @@ class FieldsObject : public NamedCollection {
  protected:
   std::size_t count() const override { return data_->names.size(); }
   std::u16string_view nameAt(std::size_t i) const override { return data_->names[i]; }
-  // The cached field object; a fresh one once the record set itself is gone
-  // (its cache is cleared then) while this collection lives on.
-  ObjectRef itemAt(std::size_t i) override {
-    if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
-    return std::make_shared<FieldObject>(data_, i);
-  }
+  ObjectRef itemAt(std::size_t i) override { return host::fieldOf(data_, i); }
 
  private:
   std::shared_ptr<Data> data_;
@@ -75,17 +60,10 @@ MemoryRecordset::MemoryRecordset(std::vector<std::u16string> fieldNames,
                                  std::vector<std::vector<Value>> rows)
     : data_(std::make_shared<Data>()) {
   data_->names = std::move(fieldNames);
-  for (std::size_t i = 0; i < data_->names.size(); ++i) {
-    data_->fieldObjects.push_back(std::make_shared<FieldObject>(data_, i));
-  }
+  for (std::size_t i = 0; i < data_->names.size(); ++i) data_->fields.emplace_back(*data_, i);
   fields_ = std::make_shared<FieldsObject>(data_);
   for (auto& row : rows) addRow(std::move(row));
   data_->position = 0;
-}
-
-MemoryRecordset::~MemoryRecordset() {
-  // The field objects point back at the shared data; break the cycle.
-  data_->fieldObjects.clear();
 }
 
 void MemoryRecordset::addRow(std::vector<Value> row) {

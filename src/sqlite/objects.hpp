@@ -63,7 +63,6 @@ struct RecordsetData;
 class Recordset final : public HostObject {
  public:
   Recordset();
-  ~Recordset() override;
   /// An open record set holding a result (a closed one when the result
   /// has no rows); `backend` receives the writes of Update.
   Recordset(ResultSet result, std::shared_ptr<Backend> backend);

@@ -2,9 +2,11 @@
 // client-side, static cursor), with writes of the current row going back
 // to the row's table on Update.
 #include <algorithm>
+#include <deque>
 #include <string>
 
 #include "host/collection.hpp"
+#include "host/record_field.hpp"
 #include "host/recordset_errors.hpp"
 #include "host/row_cursor.hpp"
 #include "sqlite/field_types.hpp"
@@ -28,7 +30,7 @@ struct RecordsetData : host::RowCursor {
   std::int32_t cursorLocation = 2;
   std::int32_t cursorType = 0;
   std::int32_t lockType = 1;
-  std::vector<ObjectRef> fieldObjects;
+  std::deque<host::RecordField<RecordsetData>> fields;  // one per column
 
   void revert() {
     if (!original.empty() && hasCurrent()) current() = original;
@@ -36,6 +38,8 @@ struct RecordsetData : host::RowCursor {
     changed.assign(columns.size(), false);
   }
   DispatchResult update();
+  DispatchResult getField(std::size_t column, std::u16string_view name);
+  DispatchResult setField(std::size_t column, std::u16string_view name, const Value& value);
 };
 
 namespace {
@@ -132,56 +136,45 @@ DispatchResult RecordsetData::update() {
   return DispatchResult::success();
 }
 
+DispatchResult RecordsetData::getField(std::size_t column, std::u16string_view name) {
+  const Column& c = columns[column];
+  if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
+  if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
+  if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
+    if (!open) return objectClosed();
+    if (!hasCurrent()) return noCurrentRecord();
+    if (equalsNoCase(name, u"OriginalValue") && !original.empty()) {
+      return DispatchResult::success(original[column]);
+    }
+    return DispatchResult::success(current()[column]);
+  }
+  return memberNotFound(name);
+}
+
+// The value is converted as it would be stored, so a field holds what its
+// column can keep (a Date field turns text into a Date or refuses).
+DispatchResult RecordsetData::setField(std::size_t column, std::u16string_view name,
+                                       const Value& value) {
+  if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
+  if (!open) return objectClosed();
+  if (!hasCurrent()) return noCurrentRecord();
+  const Column& c = columns[column];
+  Value typed;
+  try {
+    typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
+  } catch (const vb::RuntimeError& e) {
+    return faultResult(e);
+  }
+  if (original.empty()) {
+    original = current();
+    changed.assign(columns.size(), false);
+  }
+  current()[column] = std::move(typed);
+  changed[column] = true;
+  return DispatchResult::success();
+}
+
 namespace {
-
-class FieldObject final : public host::PropertyObject {
- public:
-  FieldObject(std::shared_ptr<RecordsetData> data, std::size_t column)
-      : data_(std::move(data)), column_(column) {}
-
-  DispatchResult getProperty(std::u16string_view name, std::span<const Value>) override {
-    const Column& c = data_->columns[column_];
-    if (equalsNoCase(name, u"Name")) return DispatchResult::success(Value::string(c.name));
-    if (equalsNoCase(name, u"Type")) return DispatchResult::success(Value::lng(c.type));
-    if (equalsNoCase(name, u"Value") || equalsNoCase(name, u"OriginalValue")) {
-      if (!data_->open) return objectClosed();
-      if (!data_->hasCurrent()) return noCurrentRecord();
-      if (equalsNoCase(name, u"OriginalValue") && !data_->original.empty()) {
-        return DispatchResult::success(data_->original[column_]);
-      }
-      return DispatchResult::success(data_->current()[column_]);
-    }
-    return memberNotFound(name);
-  }
-
-  // The value is converted as it would be stored, so a field holds what
-  // its column can keep (a Date field turns text into a Date or refuses).
-  DispatchResult setProperty(std::u16string_view name, std::span<const Value>,
-                             const Value& value) override {
-    if (!equalsNoCase(name, u"Value")) return memberNotFound(name);
-    RecordsetData& d = *data_;
-    if (!d.open) return objectClosed();
-    if (!d.hasCurrent()) return noCurrentRecord();
-    const Column& c = d.columns[column_];
-    Value typed;
-    try {
-      typed = fieldValue(c.type, storedValue(c.type, value, Locale::zhCN()));
-    } catch (const vb::RuntimeError& e) {
-      return faultResult(e);
-    }
-    if (d.original.empty()) {
-      d.original = d.current();
-      d.changed.assign(d.columns.size(), false);
-    }
-    d.current()[column_] = std::move(typed);
-    d.changed[column_] = true;
-    return DispatchResult::success();
-  }
-
- private:
-  std::shared_ptr<RecordsetData> data_;
-  std::size_t column_;
-};
 
 class FieldsObject final : public NamedCollection {
  public:
@@ -190,12 +183,7 @@ class FieldsObject final : public NamedCollection {
  protected:
   std::size_t count() const override { return data_->columns.size(); }
   std::u16string_view nameAt(std::size_t i) const override { return data_->columns[i].name; }
-  // The cached field object; a fresh one once the record set itself is gone
-  // (its cache is cleared then) while this collection lives on.
-  ObjectRef itemAt(std::size_t i) override {
-    if (i < data_->fieldObjects.size()) return data_->fieldObjects[i];
-    return std::make_shared<FieldObject>(data_, i);
-  }
+  ObjectRef itemAt(std::size_t i) override { return host::fieldOf(data_, i); }
 
  private:
   std::shared_ptr<RecordsetData> data_;
@@ -225,21 +213,13 @@ Recordset::Recordset(ResultSet result, std::shared_ptr<Backend> backend) : Recor
   d.rows = std::move(result.rows);
   d.backend = std::move(backend);
   d.changed.assign(d.columns.size(), false);
-  for (std::size_t i = 0; i < d.columns.size(); ++i) {
-    d.fieldObjects.push_back(std::make_shared<FieldObject>(data_, i));
-  }
-}
-
-Recordset::~Recordset() {
-  // The field objects point back at the shared data; break the cycle.
-  data_->fieldObjects.clear();
+  for (std::size_t i = 0; i < d.columns.size(); ++i) d.fields.emplace_back(d, i);
 }
 
 void Recordset::adopt(Recordset& other) {
   const std::int32_t location = data_->cursorLocation;
   const std::int32_t cursor = data_->cursorType;
   const std::int32_t lock = data_->lockType;
-  data_->fieldObjects.clear();
   data_ = other.data_;
   fields_ = other.fields_;
   data_->cursorLocation = location;

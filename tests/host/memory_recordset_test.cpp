@@ -152,5 +152,34 @@ TEST(MemoryRecordset, ObjectsHandedOutOutliveTheRecordset) {
   EXPECT_EQ(amount->getProperty(u"Value", {}).value.longValue(), 1);
 }
 
+// The same column is always the same field object, and whatever a host
+// keeps keeps the data alive, only as long as it is kept.
+TEST(MemoryRecordset, FieldsAreOneObjectEachAndHoldTheDataNoLongerThanKept) {
+  const auto marker = MemoryRecordset::create({u"X"});  // any object a row can hold
+  std::weak_ptr<HostObject> set, fields, code;
+  ObjectRef kept;
+  {
+    auto rs =
+        MemoryRecordset::create({u"Code", u"Tag"}, {{Value::string(u"A"), Value::object(marker)}});
+    kept = field(*rs, Value::lng(0));
+    EXPECT_EQ(field(*rs, Value::string(u"CODE")), kept);
+    EXPECT_NE(field(*rs, Value::lng(1)), kept);
+    set = rs;
+    fields = objectOf(rs->getProperty(u"Fields", {}));
+    code = kept;
+  }
+  ASSERT_TRUE(kept);
+  EXPECT_TRUE(set.expired());
+  EXPECT_EQ(kept->getProperty(u"Value", {}).value.stringValue(), u"A");
+  EXPECT_TRUE(kept->setProperty(u"Value", {}, Value::string(u"B")).ok());
+  EXPECT_EQ(kept->getDefault({}).value.stringValue(), u"B");
+  EXPECT_EQ(marker.use_count(), 2);  // the row still holds it
+
+  kept.reset();
+  EXPECT_TRUE(fields.expired());
+  EXPECT_TRUE(code.expired());
+  EXPECT_EQ(marker.use_count(), 1);  // the rows are gone
+}
+
 }  // namespace
 }  // namespace korvex

@@ -1,5 +1,6 @@
 // The data-access objects on SQLite: the type mapping both ways, the
 // payroll dialect, writing the current row back, stored procedures.
+#include <functional>
 #include <vector>
 
 #include "database_fixture.hpp"
@@ -137,6 +138,39 @@ TEST_F(Objects, CursorMovesAndFieldLookups) {
       describe(
           objectIn(connection_->getProperty(u"Properties", {}))->getProperty(u"Count", {}).value),
       "Long:2");
+}
+
+// Opened either way, the same column is always the same field object, and
+// a kept field keeps the record set's data alive only as long as it is kept.
+TEST_F(Objects, FieldsAreOneObjectEachAndHoldTheDataNoLongerThanKept) {
+  const char16_t* const select = u"select 工号, 姓名 from 工资表2005年03月 order by 工号";
+  const std::function<ObjectRef()> opens[] = {
+      [&] { return objectIn(exec(toUtf8(select))); },
+      [&] {
+        ObjectRef rs = objects_->create(u"Recordset");
+        const std::array<Value, 2> args{Value::string(select), Value::object(connection_)};
+        EXPECT_TRUE(rs->callMethod(u"Open", args).ok());
+        return rs;
+      }};
+  for (const auto& open : opens) {
+    std::weak_ptr<HostObject> set, fields, name;
+    ObjectRef kept;
+    {
+      const ObjectRef rs = open();
+      const std::array<Value, 1> byName{Value::string(u"姓名")}, byIndex{Value::lng(1)};
+      kept = objectIn(rs->getProperty(u"Fields", byName));
+      EXPECT_EQ(objectIn(rs->getDefault(byIndex)), kept);
+      set = rs;
+      fields = objectIn(rs->getProperty(u"Fields", {}));
+      name = kept;
+    }
+    ASSERT_TRUE(kept);
+    EXPECT_TRUE(set.expired());
+    EXPECT_EQ(describe(kept->getDefault({}).value), "String:张三");
+    kept.reset();
+    EXPECT_TRUE(fields.expired());
+    EXPECT_TRUE(name.expired());
+  }
 }
 
 TEST_F(Objects, StoredProceduresAndCatalog) {
