@@ -96,9 +96,10 @@ RunResult run(std::vector<std::string_view> args, const std::string& input = {})
   return {status, out.str(), err.str()};
 }
 
+// A name set again moves to the end.
 TEST(RunScript, PresetsAreEvaluatedInOrder) {
-  const RunResult r = run({"--json", "--set", "N=NULL", "--set", "s=\"abc\"", "--set",
-                           "D=#2005-03-01#", "--set", "A=1", "--set", "a=4 + 1", "-"},
+  const RunResult r = run({"--json", "--set", "A=1", "--set", "N=NULL", "--set", "s=\"abc\"",
+                           "--set", "D=#2005-03-01#", "--set", "a=4 + 1", "-"},
                           "DIM x\r\nx = A + 1\r\n");
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find(R"("variables": {"N": {"type": "Null", "value": null}, )"

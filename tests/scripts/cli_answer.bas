@@ -1,4 +1,4 @@
 DIM a, b, c
 a = Input("金额")
-b = Input("second")
-c = Input("third")
+b = Input("second", "title", "def")
+c = Input("third", "t", "def")

@@ -1,6 +1,7 @@
 // The data-access objects on SQLite: the type mapping both ways, the
-// payroll dialect, writing the current row back, stored procedures.
-#include <functional>
+// payroll dialect, writing the current row back, stored procedures. The
+// cursor and field objects it shares with the in-memory record set are
+// tested in recordsets_test.cpp.
 #include <vector>
 
 #include "database_fixture.hpp"
@@ -109,70 +110,6 @@ TEST_F(Objects, RowsFoundByRowIdentityOrNotAtAll) {
   EXPECT_EQ(describe(scalar("select group_concat(b) from t")), "String:9,1");
 }
 
-TEST_F(Objects, CursorMovesAndFieldLookups) {
-  const ObjectRef rs = objectIn(exec("select 工号 as Code from 工资表2005年03月 order by 工号"));
-  ASSERT_TRUE(rs);
-  struct Move {
-    std::u16string_view method;
-    std::int32_t error;     // 0, or 3021 past either end
-    std::int32_t position;  // AbsolutePosition after it: -1 off the rows
-  };
-  const Move moves[] = {{u"MoveLast", 0, 2},         {u"movenext", 0, -1}, {u"MoveNext", 3021, -1},
-                        {u"MovePrevious", 0, 2},     {u"MOVEFIRST", 0, 1}, {u"MovePrevious", 0, -1},
-                        {u"MovePrevious", 3021, -1}, {u"MoveFirst", 0, 1}};
-  for (const Move& m : moves) {
-    EXPECT_EQ(rs->callMethod(m.method, {}).number, m.error) << toUtf8(m.method);
-    EXPECT_EQ(rs->getProperty(u"AbsolutePosition", {}).value.longValue(), m.position)
-        << toUtf8(m.method);
-  }
-  // Fields by name (any case) or by position from 0; anything else is 3265.
-  const ObjectRef fields = objectIn(rs->getProperty(u"Fields", {}));
-  const std::pair<Value, std::int32_t> keys[] = {
-      {Value::string(u"code"), 0}, {Value::lng(0), 0},     {Value::string(u"工号"), 3265},
-      {Value::lng(1), 3265},       {Value::lng(-1), 3265}, {Value::string(u"x"), 3265}};
-  for (const auto& [key, error] : keys) {
-    const std::array<Value, 1> args{key};
-    EXPECT_EQ(fields->getProperty(u"Item", args).number, error) << describe(key);
-  }
-  EXPECT_EQ(
-      describe(
-          objectIn(connection_->getProperty(u"Properties", {}))->getProperty(u"Count", {}).value),
-      "Long:2");
-}
-
-// Opened either way, the same column is always the same field object, and
-// a kept field keeps the record set's data alive only as long as it is kept.
-TEST_F(Objects, FieldsAreOneObjectEachAndHoldTheDataNoLongerThanKept) {
-  const char16_t* const select = u"select 工号, 姓名 from 工资表2005年03月 order by 工号";
-  const std::function<ObjectRef()> opens[] = {
-      [&] { return objectIn(exec(toUtf8(select))); },
-      [&] {
-        ObjectRef rs = objects_->create(u"Recordset");
-        const std::array<Value, 2> args{Value::string(select), Value::object(connection_)};
-        EXPECT_TRUE(rs->callMethod(u"Open", args).ok());
-        return rs;
-      }};
-  for (const auto& open : opens) {
-    std::weak_ptr<HostObject> set, fields, name;
-    ObjectRef kept;
-    {
-      const ObjectRef rs = open();
-      const std::array<Value, 1> byName{Value::string(u"姓名")}, byIndex{Value::lng(1)};
-      kept = objectIn(rs->getProperty(u"Fields", byName));
-      EXPECT_EQ(objectIn(rs->getDefault(byIndex)), kept);
-      set = rs;
-      fields = objectIn(rs->getProperty(u"Fields", {}));
-      name = kept;
-    }
-    ASSERT_TRUE(kept);
-    EXPECT_TRUE(set.expired());
-    EXPECT_EQ(describe(kept->getDefault({}).value), "String:张三");
-    kept.reset();
-    EXPECT_TRUE(fields.expired());
-    EXPECT_TRUE(name.expired());
-  }
-}
-
 TEST_F(Objects, StoredProceduresAndCatalog) {
   exec(
       "create table korvex_procedures (name text primary key, body text);"
@@ -209,6 +146,8 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"Nope")).ok());
   EXPECT_EQ(toUtf8(cmd->callMethod(u"Execute", {}).description), "找不到存储过程 'Nope'。");
 
+  const ObjectRef properties = objectIn(connection_->getProperty(u"Properties", {}));
+  EXPECT_EQ(describe(properties->getProperty(u"Count", {}).value), "Long:2");
   const std::array<Value, 1> key{Value::string(u"initial catalog")};
   EXPECT_EQ(
       describe(

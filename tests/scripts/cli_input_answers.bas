@@ -1,3 +1,0 @@
-DIM a, b
-a = Input("name?")
-b = Input("again", "title", "def")

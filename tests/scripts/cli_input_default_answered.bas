@@ -1,2 +1,0 @@
-DIM a
-a = Input("p", "t", "d") & "!"

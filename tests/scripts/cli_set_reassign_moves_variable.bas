@@ -1,1 +1,0 @@
-MSGBOX A & B

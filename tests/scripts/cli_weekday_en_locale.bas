@@ -1,2 +1,0 @@
-DIM a
-a = WeekDayName(#2005-03-14#)
