@@ -29,17 +29,6 @@ int demo(std::vector<std::string_view> args, std::string* err = nullptr) {
   return status;
 }
 
-// Rows of a query, each value as describe() gives it.
-std::vector<std::string> rows(SqliteDatabase& db, const std::string& sql) {
-  std::vector<std::string> out;
-  for (const auto& row : need(db.query(fromUtf8(sql))).rows) {
-    std::string text;
-    for (const Value& v : row) text += describe(v) + "|";
-    out.push_back(text);
-  }
-  return out;
-}
-
 // The table names, then every row of the payroll tables, in a fixed order.
 std::string contents(const std::string& path) {
   SqliteDatabase db = need(SqliteDatabase::open(path));
@@ -50,8 +39,10 @@ std::string contents(const std::string& path) {
     text += name + "\n";
     if (row[1].stringValue() == u"table" &&
         (name.find("WA_") == 0 || name.find("工资表") == 0 || name == "Employes")) {
-      for (const std::string& r : rows(db, "select * from [" + name + "] order by 1, 2, 3")) {
-        text += r + "\n";
+      const std::string sql = "select * from [" + name + "] order by 1, 2, 3";
+      for (const auto& r : need(db.query(fromUtf8(sql))).rows) {
+        for (const Value& v : r) text += describe(v) + "|";
+        text += "\n";
       }
     }
   }

@@ -81,19 +81,14 @@ TEST(JsonDate, WritesDateAndTime) {
   EXPECT_EQ(dateText(2958465 + 86399.0 / 86400), "9999-12-31 23:59:59");
 }
 
+// Empty, Null, Integer, Long, Double, Currency, Date, String and Boolean
+// True are written by the script cases (tests/scripts) and the presets test.
 TEST(JsonValue, WritesEachScalarType) {
   const std::pair<Value, const char*> cases[] = {
-      {Value{}, R"({"type": "Empty", "value": null})"},
-      {Value::null(), R"({"type": "Null", "value": null})"},
-      {Value::integer(-5), R"({"type": "Integer", "value": -5})"},
-      {Value::lng(100000), R"({"type": "Long", "value": 100000})"},
-      {Value::dbl(0.5), R"({"type": "Double", "value": 0.5})"},
       {Value::dbl(std::numeric_limits<double>::infinity()),
        R"({"type": "Double", "value": "Infinity"})"},
       {Value::currency(Currency{15000}), R"({"type": "Currency", "value": 1.5})"},
       {Value::date(38412.5), R"({"type": "Date", "value": "2005-03-01 12:00:00"})"},
-      {Value::string(u"a\"b"), R"({"type": "String", "value": "a\"b"})"},
-      {Value::boolean(true), R"({"type": "Boolean", "value": true})"},
       {Value::boolean(false), R"({"type": "Boolean", "value": false})"},
       {Value::object(Workbook::createNew()), R"({"type": "Object", "value": null})"},
       {Value::object(nullptr), R"({"type": "Object", "value": null})"},
@@ -118,11 +113,6 @@ TEST(JsonValue, WritesArraysFirstIndexOutermost) {
             R"([[{"type": "Double", "value": 1}, {"type": "Double", "value": 2}, )"
             R"({"type": "Double", "value": 3}], [{"type": "Double", "value": 4}, )"
             R"({"type": "Double", "value": 5}, {"type": "Double", "value": 6}]]})");
-
-  const Array mixed = makeArray({{0, 2}}, {Value::string(u"x"), Value{}});
-  EXPECT_EQ(valueJson(Value::array(mixed)),
-            R"({"type": "Array", "lbound": [0], "value": )"
-            R"([{"type": "String", "value": "x"}, {"type": "Empty", "value": null}]})");
 
   const Array empty = makeArray({{0, 0}}, {});
   EXPECT_EQ(valueJson(Value::array(empty)), R"({"type": "Array", "lbound": [0], "value": []})");

@@ -231,19 +231,12 @@ std::string cellText(const std::string& path, std::int32_t row, std::int32_t col
       vb::toString(cell.value.objectValue()->getProperty(u"Value", {}).value, Locale::zhCN()));
 }
 
-TEST(RunWorkbook, WrittenOnlyOnceACellIsWritten) {
-  ScratchDir dir;
-  const std::string book = dir.file("new.xlsx");
-  EXPECT_EQ(run({"--workbook", book, "-"}, "DIM x\r\nx = GETCELL(\"A\", 1)\r\n").status, 0);
-  EXPECT_FALSE(std::filesystem::exists(book));  // nothing written, nothing saved
-  EXPECT_EQ(run({"--workbook", book, "-"}, "DIM x\r\nx = SETCELL(\"B\", 2, \"工资\")\r\n").status,
-            0);
-  EXPECT_EQ(cellText(book, 2, 2), "工资");
-}
-
+// A new workbook is written only once a cell is written.
 TEST(RunWorkbook, SheetAndSaveTargets) {
   ScratchDir dir;
   const std::string a = dir.file("a.xlsx"), b = dir.file("b.xlsx");
+  EXPECT_EQ(run({"--workbook", a, "-"}, "DIM x\r\nx = GETCELL(\"A\", 1)\r\n").status, 0);
+  EXPECT_FALSE(std::filesystem::exists(a));
   ASSERT_EQ(run({"--workbook", a, "-"}, "DIM x\r\nx = SETCELL(\"A\", 1, 5)\r\n").status, 0);
   std::ifstream original(a, std::ios::binary);
   const std::string before((std::istreambuf_iterator<char>(original)), {});
