@@ -2,6 +2,8 @@
 // to a private temporary directory.
 #pragma once
 
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 
@@ -96,21 +98,15 @@ inline std::string writeWorkbook(const ScratchDir& dir,
   std::string bytes, error;
   EXPECT_TRUE(pkg.write(bytes, error)) << error;
   const std::string path = dir.file(name);
-  FILE* f = std::fopen(path.c_str(), "wb");
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::fclose(f);
+  std::ofstream(path, std::ios::binary) << bytes;
   return path;
 }
 
 /// One part of an .xlsx file as stored now.
 inline std::string partOf(const std::string& path, const std::string& part) {
-  std::string bytes, error;
-  FILE* f = std::fopen(path.c_str(), "rb");
-  char buffer[4096];
-  for (std::size_t n; f != nullptr && (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;) {
-    bytes.append(buffer, n);
-  }
-  if (f != nullptr) std::fclose(f);
+  std::ifstream in(path, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(in)), {});
+  std::string error;
   xlsx::ZipPackage pkg;
   if (!pkg.load(bytes, error)) return "(not a zip: " + error + ")";
   return pkg.read(part, error).value_or("(missing)");
