@@ -1,6 +1,5 @@
 // Name recognition: function names are found in any case and fail as
-// functions when misused, and the names that only exist with a leading "_"
-// are not functions without it.
+// functions when misused (which names exist is the catalog test's).
 #include "eval/function_table.hpp"
 
 #include <gtest/gtest.h>
@@ -47,13 +46,6 @@ TEST(FunctionTable, MisusedFunctionsFailAsFunctionsNotAsUnknownNames) {
       }
       EXPECT_NE(g.engine.ErrNum(), 56) << toUtf8(call);
     }
-  }
-}
-
-TEST(FunctionTable, UnderscoreOnlyNamesHaveNoPlainForm) {
-  for (const char16_t* name : {u"部门工资合计", u"员工工资项目值", u"产品产值", u"顶班工资合计"}) {
-    EXPECT_EQ(lookupName(name), std::nullopt) << toUtf8(name);
-    EXPECT_NE(lookupName(std::u16string(u"_") + name), std::nullopt) << toUtf8(name);
   }
 }
 
