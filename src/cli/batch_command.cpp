@@ -8,6 +8,7 @@
 #include "batch_database.hpp"
 #include "batch_report.hpp"
 #include "korvex/engine.hpp"
+#include "output.hpp"
 #include "presets.hpp"
 #include "run_command.hpp"
 
@@ -89,7 +90,9 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   }
   progress.finish();
 
-  out << (options.json ? summaryJson(summary) + '\n' : summaryText(summary)) << std::flush;
+  if (!writeOutcome(out, err, options.json ? summaryJson(summary) + '\n' : summaryText(summary))) {
+    return kExitUsage;
+  }
   if (summary.interrupted) return kExitInterrupted;
   const bool written = summary.dryRun || summary.committed;
   return summary.failed == 0 && written ? kExitSuccess : kExitScriptFailed;

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "json.hpp"
+#include "output.hpp"
 
 namespace korvex::cli {
 
@@ -71,14 +72,14 @@ std::string summaryText(const BatchSummary& s) {
            fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
     if (s.dryRun) out += "试运行: 没有写入数据库\n";
     if (!s.dryRun && !s.committed) {
-      out += "提交失败, 数据库未改动: " + toUtf8(s.error) + "\n";
+      out += "提交失败, 数据库未改动: " + printable(s.error) + "\n";
     }
   }
   if (!s.failures.empty()) out += "失败的行:\n";
   for (const RowFailure& f : s.failures) {
-    out += "  第 " + std::to_string(f.row) + " 行 [" + toUtf8(f.key) + "] ";
+    out += "  第 " + std::to_string(f.row) + " 行 [" + printable(f.key) + "] ";
     out += f.line > 0 ? "行号 " + std::to_string(f.line) : std::string("写回");
-    out += ", 错误 " + std::to_string(f.errNum) + ": " + toUtf8(f.message) + "\n";
+    out += ", 错误 " + std::to_string(f.errNum) + ": " + printable(f.message) + "\n";
   }
   return out;
 }

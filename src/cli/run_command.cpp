@@ -17,6 +17,7 @@
 #include "korvex/system_error.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/workbook.hpp"
+#include "output.hpp"
 #include "presets.hpp"
 
 namespace korvex::cli {
@@ -266,21 +267,13 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     if (!saved) err << "korvex: " << toUtf8(error) << '\n';
   }
 
-  errno = 0;
+  std::string outcomeText;
   if (options.json) {
     RunOutcome outcome = outcomeOf(engine, *recorder);
     outcome.sql = database.traced();
-    out << outcomeJson(outcome) << '\n';
+    outcomeText = outcomeJson(outcome) + '\n';
   }
-  out << std::flush;
-  if (!out) {
-    // An outcome nobody can read is no success.
-    const int code = errno;
-    err << "korvex: 无法写出运行结果";
-    if (code != 0) err << ": " << systemErrorText(code);
-    err << '\n';
-    return kExitUsage;
-  }
+  if (!writeOutcome(out, err, outcomeText)) return kExitUsage;
   if (!options.json && engine.ErrNum() != 0) {
     err << "\xE9\x94\x99\xE8\xAF\xAF " << engine.ErrNum() << ": "  // 错误
         << toUtf8(engine.ErrMsg()) << '\n';

@@ -121,7 +121,7 @@ TEST(Batch, RefusedWritesFailTheRowOrTheBatch) {
   EXPECT_EQ(refusesCommit.rollbacks, 1);
 }
 
-TEST(BatchReport, JsonSummary) {
+TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
   BatchSummary s;
   s.rows = s.done = 3;
   s.failed = 1;
@@ -134,6 +134,14 @@ TEST(BatchReport, JsonSummary) {
             R"("changedFields": 2, "dryRun": false, "committed": true, "interrupted": false, )"
             R"("error": "", "seconds": 0.5, "rowsPerSecond": 6, "failures": [{"row": 2, )"
             R"("key": "E\"2", "errNum": 2000, "line": 3, "message": "件数为负 : 行号 3"}]})");
+  // Keys and messages come from the database and the script: their control
+  // characters are shown, not obeyed.
+  s.failures[0].key = u"E\x1b[2J\t";
+  s.failures[0].message = u"a\r\nb\x7f";
+  const std::string text = summaryText(s);
+  EXPECT_NE(text.find("  第 2 行 [E\\x1b[2J\\t] 行号 3, 错误 2000: a\\r\\nb\\x7f\n"),
+            std::string::npos)
+      << text;
 }
 
 namespace fs = std::filesystem;
@@ -230,6 +238,21 @@ TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
   EXPECT_EQ(untimed(r.out), expected(R"("dryRun": false, "committed": true)"));
   EXPECT_EQ(wages(f.db),
             "E1=25.000000 E2=50.000000 E3=75.000000 E4=0.000000 E5=125.000000 E6=150.000000 ");
+}
+
+TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
+  struct Full : std::streambuf {
+    int overflow(int) override { return traits_type::eof(); }
+  } full;
+  const Files f = makeFiles("full");
+  const std::vector<std::string_view> args{
+      "batch", f.script, "--db", f.db, "--record", "SELECT * FROM pay", "--dry-run"};
+  const CommandLine c = parseCommandLine(args);
+  std::istringstream in;
+  std::ostream out(&full);
+  std::ostringstream err;
+  EXPECT_EQ(runBatchCommand(c.batch, in, out, err), 2);
+  EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
 }
 
 TEST(BatchCommand, UsageErrors) {
