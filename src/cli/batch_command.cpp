@@ -78,6 +78,13 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
         })) {
       return usageError(err, error);
     }
+    // A script the engine cannot split into lines (too long for its 16-bit
+    // positions) would fail every row alike: refuse it before computing.
+    // Stopped at its first line, the probe runs nothing of the script.
+    engine.SetCodeBlock(job.script);
+    engine.SetLineHook([](std::int16_t) { return false; });
+    engine.Execute();
+    if (engine.ErrNum() != 0) return usageError(err, "脚本无法分行: " + toUtf8(engine.ErrMsg()));
   }
 
   ProgressBar progress(err, &err == &std::cerr && ::isatty(STDERR_FILENO) == 1);

@@ -257,17 +257,19 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
 
 TEST(BatchCommand, UsageErrors) {
   const Files f = makeFiles("usage");
+  const Files longScript = makeFiles("long", "wage = 1" + std::string(40000, ' ') + "\r\n");
   struct Case {
-    std::string database, record, errorPart;
+    std::string database, record, errorPart, script;
   };
   const Case cases[] = {
-      {f.db + ".missing", "SELECT * FROM pay", "不存在"},
-      {f.db, "SELECT * FROM nowhere", "--record 的查询失败"},
-      {f.db, "DELETE FROM pay", "--record"},
+      {f.db + ".missing", "SELECT * FROM pay", "不存在", f.script},
+      {f.db, "SELECT * FROM nowhere", "--record 的查询失败", f.script},
+      {f.db, "DELETE FROM pay", "--record", f.script},
+      {longScript.db, "SELECT * FROM pay", "脚本无法分行: 溢出", longScript.script},
   };
   for (const Case& c : cases) {
     BatchOptions o;
-    o.script = f.script;
+    o.script = c.script;
     o.database = c.database;
     o.record = c.record;
     std::istringstream in;
@@ -276,6 +278,7 @@ TEST(BatchCommand, UsageErrors) {
     EXPECT_NE(err.str().find(c.errorPart), std::string::npos) << err.str();
   }
   EXPECT_EQ(wages(f.db), kUnchanged);
+  EXPECT_EQ(wages(longScript.db), kUnchanged);
 }
 
 // The batch runs in a child process that is stopped once the first row's
