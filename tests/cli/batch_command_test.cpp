@@ -232,29 +232,6 @@ TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
             "E1=25.000000 E2=50.000000 E3=75.000000 E4=0.000000 E5=125.000000 E6=150.000000 ");
 }
 
-TEST(BatchCommand, UsageErrors) {
-  const Files f = makeFiles("usage");
-  struct Case {
-    std::string database, record, errorPart;
-  };
-  const Case cases[] = {
-      {f.db + ".missing", "SELECT * FROM pay", "不存在"},
-      {f.db, "SELECT * FROM nowhere", "--record 的查询失败"},
-      {f.db, "DELETE FROM pay", "--record"},
-  };
-  for (const Case& c : cases) {
-    BatchOptions o;
-    o.script = f.script;
-    o.database = c.database;
-    o.record = c.record;
-    std::istringstream in;
-    std::ostringstream out, err;
-    EXPECT_EQ(runBatchCommand(o, in, out, err), 2) << c.record;
-    EXPECT_NE(err.str().find(c.errorPart), std::string::npos) << err.str();
-  }
-  EXPECT_EQ(wages(f.db), kUnchanged);
-}
-
 // The batch runs in a child process that is stopped once the first row's
 // write sits in the open transaction (its journal exists) while the third
 // row loops forever.
