@@ -7,10 +7,12 @@
 // Recordset (Fields, EOF, BOF, the moves, RecordCount, State, Open, Edit,
 // Update, ...) and a Command with Parameters. A connection string names the
 // database file ("Data Source=PATH" or the bare path); the file must exist.
+// A value in double quotes ("Data Source=\"a;b.db\"", "" for a quote in it)
+// is taken as written; dataSource(path) writes one for any file name.
 //
 //   auto log = std::make_shared<korvex::SqlLog>();
 //   auto objects = korvex::sqliteObjectFactory(log);
-//   korvex::DispatchResult c = korvex::openConnection(*objects, u"Data Source=pay.db");
+//   korvex::DispatchResult c = korvex::openConnection(*objects, korvex::dataSource("pay.db"));
 //   if (!c.ok()) { /* c.description says why */ }
 //   engine.SetObjectFactory(objects);        // functions create theirs here
 //   engine.SetParent(korvex::connectParent(c.value.objectValue()));
@@ -72,6 +74,10 @@ std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log =
 /// Creates a Connection with the factory and opens it; the result's value
 /// is the open connection, or the failure says why.
 DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connectionString);
+
+/// The connection string that names exactly the file `path` (UTF-8),
+/// whatever characters its name holds.
+std::u16string dataSource(std::string_view path);
 
 /// A host object whose member "Connect" is the given connection: what a
 /// host hands the engine as its Parent.
@@ -224,6 +230,18 @@ class SqliteDatabase {
   DatabaseResult<> rollback();
   /// While on, the connection refuses every statement that would write.
   DatabaseResult<> setQueryOnly(bool on);
+
+  /// What a payroll SQL text holds, as the database compiles it (adapted as
+  /// query() adapts it) without running any of it.
+  enum class TextKind {
+    Nothing,  // blanks and comments only
+    Query,    // one statement that reads and returns rows
+    Other,    // one statement that changes nothing and returns no rows
+    Writes,   // its first statement would change the database
+    Several,  // another statement follows the first, which changes nothing
+  };
+  /// A failure when the first statement does not compile.
+  DatabaseResult<TextKind> inspect(std::u16string_view sql);
 
   /// Runs a payroll SQL text exactly as Connection.Execute does (adapted
   /// to SQLite, the parameters bound to its placeholders in order).

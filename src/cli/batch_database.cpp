@@ -1,18 +1,14 @@
 #include "batch_database.hpp"
 
 #include <array>
-#include <filesystem>
 
+#include "database_options.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
 
 namespace {
-
-std::u16string connectionString(const std::string& path) {
-  return u"Data Source=" + fromUtf8(path);
-}
 
 // Puts the rows' assignments back through a record set of the record query
 // on the writing connection, so that a row goes back to its table exactly
@@ -86,19 +82,12 @@ DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string
 
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, std::string& error) {
-  std::error_code ec;
-  if (!std::filesystem::is_regular_file(path, ec)) {
-    error = "数据库文件 '" + path + "' 不存在";
-    return std::nullopt;
-  }
   auto objects = sqliteObjectFactory();
-  DispatchResult opened = openConnection(*objects, connectionString(path));
-  if (!opened.ok()) {
-    error = "无法打开数据库 '" + path + "': " + toUtf8(opened.description);
-    return std::nullopt;
-  }
+  ObjectRef connection;
+  if (!openDatabaseOption(*objects, path, connection, error)) return std::nullopt;
   // A connection of the SQLite factory, open: it always has a database.
-  SqliteDatabase database = *databaseOf(opened.value.objectValue());
+  SqliteDatabase database = *databaseOf(connection);
+  if (!checkRecordQuery(database, recordQuery, error)) return std::nullopt;
 
   BatchDatabase db;
   DatabaseResult<SqlResult> rows = recordRows(database, recordQuery);
@@ -107,16 +96,12 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     return std::nullopt;
   }
   SqlResult& result = rows.value();
-  if (!result.hasRows) {
-    error = "--record 的语句不返回行: '" + recordQuery + "'";
-    return std::nullopt;
-  }
   for (const SqlColumn& c : result.columns) db.table.fieldNames.push_back(c.name);
   db.table.rows = result.rows;
   ObjectRef recordset = database.recordset(std::move(result));
   db.writer = std::make_unique<RecordsetWriter>(std::move(database), std::move(recordset));
 
-  const std::u16string connect = connectionString(path);
+  const std::u16string connect = dataSource(path);
   db.openWorker = [connect]() -> BatchJob::EngineSetup {
     // The factory goes to the engines even without a connection: the rows
     // then fail for want of one, as they would anywhere.

@@ -20,8 +20,9 @@ struct BatchDatabase {
   std::unique_ptr<BatchWriter> writer;
 };
 
-/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`;
-/// nullopt with `error` set (one line, for a usage error) when either fails.
+/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
+/// statement that only reads; nullopt with `error` set (one line, for a
+/// usage error) when either fails.
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, std::string& error);
 

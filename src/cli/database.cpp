@@ -1,8 +1,8 @@
 #include "database.hpp"
 
-#include <sys/stat.h>
-
 #include <array>
+
+#include "database_options.hpp"
 
 namespace korvex::cli {
 
@@ -12,20 +12,13 @@ bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std
   engine.SetObjectFactory(objects);
   if (options.db.empty()) return true;
 
-  struct stat info {};
-  if (::stat(options.db.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
-    error = "数据库文件 '" + options.db + "' 不存在";
-    return false;
-  }
-  DispatchResult connection = openConnection(*objects, fromUtf8(options.db));
-  if (!connection.ok()) {
-    error = "无法打开数据库 '" + options.db + "': " + toUtf8(connection.description);
-    return false;
-  }
-  const ObjectRef connect = connection.value.objectValue();
+  ObjectRef connect;
+  if (!openDatabaseOption(*objects, options.db, connect, error)) return false;
   engine.SetParent(connectParent(connect));
 
   if (options.record) {
+    // A connection of the SQLite factory, open: it always has a database.
+    if (!checkRecordQuery(*databaseOf(connect), *options.record, error)) return false;
     const std::array<Value, 1> sql{Value::string(fromUtf8(*options.record))};
     DispatchResult rs = connect->callMethod(u"Execute", sql);
     if (!rs.ok()) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -44,23 +45,45 @@ std::u16string_view trim(std::u16string_view s) {
   return s;
 }
 
+bool blank(char16_t c) { return c == u' ' || c == u'\t'; }
+
 // One "key=value" setting of a connection string; a string without "=" is
-// the bare path of the file.
+// the bare path of the file. A value in double quotes is taken as written,
+// ";" and "=" included, with "" for a quote inside it, so that any file
+// name can be handed over; an unquoted value ends at the next ";".
 std::u16string setting(std::u16string_view connectionString, std::u16string_view key) {
-  if (connectionString.find(u'=') == std::u16string_view::npos) {
-    return equalsNoCase(key, kDataSource) ? std::u16string(trim(connectionString)) : u"";
+  const std::u16string_view s = connectionString;
+  if (s.find(u'=') == std::u16string_view::npos) {
+    return equalsNoCase(key, kDataSource) ? std::u16string(trim(s)) : u"";
   }
-  std::size_t start = 0;
-  while (start <= connectionString.size()) {
-    std::size_t end = connectionString.find(u';', start);
-    if (end == std::u16string_view::npos) end = connectionString.size();
-    const std::u16string_view part = connectionString.substr(start, end - start);
-    if (const auto eq = part.find(u'='); eq != std::u16string_view::npos) {
-      if (equalsNoCase(trim(part.substr(0, eq)), key)) {
-        return std::u16string(trim(part.substr(eq + 1)));
-      }
+  std::size_t i = 0;
+  while (i < s.size()) {
+    std::size_t eq = i;
+    while (eq < s.size() && s[eq] != u'=' && s[eq] != u';') ++eq;
+    if (eq == s.size() || s[eq] == u';') {  // a part without "=" sets nothing
+      i = eq + 1;
+      continue;
     }
-    start = end + 1;
+    const std::u16string_view name = trim(s.substr(i, eq - i));
+    std::size_t j = eq + 1;
+    while (j < s.size() && blank(s[j])) ++j;
+    std::u16string value;
+    if (j < s.size() && s[j] == u'"') {
+      for (++j; j < s.size(); ++j) {
+        if (s[j] == u'"') {
+          if (j + 1 == s.size() || s[j + 1] != u'"') break;
+          ++j;
+        }
+        value += s[j];
+      }
+      j = std::min(s.find(u';', j), s.size());
+    } else {
+      const std::size_t end = std::min(s.find(u';', j), s.size());
+      value = trim(s.substr(j, end - j));
+      j = end;
+    }
+    if (equalsNoCase(name, key)) return value;
+    i = j + 1;
   }
   return {};
 }
@@ -259,3 +282,16 @@ DispatchResult Connection::callMethod(std::u16string_view name, std::span<const 
 }
 
 }  // namespace korvex::ds
+
+namespace korvex {
+
+std::u16string dataSource(std::string_view path) {
+  std::u16string quoted = u"Data Source=\"";
+  for (char16_t c : fromUtf8(path)) {
+    if (c == u'"') quoted += u'"';
+    quoted += c;
+  }
+  return quoted + u'"';
+}
+
+}  // namespace korvex

@@ -7,6 +7,7 @@
 
 #include "korvex/sqlite.hpp"
 #include "sqlite/objects.hpp"
+#include "sqlite/sql_dialect.hpp"
 #include "sqlite/sqlite_functions.hpp"
 
 namespace korvex {
@@ -187,6 +188,26 @@ DatabaseResult<std::optional<SqliteStatement>> SqliteDatabase::prepareNext(std::
 }
 
 std::int64_t SqliteDatabase::changes() const noexcept { return sqlite3_changes64(handle_->db); }
+
+DatabaseResult<SqliteDatabase::TextKind> SqliteDatabase::inspect(std::u16string_view sql) {
+  const std::string adapted = toUtf8(ds::adaptSql(sql, ds::kRenamedFunctions));
+  std::string_view rest = adapted;
+  std::optional<SqliteStatement> first;
+  while (!first && !rest.empty()) {
+    DatabaseResult<std::optional<SqliteStatement>> next = prepareNext(rest);
+    if (!next.ok()) return next.error();
+    if (next.value()) first.emplace(std::move(*next.value()));
+  }
+  if (!first) return TextKind::Nothing;
+  if (sqlite3_stmt_readonly(first->statement_) == 0) return TextKind::Writes;
+  // Whatever follows counts as a statement unless it is only blanks,
+  // comments and semicolons: even one that does not compile.
+  while (!rest.empty()) {
+    DatabaseResult<std::optional<SqliteStatement>> next = prepareNext(rest);
+    if (!next.ok() || next.value()) return TextKind::Several;
+  }
+  return first->columnCount() > 0 ? TextKind::Query : TextKind::Other;
+}
 
 DatabaseResult<> SqliteDatabase::begin() { return execute("BEGIN"); }
 DatabaseResult<> SqliteDatabase::commit() { return execute("COMMIT"); }

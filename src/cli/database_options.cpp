@@ -1,0 +1,48 @@
+#include "database_options.hpp"
+
+#include <sys/stat.h>
+
+namespace korvex::cli {
+
+bool openDatabaseOption(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
+                        std::string& error) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    error = "数据库文件 '" + path + "' 不存在";
+    return false;
+  }
+  // Quoted, the path reaches the file as written: ";", "=" and quotes are
+  // part of a file name, not of the connection string.
+  DispatchResult opened = openConnection(objects, dataSource(path));
+  if (!opened.ok()) {
+    error = "无法打开数据库 '" + path + "': " + toUtf8(opened.description);
+    return false;
+  }
+  connection = opened.value.objectValue();
+  return true;
+}
+
+bool checkRecordQuery(SqliteDatabase database, const std::string& sql, std::string& error) {
+  const DatabaseResult<SqliteDatabase::TextKind> kind = database.inspect(fromUtf8(sql));
+  if (!kind.ok()) {
+    error = "--record 的查询失败: " + toUtf8(kind.error().message);
+    return false;
+  }
+  switch (kind.value()) {
+    case SqliteDatabase::TextKind::Query:
+      return true;
+    case SqliteDatabase::TextKind::Writes:
+      error = "--record 只接受只读的查询，此语句会修改数据库: '" + sql + "'";
+      return false;
+    case SqliteDatabase::TextKind::Several:
+      error = "--record 只接受一条语句: '" + sql + "'";
+      return false;
+    case SqliteDatabase::TextKind::Nothing:
+    case SqliteDatabase::TextKind::Other:
+      break;
+  }
+  error = "--record 的语句不返回行: '" + sql + "'";
+  return false;
+}
+
+}  // namespace korvex::cli
