@@ -193,6 +193,8 @@ const ErrorCase kFunctionErrors[] = {
      nullptr},  // the inline argument is one expression
     {"LEN(1 2)", 50, "缺操作符", nullptr},
     {"ABS 5", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
+    {"_员工属性 + 1", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
+    {"left(1, 2, 3, 4)", 6, "错误的参数表达式或参数个数{函数:Left(1, 2, 3, 4)}", nullptr},
     // A failing argument stops the whole expression.
     {"1 + ABS(nosuch) + MID(\"a\", 1, 1)", 56, "遇到不可识别的符号或变量名", nullptr},
 };
