@@ -448,7 +448,12 @@ bool readFile(const std::string& path, std::string& bytes, int& code) {
       ::close(fd);
       return false;
     }
-    bytes.append(buffer, static_cast<std::size_t>(n));
+    try {
+      bytes.append(buffer, static_cast<std::size_t>(n));
+    } catch (const std::bad_alloc&) {
+      ::close(fd);  // the caller reports it; the descriptor must not leak
+      throw;
+    }
   }
   ::close(fd);
   return true;
