@@ -265,6 +265,8 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   };
   const std::string sheet2 = "xl/worksheets/sheet2.xml";
   const std::string rows = std::string("<worksheet ") + kNs + "><sheetData>";
+  std::string xfs;
+  for (int i = 0; i <= 65536; ++i) xfs += "<xf/>";
   WorkbookLimits small, few;
   small.maxPartBytes = 1 << 20;
   few.maxCells = 10;
@@ -303,6 +305,11 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
                                                    kNs + ">&x;</styleSheet>"),
                      "styles.xlsx"),
        "styles.xml: 含有文档类型声明"},
+      {writeWorkbook(dir,
+                     withPart("xl/styles.xml", std::string("<styleSheet ") + kNs + "><cellXfs>" +
+                                                   xfs + "</cellXfs></styleSheet>"),
+                     "formats.xlsx"),
+       "styles.xml: 单元格格式太多"},
       {writeWorkbook(dir,
                      withPart(sheet2, rows + "<row r=\"2147483647\"/><row/></sheetData>"
                                              "</worksheet>"),
