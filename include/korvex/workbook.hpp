@@ -28,12 +28,24 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "korvex/host_object.hpp"
 
 namespace korvex {
+
+/// How much a workbook may take when it is opened. A file beyond them is
+/// refused with a message instead of exhausting memory: an .xlsx is
+/// compressed, and a small file can declare or inflate to gigabytes.
+struct WorkbookLimits {
+  /// The largest part (one sheet, the shared strings, ...) once inflated,
+  /// by its declared size and by what it actually inflates to.
+  std::uint64_t maxPartBytes = std::uint64_t{256} << 20;
+  /// Cells of all sheets together, shared strings counted alongside them.
+  std::uint64_t maxCells = 4'000'000;
+};
 
 class Workbook : public HostObject {
  public:
@@ -43,8 +55,10 @@ class Workbook : public HostObject {
 
   /// Opens an .xlsx file. A path that does not exist gives a new workbook
   /// with one empty sheet "Sheet1" (written by save()). On failure returns
-  /// nullptr and a message.
-  static std::shared_ptr<Workbook> open(const std::string& path, std::u16string& error);
+  /// nullptr and a message; also when the file goes beyond `limits` or
+  /// memory runs out.
+  static std::shared_ptr<Workbook> open(const std::string& path, std::u16string& error,
+                                        const WorkbookLimits& limits = WorkbookLimits());
   /// A new workbook with one empty sheet "Sheet1".
   static std::shared_ptr<Workbook> createNew();
 

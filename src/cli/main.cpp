@@ -1,6 +1,7 @@
 // korvex: runs payroll scripts from the command line.
 #include <csignal>
 #include <iostream>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -9,7 +10,9 @@
 #include "options.hpp"
 #include "run_command.hpp"
 
-int main(int argc, char** argv) {
+namespace {
+
+int dispatch(int argc, char** argv) {
   using korvex::cli::CommandLine;
   // A reader that went away is a failed write to report, not a silent end.
   std::signal(SIGPIPE, SIG_IGN);
@@ -33,4 +36,19 @@ int main(int argc, char** argv) {
   }
   std::cerr << "korvex: " << cmd.error << "\n用 'korvex --help' 查看用法。\n";
   return korvex::cli::kExitUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // The library reports running out of memory as an error of its own; what
+  // is left (a workbook or an outcome too large for the memory there is) is
+  // reported here instead of aborting.
+  try {
+    return dispatch(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::cout.flush();
+    std::cerr << "korvex: 内存不足\n";
+    return korvex::cli::kExitUsage;
+  }
 }

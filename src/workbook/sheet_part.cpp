@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 #include "values/calendar.hpp"
@@ -19,6 +20,13 @@ constexpr double kFirstTrueSerial = 61;
 std::int32_t toInt(std::string_view s, std::int32_t fallback) {
   std::int32_t v = fallback;
   const auto r = std::from_chars(s.data(), s.data() + s.size(), v);
+  return r.ec == std::errc() && r.ptr == s.data() + s.size() ? v : fallback;
+}
+
+std::int64_t toInt64(std::string_view s, std::int64_t fallback) {
+  std::int64_t v = fallback;
+  const auto r = std::from_chars(s.data(), s.data() + s.size(), v);
+  if (r.ec == std::errc::result_out_of_range) return INT64_MAX;  // refused by the caller
   return r.ec == std::errc() && r.ptr == s.data() + s.size() ? v : fallback;
 }
 
@@ -67,8 +75,9 @@ double DateSystem::toSheet(double x) const noexcept {
 
 class SheetReader : public XmlHandler {
  public:
-  SheetReader(SheetPart& sheet, const std::vector<std::u16string>& strings, const Styles& styles)
-      : s_(sheet), strings_(strings), styles_(styles) {}
+  SheetReader(SheetPart& sheet, const std::vector<std::u16string>& strings, const Styles& styles,
+              std::uint64_t& cellsLeft)
+      : s_(sheet), strings_(strings), styles_(styles), cellsLeft_(cellsLeft) {}
 
   void onStart(const XmlStart& e) override {
     if (!e.inMain()) {
@@ -86,18 +95,38 @@ class SheetReader : public XmlHandler {
       s_.dataTagEnd_ = e.tagEnd;
       s_.prefix_ = elementPrefix(s_.xml_, e.begin);
     } else if (inData_ && e.name == "row") {
+      // A row without a number follows the one before; the next number is
+      // taken wide, so that one after the last the sheet has is refused
+      // rather than overflowing.
       const auto* r = e.attribute("r");
-      row_ = r != nullptr ? toInt(*r, row_ + 1) : row_ + 1;
+      const std::int64_t next = std::int64_t{row_} + 1;
+      const std::int64_t number = r != nullptr ? toInt64(*r, next) : next;
+      if (number < 1 || number > kMaxRows) {
+        fail("行号 " + std::to_string(number) + " 超出工作表的范围 (1 至 " +
+             std::to_string(kMaxRows) + ")");
+        return;
+      }
+      row_ = static_cast<std::int32_t>(number);
       column_ = 0;
       auto& row = s_.rows_[row_];
       row.begin = e.begin;
       row.tagEnd = e.tagEnd;
     } else if (inData_ && e.name == "c") {
+      if (cellsLeft_ == 0) {
+        fail("单元格太多 (所有工作表与共享字符串合计的上限已到)");
+        return;
+      }
+      --cellsLeft_;
       slot_ = SheetPart::Slot();
       slot_.begin = e.begin;
       const auto* r = e.attribute("r");
       const auto ref = r != nullptr ? parseCellName(*r) : std::nullopt;
       column_ = ref ? ref->column : column_ + 1;
+      if (column_ > kMaxColumns) {
+        fail("第 " + std::to_string(row_) + " 行的单元格超出工作表的列数 (" +
+             std::to_string(kMaxColumns) + ")");
+        return;
+      }
       const auto* t = e.attribute("t");
       type_ = t != nullptr ? std::string(*t) : std::string();
       const auto* s = e.attribute("s");
@@ -207,6 +236,7 @@ class SheetReader : public XmlHandler {
   SheetPart& s_;
   const std::vector<std::u16string>& strings_;
   const Styles& styles_;
+  std::uint64_t& cellsLeft_;
   bool inData_ = false, inInline_ = false, skipping_ = false;
   bool hasValue_ = false, hasFormula_ = false;
   std::int32_t row_ = 0, column_ = 0;
@@ -216,11 +246,12 @@ class SheetReader : public XmlHandler {
 };
 
 bool SheetPart::parse(std::string xml, const std::vector<std::u16string>& sharedStrings,
-                      const Styles& styles, DateSystem dates, std::string& error) {
+                      const Styles& styles, DateSystem dates, std::uint64_t& cellsLeft,
+                      std::string& error) {
   *this = SheetPart();
   xml_ = std::move(xml);
   dates_ = dates;
-  SheetReader reader(*this, sharedStrings, styles);
+  SheetReader reader(*this, sharedStrings, styles, cellsLeft);
   if (!scanXml(xml_, reader, error)) return false;
   if (!hasSheetData_) {
     error = "工作表缺少 sheetData 元素";

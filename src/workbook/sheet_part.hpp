@@ -36,9 +36,11 @@ struct DateSystem {
 class SheetPart {
  public:
   /// Reads the part. `sharedStrings` and `styles` give the texts of shared
-  /// string cells and tell date formats.
+  /// string cells and tell date formats. Every cell read takes one from
+  /// `cellsLeft`; a part with more cells than that is refused, as is one
+  /// whose rows or columns lie beyond a sheet's.
   bool parse(std::string xml, const std::vector<std::u16string>& sharedStrings,
-             const Styles& styles, DateSystem dates, std::string& error);
+             const Styles& styles, DateSystem dates, std::uint64_t& cellsLeft, std::string& error);
 
   /// The cell as it reads now (written cells included).
   CellContent read(CellRef ref) const;

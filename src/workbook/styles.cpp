@@ -92,6 +92,10 @@ class StylesReader : public XmlHandler {
   void onStart(const XmlStart& e) override {
     ++depth_;
     if (!e.inMain()) return;
+    if ((e.name == "numFmt" || e.name == "xf") && ++entries_ > kMaxEntries) {
+      fail("单元格格式太多 (超过 " + std::to_string(kMaxEntries) + " 个)");
+      return;
+    }
     if (e.name == "numFmt") {
       const auto* id = e.attribute("numFmtId");
       const auto* code = e.attribute("formatCode");
@@ -126,7 +130,11 @@ class StylesReader : public XmlHandler {
   }
 
  private:
+  // Spreadsheet programs keep well under this many formats; the bound
+  // keeps a stylesheet of millions of tiny entries from taking gigabytes.
+  static constexpr std::size_t kMaxEntries = 65536;
   Styles& s_;
+  std::size_t entries_ = 0;
   int depth_ = 0;
   int xfDepth_ = -1;
   bool inCellXfs_ = false;

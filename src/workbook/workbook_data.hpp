@@ -21,6 +21,7 @@ struct Workbook::Data {
   };
 
   std::string path;
+  WorkbookLimits limits;
   xlsx::ZipPackage package;
   std::string workbookPart;  // usually xl/workbook.xml
   std::string stylesPart;    // empty when the workbook has none

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <random>
 
@@ -156,10 +157,19 @@ bool readRelationships(const ZipPackage& pkg, const std::string& part,
 class SharedStringReader : public XmlHandler {
  public:
   std::vector<std::u16string>& out;
-  explicit SharedStringReader(std::vector<std::u16string>& o) : out(o) {}
+  // Each string takes one from the cell budget: a part of empty strings
+  // would otherwise take far more memory than its bytes.
+  std::uint64_t& cellsLeft;
+  SharedStringReader(std::vector<std::u16string>& o, std::uint64_t& left)
+      : out(o), cellsLeft(left) {}
   void onStart(const XmlStart& e) override {
     if (!e.inMain()) return;
     if (e.name == "si") {
+      if (cellsLeft == 0) {
+        fail("共享字符串太多 (与所有工作表的单元格合计的上限已到)");
+        return;
+      }
+      --cellsLeft;
       text_.clear();
     } else if (e.name == "rPh") {
       skip_ = true;
@@ -289,6 +299,8 @@ ZipPackage newWorkbookPackage() {
 using namespace xlsx;
 
 bool Workbook::Data::load(std::string& error) {
+  package.setPartLimit(limits.maxPartBytes);
+  std::uint64_t cellsLeft = limits.maxCells;
   std::vector<Relationship> rels;
   if (!readRelationships(package, "", rels, error)) return false;
   workbookPart = "xl/workbook.xml";
@@ -314,7 +326,7 @@ bool Workbook::Data::load(std::string& error) {
       const auto xml = package.read(r.target, error);
       if (!xml && !error.empty()) return false;
       if (xml) {
-        SharedStringReader reader(sharedStrings);
+        SharedStringReader reader(sharedStrings, cellsLeft);
         if (!scanXml(*xml, reader, error)) {
           error = r.target + ": " + error;
           return false;
@@ -350,12 +362,12 @@ bool Workbook::Data::load(std::string& error) {
     return false;
   }
   for (auto& sheet : sheets) {
-    const auto xml = package.read(sheet.part, error);
+    auto xml = package.read(sheet.part, error);
     if (!xml) {
       if (error.empty()) error = "缺少工作表部件 " + sheet.part;
       return false;
     }
-    if (!sheet.cells.parse(*xml, sharedStrings, styles, dates, error)) {
+    if (!sheet.cells.parse(std::move(*xml), sharedStrings, styles, dates, cellsLeft, error)) {
       error = sheet.part + ": " + error;
       return false;
     }
@@ -436,7 +448,12 @@ bool readFile(const std::string& path, std::string& bytes, int& code) {
       ::close(fd);
       return false;
     }
-    bytes.append(buffer, static_cast<std::size_t>(n));
+    try {
+      bytes.append(buffer, static_cast<std::size_t>(n));
+    } catch (const std::bad_alloc&) {
+      ::close(fd);  // the caller reports it; the descriptor must not leak
+      throw;
+    }
   }
   ::close(fd);
   return true;
@@ -454,11 +471,13 @@ bool writeAll(int fd, std::string_view bytes) {
   return true;
 }
 
-}  // namespace
+constexpr std::string_view kOutOfMemory = "内存不足";
 
-std::shared_ptr<Workbook> Workbook::open(const std::string& path, std::u16string& error) {
-  auto data = std::make_shared<Data>();
+std::shared_ptr<Workbook::Data> openData(const std::string& path, std::u16string& error,
+                                         const WorkbookLimits& limits) {
+  auto data = std::make_shared<Workbook::Data>();
   data->path = path;
+  data->limits = limits;
   std::string bytes;
   int code = 0;
   std::string message;
@@ -476,20 +495,12 @@ std::shared_ptr<Workbook> Workbook::open(const std::string& path, std::u16string
     error = fromUtf8("'" + path + "' 不是可读的 .xlsx 工作簿: " + message);
     return nullptr;
   }
-  return std::make_shared<Workbook>(std::move(data));
+  return data;
 }
 
-std::shared_ptr<Workbook> Workbook::createNew() {
-  auto data = std::make_shared<Data>();
-  data->package = newWorkbookPackage();
-  std::string error;
-  data->load(error);  // a package of our own always loads
-  return std::make_shared<Workbook>(std::move(data));
-}
-
-bool Workbook::save(const std::string& path, std::u16string& error) {
+bool saveData(Workbook::Data& data, const std::string& path, std::u16string& error) {
   std::string bytes, message;
-  if (!data_->serialize(bytes, message)) {
+  if (!data.serialize(bytes, message)) {
     error = fromUtf8("无法生成工作簿: " + message);
     return false;
   }
@@ -526,12 +537,51 @@ bool Workbook::save(const std::string& path, std::u16string& error) {
     return failed(code);
   }
   // Continue from what is now on disk: offsets and parts match the new file.
-  auto fresh = std::make_shared<Data>();
-  fresh->path = path;
-  if (fresh->package.load(std::move(bytes), message) && fresh->load(message)) {
-    *data_ = std::move(*fresh);
+  // The file is saved either way: without the memory to read it again, the
+  // workbook goes on from the state it was saved from.
+  try {
+    auto fresh = std::make_shared<Workbook::Data>();
+    fresh->path = path;
+    fresh->limits = data.limits;
+    if (fresh->package.load(std::move(bytes), message) && fresh->load(message)) {
+      data = std::move(*fresh);
+    }
+  } catch (const std::bad_alloc&) {
   }
   return true;
+}
+
+}  // namespace
+
+std::shared_ptr<Workbook> Workbook::open(const std::string& path, std::u16string& error,
+                                         const WorkbookLimits& limits) {
+  // A workbook too large for the memory there is fails like any other
+  // unreadable one.
+  try {
+    auto data = openData(path, error, limits);
+    if (!data) return nullptr;
+    return std::make_shared<Workbook>(std::move(data));
+  } catch (const std::bad_alloc&) {
+    error = fromUtf8("无法打开工作簿 '" + path + "': " + std::string(kOutOfMemory));
+    return nullptr;
+  }
+}
+
+std::shared_ptr<Workbook> Workbook::createNew() {
+  auto data = std::make_shared<Data>();
+  data->package = newWorkbookPackage();
+  std::string error;
+  data->load(error);  // a package of our own always loads
+  return std::make_shared<Workbook>(std::move(data));
+}
+
+bool Workbook::save(const std::string& path, std::u16string& error) {
+  try {
+    return saveData(*data_, path, error);
+  } catch (const std::bad_alloc&) {
+    error = fromUtf8("无法保存工作簿 '" + path + "': " + std::string(kOutOfMemory));
+    return false;
+  }
 }
 
 }  // namespace korvex

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <memory>
+#include <new>
 
 namespace korvex::xlsx {
 
@@ -28,43 +30,79 @@ struct ScanState {
   XML_Parser parser;
   XmlHandler* handler;
   std::size_t lastTagEnd = 0;
-  XmlStart start;  // reused between events
+  XmlStart start;       // reused between events
+  std::string failure;  // why the scan was stopped
 };
 
-void XMLCALL onStartElement(void* data, const char* name, const char** atts) {
+void stop(ScanState& st, std::string why) {
+  if (st.failure.empty()) st.failure = std::move(why);
+  XML_StopParser(st.parser, XML_FALSE);
+}
+
+// Runs one event's work. Nothing may unwind through expat's frames, so an
+// exception becomes the reason the scan stops.
+template <typename Work>
+void guarded(void* data, Work&& work) {
   auto& st = *static_cast<ScanState*>(data);
-  XmlStart& e = st.start;
-  splitName(name, e.ns, e.name);
-  e.attributes.clear();
-  for (const char** a = atts; *a != nullptr; a += 2) {
-    XmlAttribute attr;
-    splitName(a[0], attr.ns, attr.name);
-    attr.value = a[1];
-    e.attributes.push_back(attr);
+  if (!st.failure.empty()) return;  // events expat still delivers after a stop
+  try {
+    work(st);
+    if (!st.handler->failure().empty()) stop(st, st.handler->failure());
+  } catch (const std::bad_alloc&) {
+    stop(st, "内存不足");
+  } catch (const std::exception& e) {
+    stop(st, std::string("内部错误 (") + e.what() + ")");
   }
-  e.begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser));
-  e.tagEnd = e.begin + static_cast<std::size_t>(XML_GetCurrentByteCount(st.parser));
-  st.lastTagEnd = e.tagEnd;
-  st.handler->onStart(e);
+}
+
+void XMLCALL onStartElement(void* data, const char* name, const char** atts) {
+  guarded(data, [&](ScanState& st) {
+    XmlStart& e = st.start;
+    splitName(name, e.ns, e.name);
+    e.attributes.clear();
+    for (const char** a = atts; *a != nullptr; a += 2) {
+      XmlAttribute attr;
+      splitName(a[0], attr.ns, attr.name);
+      attr.value = a[1];
+      e.attributes.push_back(attr);
+    }
+    e.begin = static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser));
+    e.tagEnd = e.begin + static_cast<std::size_t>(XML_GetCurrentByteCount(st.parser));
+    st.lastTagEnd = e.tagEnd;
+    st.handler->onStart(e);
+  });
 }
 
 void XMLCALL onEndElement(void* data, const char* name) {
-  auto& st = *static_cast<ScanState*>(data);
-  std::string_view ns, local;
-  splitName(name, ns, local);
-  const int count = XML_GetCurrentByteCount(st.parser);
-  // An empty element's end event has no bytes of its own.
-  const std::size_t end = count == 0
-                              ? st.lastTagEnd
-                              : static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser)) +
-                                    static_cast<std::size_t>(count);
-  st.handler->onEnd(ns, local, end);
+  guarded(data, [&](ScanState& st) {
+    std::string_view ns, local;
+    splitName(name, ns, local);
+    const int count = XML_GetCurrentByteCount(st.parser);
+    // An empty element's end event has no bytes of its own.
+    const std::size_t end = count == 0
+                                ? st.lastTagEnd
+                                : static_cast<std::size_t>(XML_GetCurrentByteIndex(st.parser)) +
+                                      static_cast<std::size_t>(count);
+    st.handler->onEnd(ns, local, end);
+  });
 }
 
 void XMLCALL onCharacters(void* data, const char* s, int len) {
-  auto& st = *static_cast<ScanState*>(data);
-  st.handler->onText(std::string_view(s, static_cast<std::size_t>(len)));
+  guarded(data, [&](ScanState& st) {
+    st.handler->onText(std::string_view(s, static_cast<std::size_t>(len)));
+  });
 }
+
+// A document type declaration is refused outright: a spreadsheet never
+// writes one, and the entities it could declare expand into elements and
+// attributes that have no bytes of their own in the part, which both the
+// reading (offsets) and the patching (splices) rely on.
+void XMLCALL onDoctype(void* data, const char*, const char*, const char*, int) {
+  stop(*static_cast<ScanState*>(data), "含有文档类型声明 (DTD/实体)，不是电子表格程序写出的部件");
+}
+
+// Expat takes lengths as int: larger documents go in pieces.
+constexpr std::size_t kParseChunk = std::size_t{1} << 24;
 
 }  // namespace
 
@@ -82,12 +120,26 @@ bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error) {
     error = "内存不足";
     return false;
   }
-  ScanState st{parser.get(), &handler, 0, {}};
+  ScanState st{parser.get(), &handler, 0, {}, {}};
   XML_SetUserData(parser.get(), &st);
   XML_SetElementHandler(parser.get(), onStartElement, onEndElement);
   XML_SetCharacterDataHandler(parser.get(), onCharacters);
-  if (XML_Parse(parser.get(), xml.data(), static_cast<int>(xml.size()), XML_TRUE) !=
-      XML_STATUS_OK) {
+  XML_SetStartDoctypeDeclHandler(parser.get(), onDoctype);
+  std::size_t done = 0;
+  XML_Status status = XML_STATUS_OK;
+  for (;;) {
+    const std::size_t piece = std::min(kParseChunk, xml.size() - done);
+    const bool last = done + piece == xml.size();
+    status = XML_Parse(parser.get(), xml.data() + done, static_cast<int>(piece),
+                       last ? XML_TRUE : XML_FALSE);
+    done += piece;
+    if (status != XML_STATUS_OK || last) break;
+  }
+  if (!st.failure.empty()) {
+    error = st.failure;
+    return false;
+  }
+  if (status != XML_STATUS_OK) {
     error = std::string("XML 格式错误 (第 ") +
             std::to_string(XML_GetCurrentLineNumber(parser.get())) +
             " 行: " + XML_ErrorString(XML_GetErrorCode(parser.get())) + ")";

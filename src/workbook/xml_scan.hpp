@@ -33,16 +33,29 @@ struct XmlStart {
 };
 
 /// Receives the events of one scan. `end` is one past the last byte of the
-/// element (its end tag, or the start tag of an empty element).
+/// element (its end tag, or the start tag of an empty element). A handler
+/// that finds the document unacceptable calls fail(): the scan stops there
+/// and reports the message.
 class XmlHandler {
  public:
   virtual ~XmlHandler() = default;
   virtual void onStart(const XmlStart& element) = 0;
   virtual void onEnd(std::string_view ns, std::string_view name, std::size_t end) = 0;
   virtual void onText(std::string_view) {}
+
+  void fail(std::string message) {
+    if (failure_.empty()) failure_ = std::move(message);
+  }
+  const std::string& failure() const noexcept { return failure_; }
+
+ private:
+  std::string failure_;
 };
 
-/// Parses `xml` (UTF-8); false with a message on malformed input.
+/// Parses `xml` (UTF-8); false with a message on malformed input, on a
+/// document type declaration (a spreadsheet never writes one, and entities
+/// it declares would expand into elements no offset points at), on a
+/// handler's fail() and when memory runs out.
 bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error);
 
 /// Escapes text for element content (and attribute values with `attribute`).

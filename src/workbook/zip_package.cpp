@@ -75,15 +75,38 @@ std::optional<std::string> ZipPackage::read(std::string_view name, std::string& 
     error = "无法读取 " + key;
     return std::nullopt;
   }
+  // The declared size is only a claim: it is checked before anything is
+  // allocated, and the inflated bytes are counted as they come.
+  const auto tooLarge = [&] {
+    error = key + " 解压后超过部件大小上限 (" + std::to_string(partLimit_) + " 字节)";
+  };
+  if (st.size > partLimit_) {
+    tooLarge();
+    return std::nullopt;
+  }
   zip_file_t* f = zip_fopen(r.zip, key.c_str(), 0);
   if (f == nullptr) {
     error = "无法读取 " + key + " (" + zip_strerror(r.zip) + ")";
     return std::nullopt;
   }
-  std::string out(static_cast<std::size_t>(st.size), '\0');
-  const zip_int64_t got = zip_fread(f, out.data(), st.size);
+  std::string out;
+  char buffer[1 << 16];
+  bool broken = false;
+  for (;;) {
+    const zip_int64_t got = zip_fread(f, buffer, sizeof buffer);
+    if (got <= 0) {
+      broken = got < 0;
+      break;
+    }
+    if (static_cast<zip_uint64_t>(got) > partLimit_ - out.size()) {
+      zip_fclose(f);
+      tooLarge();
+      return std::nullopt;
+    }
+    out.append(buffer, static_cast<std::size_t>(got));
+  }
   zip_fclose(f);
-  if (got < 0 || static_cast<zip_uint64_t>(got) != st.size) {
+  if (broken || out.size() != st.size) {
     error = "无法读取 " + key + " (数据损坏)";
     return std::nullopt;
   }

@@ -4,6 +4,7 @@
 // bytes exactly as they were.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,9 +21,13 @@ class ZipPackage {
   /// not a zip archive.
   bool load(std::string bytes, std::string& error);
 
+  /// Parts that inflate (or claim to inflate) beyond `bytes` are refused
+  /// by read().
+  void setPartLimit(std::uint64_t bytes) noexcept { partLimit_ = bytes; }
+
   bool has(std::string_view name) const;
   /// The part's bytes (pending changes included); nullopt when absent or
-  /// unreadable (`error` says which).
+  /// unreadable or too large (`error` says which).
   std::optional<std::string> read(std::string_view name, std::string& error) const;
   /// Adds or replaces a part.
   void put(std::string name, std::string bytes);
@@ -32,6 +37,7 @@ class ZipPackage {
   bool write(std::string& out, std::string& error) const;
 
  private:
+  std::uint64_t partLimit_ = UINT64_MAX;
   std::string archive_;  // the original archive (empty for a new package)
   std::vector<std::string> names_;
   std::map<std::string, std::optional<std::string>, std::less<>> changes_;  // nullopt = removed

@@ -7,6 +7,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "workbook_fixture.hpp"
 
@@ -33,6 +34,27 @@ void write(Workbook& book, std::int32_t row, std::int32_t column, const Value& v
            std::u16string_view member = u"Value") {
   const DispatchResult r = cell(book, Value::lng(1), row, column)->setProperty(member, {}, v);
   ASSERT_TRUE(r.ok()) << toUtf8(r.description);
+}
+
+// The file at `path` with its directory claiming `size` bytes for `part`
+// once inflated; returns the path.
+std::string declareSize(const std::string& path, const std::string& part, std::uint32_t size) {
+  std::string bytes;
+  {
+    std::ifstream in(path, std::ios::binary);
+    bytes.assign(std::istreambuf_iterator<char>(in), {});
+  }
+  const auto le16 = [&](std::size_t at) {
+    return std::size_t{static_cast<unsigned char>(bytes[at])} |
+           std::size_t{static_cast<unsigned char>(bytes[at + 1])} << 8;
+  };
+  for (auto at = bytes.find("PK\x01\x02"); at != std::string::npos;
+       at = bytes.find("PK\x01\x02", at + 4)) {
+    if (bytes.compare(at + 46, le16(at + 28), part) != 0) continue;
+    for (int i = 0; i < 4; ++i) bytes[at + 24 + i] = static_cast<char>(size >> (8 * i));
+  }
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+  return path;
 }
 
 std::shared_ptr<Workbook> openSample(const ScratchDir& dir,
@@ -134,6 +156,37 @@ TEST(Workbook, SavingPatchesOnlyWhatWasWritten) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
+TEST(Workbook, WrittenCellsReadBackFromTheSavedFile) {
+  ScratchDir dir;
+  auto book = Workbook::createNew();
+  // Columns at multiples of 26 carry into the next letter; the 1900 date
+  // system counts a 29 February that never was, between serials 59 and 61.
+  struct Case {
+    std::int32_t row, column;
+    Value value;
+    const char* stored;
+    const char* read;
+  } const kCases[] = {
+      {1, 26, Value::dbl(1), "<c r=\"Z1\"><v>1</v></c>", "Double:1"},
+      {1, 52, Value::dbl(2), "<c r=\"AZ1\"><v>2</v></c>", "Double:2"},
+      {1, 702, Value::dbl(3), "<c r=\"ZZ1\"><v>3</v></c>", "Double:3"},
+      {2, 1, Value::date(59), "<v>58</v>", "Date:1900/2/27"},
+      {2, 2, Value::date(60), "<v>59</v>", "Date:1900/2/28"},
+      {2, 3, Value::date(61), "<v>61</v>", "Date:1900/3/1"},
+  };
+  for (const auto& c : kCases) write(*book, c.row, c.column, c.value);
+  const std::string path = dir.file("saved.xlsx");
+  std::u16string error;
+  ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
+  auto again = Workbook::open(path, error);
+  ASSERT_TRUE(again) << toUtf8(error);
+  const std::string sheet = partOf(path, "xl/worksheets/sheet1.xml");
+  for (const auto& c : kCases) {
+    EXPECT_NE(sheet.find(c.stored), std::string::npos) << c.stored << " in " << sheet;
+    EXPECT_EQ(read(*again, c.row, c.column), c.read) << c.row << "," << c.column;
+  }
+}
+
 TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
   ScratchDir dir;
   auto book = Workbook::createNew();
@@ -203,19 +256,79 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   EXPECT_NE(toUtf8(error).find("missing/out.xlsx"), std::string::npos);
   EXPECT_TRUE(fresh->modified());
 
-  auto badXml = sampleParts();
-  badXml["xl/worksheets/sheet2.xml"] = "<worksheet><sheetData>";
-  auto noSheets = sampleParts();
-  noSheets["xl/workbook.xml"] = std::string("<workbook ") + kNs + "/>";
+  // Files that are refused, each with the reason, and never a crash: what
+  // a small file claims or inflates to is bounded before it is allocated.
+  const auto withPart = [](const std::string& part, std::string text) {
+    auto parts = sampleParts();
+    parts[part] = std::move(text);
+    return parts;
+  };
+  const std::string sheet2 = "xl/worksheets/sheet2.xml";
+  const std::string rows = std::string("<worksheet ") + kNs + "><sheetData>";
+  std::string xfs;
+  for (int i = 0; i <= 65536; ++i) xfs += "<xf/>";
+  WorkbookLimits small, few;
+  small.maxPartBytes = 1 << 20;
+  few.maxCells = 10;
   std::filesystem::create_directory(dir.file("folder.xlsx"));
   std::ofstream(dir.file("text.xlsx")) << "not a workbook";
-  for (const std::string& path :
-       {dir.file("text.xlsx"), dir.file("folder.xlsx"), writeWorkbook(dir, badXml, "bad.xlsx"),
-        writeWorkbook(dir, noSheets, "empty.xlsx")}) {
+  struct Case {
+    std::string path;
+    const char* reason;
+    WorkbookLimits limits = {};
+  } const kCases[] = {
+      {dir.file("text.xlsx"), "不是 zip"},
+      {dir.file("folder.xlsx"), "folder.xlsx"},
+      {writeWorkbook(dir, withPart(sheet2, "<worksheet><sheetData>"), "bad.xlsx"), "XML 格式错误"},
+      {writeWorkbook(dir, withPart("xl/workbook.xml", std::string("<workbook ") + kNs + "/>"),
+                     "empty.xlsx"),
+       "没有工作表"},
+      // The directory claims 4 GiB for a few bytes.
+      {declareSize(writeWorkbook(dir, sampleParts(), "claims.xlsx"), sheet2, 0xFFFFFFFEu),
+       "sheet2.xml 解压后超过部件大小上限 (268435456 字节)"},
+      // 4 MiB of blanks compress to a few kilobytes.
+      {writeWorkbook(dir,
+                     withPart(sheet2, rows.substr(0, rows.size() - 11) + std::string(4 << 20, ' ') +
+                                          "<sheetData/></worksheet>"),
+                     "bomb.xlsx"),
+       "sheet2.xml 解压后超过部件大小上限 (1048576 字节)", small},
+      {writeWorkbook(dir, sampleParts(), "cells.xlsx"), "sheet1.xml: 单元格太多", few},
+      {writeWorkbook(dir,
+                     withPart(sheet2, "<!DOCTYPE worksheet [<!ENTITY r \"<row r='2'/>\">]>" + rows +
+                                          "&r;</sheetData></worksheet>"),
+                     "entity.xlsx"),
+       "sheet2.xml: 含有文档类型声明"},
+      {writeWorkbook(dir,
+                     withPart("xl/styles.xml", std::string("<!DOCTYPE styleSheet [<!ENTITY x "
+                                                           "'<cellXfs><xf numFmtId=\"14\"/>"
+                                                           "</cellXfs>'>]><styleSheet ") +
+                                                   kNs + ">&x;</styleSheet>"),
+                     "styles.xlsx"),
+       "styles.xml: 含有文档类型声明"},
+      {writeWorkbook(dir,
+                     withPart("xl/styles.xml", std::string("<styleSheet ") + kNs + "><cellXfs>" +
+                                                   xfs + "</cellXfs></styleSheet>"),
+                     "formats.xlsx"),
+       "styles.xml: 单元格格式太多"},
+      {writeWorkbook(dir,
+                     withPart(sheet2, rows + "<row r=\"2147483647\"/><row/></sheetData>"
+                                             "</worksheet>"),
+                     "overflow.xlsx"),
+       "sheet2.xml: 行号 2147483647 超出工作表的范围"},
+      {writeWorkbook(dir,
+                     withPart(sheet2, rows + "<row r=\"1048576\"/><row/></sheetData></worksheet>"),
+                     "beyond.xlsx"),
+       "sheet2.xml: 行号 1048577 超出工作表的范围"},
+  };
+  for (const auto& c : kCases) {
     error.clear();
-    EXPECT_FALSE(Workbook::open(path, error)) << path;
-    EXPECT_NE(toUtf8(error).find(path), std::string::npos) << toUtf8(error);
+    EXPECT_FALSE(Workbook::open(c.path, error, c.limits)) << c.path;
+    EXPECT_NE(toUtf8(error).find(c.path), std::string::npos) << toUtf8(error);
+    EXPECT_NE(toUtf8(error).find(c.reason), std::string::npos) << toUtf8(error);
   }
+  // The same limits leave room for a workbook within them.
+  few.maxCells = 20;
+  EXPECT_TRUE(Workbook::open(writeWorkbook(dir, sampleParts(), "fits.xlsx"), error, few));
 }
 
 }  // namespace
