@@ -69,14 +69,15 @@ std::string quotedName(std::string_view name) {
   return out + "\"";
 }
 
-// Where columns can be put in front of the select list of a statement that
-// reads each of its rows from one row: after its leading SELECT (or SELECT
-// ALL). None for anything else: DISTINCT, GROUP BY and compounds make a
-// result row of several rows, and other statements have no select list.
-std::optional<std::size_t> selectListStart(std::string_view sql) {
+// Where columns can be added at the end of the select list of a statement
+// that reads each of its rows from one row: before its first FROM (so that
+// ORDER BY 1 still means the first column shown). None for anything else:
+// DISTINCT, GROUP BY and compounds make a result row of several rows, and
+// other statements have no select list.
+std::optional<std::size_t> selectListEnd(std::string_view sql) {
   struct Word {
     std::string_view text;
-    std::size_t end;
+    std::size_t start;
   };
   std::vector<Word> words;  // outside parentheses, quotes and comments
   int depth = 0;
@@ -97,19 +98,21 @@ std::optional<std::size_t> selectListStart(std::string_view sql) {
                                 static_cast<unsigned char>(sql[i]) >= 0x80)) {
         ++i;
       }
-      if (depth == 0) words.push_back({sql.substr(start, i - start), i});
+      if (depth == 0) words.push_back({sql.substr(start, i - start), start});
     } else {
       depth += c == '(' ? 1 : c == ')' ? -1 : 0;
       ++i;
     }
   }
   if (words.empty() || !equalsAsciiNoCase(words[0].text, "SELECT")) return std::nullopt;
+  std::optional<std::size_t> from;
   for (const Word& w : words) {
     for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT"}) {
       if (equalsAsciiNoCase(w.text, many)) return std::nullopt;
     }
+    if (!from && equalsAsciiNoCase(w.text, "FROM")) from = w.start;
   }
-  return words.size() > 1 && equalsAsciiNoCase(words[1].text, "ALL") ? words[1].end : words[0].end;
+  return from;
 }
 
 class SqliteBackend final : public Backend {
@@ -181,7 +184,7 @@ class SqliteBackend final : public Backend {
     }
   }
 
-  // The statement reading the same rows with, in front, the columns that
+  // The statement reading the same rows with, at the end, the columns that
   // tell apart the rows of the one table all its columns come from: the
   // row identity or, for a table without one, its primary key (named in
   // `identity`). None when the rows are not rows of one table: the columns
@@ -197,7 +200,7 @@ class SqliteBackend final : public Backend {
         return std::nullopt;
       }
     }
-    const std::optional<std::size_t> at = selectListStart(sql);
+    const std::optional<std::size_t> at = selectListEnd(sql);
     if (!at) return std::nullopt;
     std::vector<std::string> names;
     std::vector<std::pair<long long, std::string>> keys;
@@ -227,7 +230,8 @@ class SqliteBackend final : public Backend {
     }
     if (identity.empty()) return std::nullopt;
     std::string text(sql.substr(0, *at));
-    for (const std::string& column : identity) text += " " + quotedName(column) + ",";
+    for (const std::string& column : identity) text += ", " + quotedName(column);
+    text += " ";
     text += sql.substr(*at);
     DatabaseResult<SqliteStatement> traced = db_.prepare(text);
     if (!traced.ok()) return std::nullopt;
@@ -235,17 +239,17 @@ class SqliteBackend final : public Backend {
     const int hidden = static_cast<int>(identity.size());
     if (t.columnCount() != columns + hidden) return std::nullopt;
     for (int i = 0; i < hidden; ++i) {
-      if (t.tableName(i) != table) return std::nullopt;
+      if (t.tableName(columns + i) != table) return std::nullopt;
     }
     for (int i = 0; i < columns; ++i) {
-      if (t.tableName(hidden + i) != table || t.originName(hidden + i) != st.originName(i)) {
+      if (t.tableName(i) != table || t.originName(i) != st.originName(i)) {
         return std::nullopt;
       }
     }
     return std::move(traced).value();
   }
 
-  // The rows of a statement; its first `hidden` columns are the row
+  // The rows of a statement; its last `hidden` columns are the row
   // identity, kept apart from the columns the result shows.
   ResultSet step(SqliteStatement& st, std::size_t hidden = 0) const {
     ResultSet result;
@@ -254,7 +258,7 @@ class SqliteBackend final : public Backend {
     result.hasRows = columns > 0;
     // Whether a column's first stored value that is not Null is a BLOB.
     std::vector<std::optional<bool>> blob(static_cast<std::size_t>(std::max(columns, 0)));
-    for (int i = hiddenColumns; i < hiddenColumns + columns; ++i) {
+    for (int i = 0; i < columns; ++i) {
       Column c;
       c.name = fromUtf8(st.columnName(i));
       c.type = typeOfDeclared(st.declaredType(i));
@@ -266,7 +270,7 @@ class SqliteBackend final : public Backend {
     while (valueOrThrow(st.step())) {
       if (traced) {
         std::vector<SqlCell> id;
-        for (int i = 0; i < hiddenColumns; ++i) id.push_back(st.cell(i));
+        for (int i = 0; i < hiddenColumns; ++i) id.push_back(st.cell(columns + i));
         // A view's or a subquery's rows have no identity of their own.
         traced = std::none_of(id.begin(), id.end(), [](const SqlCell& c) {
           return std::holds_alternative<std::nullptr_t>(c);
@@ -276,7 +280,7 @@ class SqliteBackend final : public Backend {
       std::vector<Value> row;
       row.reserve(static_cast<std::size_t>(columns));
       for (int i = 0; i < columns; ++i) {
-        SqlCell cell = st.cell(hiddenColumns + i);
+        SqlCell cell = st.cell(i);
         std::optional<bool>& first = blob[static_cast<std::size_t>(i)];
         if (!first && !std::holds_alternative<std::nullptr_t>(cell)) {
           first = std::holds_alternative<SqlBlob>(cell);
