@@ -71,8 +71,11 @@ class Backend {
   /// bind to its placeholders in order. Throws DbError.
   virtual ResultSet run(std::u16string_view sql, std::span<const Value> params = {}) = 0;
   /// Runs a statement text as it is, its parameters bound exactly as given
-  /// (64-bit integers, text bytes and BLOBs untouched). Throws DbError.
-  virtual ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params) = 0;
+  /// (64-bit integers, text bytes and BLOBs untouched); the last `identity`
+  /// columns of its rows come back as stored, in rowIdentities. Throws
+  /// DbError.
+  virtual ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params,
+                             std::size_t identity = 0) = 0;
 
   /// Transactions; each throws DbError when the database refuses.
   virtual void begin() = 0;

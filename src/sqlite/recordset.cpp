@@ -123,16 +123,21 @@ DispatchResult RecordsetData::update() {
           writtenParameter(columns[i].type, storedValue(columns[i].type, current()[i], loc)));
     }
     if (!params.empty()) {
-      const std::vector<SqlCell>& id = rowIdentities[static_cast<std::size_t>(position)];
+      std::vector<SqlCell>& id = rowIdentities[static_cast<std::size_t>(position)];
+      std::u16string returning;
       for (std::size_t i = 0; i < identity.size(); ++i) {
         sql += (i == 0 ? u" WHERE " : u" AND ") + quoted(identity[i]) + u" = " +
                backend->placeholder(params.size());
         params.push_back(id[i]);
+        returning += (i == 0 ? u" RETURNING " : u", ") + quoted(identity[i]);
       }
-      if (backend->runExact(sql, params).changed == 0) {
+      // A changed key moves the row: the next write finds it where it is now.
+      ResultSet done = backend->runExact(sql + returning, params, identity.size());
+      if (done.rowIdentities.empty()) {
         revert();
         return providerError(u"无法更新: 找不到要更新的行, 它可能已被删除或修改。");
       }
+      id = std::move(done.rowIdentities.front());
     }
   } catch (const DbError& e) {
     revert();

@@ -145,12 +145,13 @@ class SqliteBackend final : public Backend {
     return result;
   }
 
-  ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params) override {
+  ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params,
+                     std::size_t identity) override {
     SqliteStatement st = valueOrThrow(db_.prepare(toUtf8(sql)));
     for (std::size_t i = 0; i < params.size(); ++i) {
       valueOrThrow(st.bind(static_cast<int>(i + 1), params[i]));
     }
-    return step(st);
+    return step(st, identity);
   }
 
   void begin() override { valueOrThrow(db_.begin()); }

@@ -92,9 +92,10 @@ TEST_F(Objects, FieldAssignmentsWriteTheRowBack) {
 }
 
 TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
-  // Each case: the table, the record, the change made to field `field` of
-  // every row in turn (each followed by Update), the first refusal and the
-  // table's rows afterwards as `contents` shows them.
+  // Each case: the table, the record, the change made twice to field `field`
+  // of every row in turn (each followed by Update, so the second write
+  // finds the row the first wrote), the first refusal and the table's rows
+  // afterwards as `contents` shows them.
   using Change = Value (*)(const Value&);
   const Change plusOne = [](const Value& v) {
     return Value::dbl(vb::toDouble(v, Locale::zhCN()) + 1);
@@ -116,28 +117,31 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
       {"create table t (k bigint primary key, v int);"
        "insert into t values (9007199254740992, 1), (9007199254740993, 2)",
        "select k, v from t where k > 9007199254740992", u"v", plusOne, "",
-       "group_concat(k || ':' || v, '|')", "9007199254740992:1|9007199254740993:3"},
+       "group_concat(k || ':' || v, '|')", "9007199254740992:1|9007199254740993:4"},
       {"create table t (k integer primary key, v int); insert into t values (3000000000, 1)",
-       "select k, v from t", u"v", plusOne, "", "group_concat(k || ':' || v)", "3000000000:2"},
+       "select k, v from t", u"v", plusOne, "", "group_concat(k || ':' || v)", "3000000000:3"},
       // Without a key: a changed row must not be taken for the next one.
       {"create table t (x int); insert into t values (1), (2), (3)", "select x from t", u"x",
-       plusOne, "", "group_concat(x, '|')", "2|3|4"},
+       plusOne, "", "group_concat(x, '|')", "3|4|5"},
       {"create table t (a text, b int); insert into t values (null, 1), (null, 1)",
        "select a, b from t", u"b", plusOne, "", "group_concat(ifnull(a, 'null') || b, '|')",
-       "null2|null2"},
+       "null3|null3"},
       // Binary data stays a BLOB, written or not; rows holding it are found.
       {"create table t (data, n int); insert into t values (x'00FF80', 1), (x'00FF80', 2)",
        "select data, n from t", u"n", plusOne, "", "group_concat(typeof(data) || hex(data) || n)",
-       "blob00FF802,blob00FF803"},
+       "blob00FF803,blob00FF804"},
       {"create table t (data blob); insert into t values (x'00FF80')", "select data from t",
        u"data", same, "", "group_concat(typeof(data) || hex(data))", "blob00FF80"},
       {"create table t (data blob); insert into t values (x'00FF80')", "select data from t",
-       u"data", appendFE, "", "group_concat(typeof(data) || hex(data))", "blob00FF80FE"},
+       u"data", appendFE, "", "group_concat(typeof(data) || hex(data))", "blob00FF80FEFE"},
       // A key that is no valid text is matched by its bytes, not as U+FFFD.
       {"create table t (k text primary key, v int) without rowid;"
        "insert into t values (cast(x'FF' as text), 1), ('\xEF\xBF\xBD', 5)",
        "select k, v from t where v = 1", u"v", plusOne, "", "group_concat(hex(k) || ':' || v)",
-       "EFBFBD:5,FF:2"},
+       "EFBFBD:5,FF:3"},
+      // A changed key: the row identity moves with it.
+      {"create table t (k integer primary key); insert into t values (10), (20)", "select k from t",
+       u"k", plusOne, "", "group_concat(k)", "12,22"},
       // Rows that are no one row of one table are never written.
       {"create table t (id integer primary key, a int); insert into t values (1, 10), (2, 20)",
        "select t.a, t2.id from t join t as t2 on t2.id = t.id + 1", u"a", plusOne, untraceable,
@@ -162,10 +166,12 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
     while (refused.empty() && !rs->getProperty(u"EOF", {}).value.booleanValue()) {
       const std::array<Value, 1> name{Value::string(c.field)};
       const ObjectRef field = objectIn(rs->getProperty(u"Fields", name));
-      ASSERT_TRUE(field->setProperty(u"Value", {}, c.change(field->getDefault({}).value)).ok());
-      const DispatchResult r = rs->callMethod(u"Update", {});
-      refused = r.ok() ? "" : toUtf8(r.description);
-      if (r.ok()) {
+      for (int twice = 0; twice < 2 && refused.empty(); ++twice) {
+        ASSERT_TRUE(field->setProperty(u"Value", {}, c.change(field->getDefault({}).value)).ok());
+        const DispatchResult r = rs->callMethod(u"Update", {});
+        refused = r.ok() ? "" : toUtf8(r.description);
+      }
+      if (refused.empty()) {
         EXPECT_TRUE(rs->callMethod(u"MoveNext", {}).ok());
       }
     }
