@@ -70,16 +70,18 @@ std::string quotedName(std::string_view name) {
 }
 
 // Where columns can be added at the end of the select list of a statement
-// that reads each of its rows from one row: before its first FROM (so that
-// ORDER BY 1 still means the first column shown). None for anything else:
-// DISTINCT, GROUP BY and compounds make a result row of several rows, and
-// other statements have no select list.
+// that reads each of its rows from one row of one table: before its FROM
+// (so that ORDER BY 1 still means the first column shown). None for
+// anything else: DISTINCT, GROUP BY and compounds make a result row of
+// several rows, a join of several tables, and other statements have no
+// select list.
 std::optional<std::size_t> selectListEnd(std::string_view sql) {
   struct Word {
     std::string_view text;
     std::size_t start;
   };
-  std::vector<Word> words;  // outside parentheses, quotes and comments
+  std::vector<Word> words;          // outside parentheses, quotes and comments
+  std::vector<std::size_t> commas;  // the same
   int depth = 0;
   for (std::size_t i = 0; i < sql.size();) {
     const char c = sql[i];
@@ -100,17 +102,27 @@ std::optional<std::size_t> selectListEnd(std::string_view sql) {
       }
       if (depth == 0) words.push_back({sql.substr(start, i - start), start});
     } else {
+      if (c == ',' && depth == 0) commas.push_back(i);
       depth += c == '(' ? 1 : c == ')' ? -1 : 0;
       ++i;
     }
   }
   if (words.empty() || !equalsAsciiNoCase(words[0].text, "SELECT")) return std::nullopt;
   std::optional<std::size_t> from;
+  std::size_t fromEnd = sql.size();
   for (const Word& w : words) {
-    for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT"}) {
+    for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT", "JOIN"}) {
       if (equalsAsciiNoCase(w.text, many)) return std::nullopt;
     }
     if (!from && equalsAsciiNoCase(w.text, "FROM")) from = w.start;
+    for (std::string_view next : {"WHERE", "ORDER", "LIMIT", "WINDOW"}) {
+      if (from && fromEnd == sql.size() && equalsAsciiNoCase(w.text, next)) fromEnd = w.start;
+    }
+  }
+  // FROM a, b: a join.
+  if (!from || std::any_of(commas.begin(), commas.end(),
+                           [&](std::size_t at) { return at > *from && at < fromEnd; })) {
+    return std::nullopt;
   }
   return from;
 }

@@ -149,6 +149,9 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
       {"create table t (k text primary key, a int) without rowid; insert into t values ('1', 10)",
        "select t.a, t2.k from t join t as t2 on t2.k = t.k", u"a", plusOne, untraceable,
        "group_concat(a)", "10"},
+      {"create table t (a int); insert into t values (1);"
+       "create table w (k text primary key) without rowid; insert into w values ('x')",
+       "select t.a from t, w", u"a", plusOne, untraceable, "group_concat(a)", "1"},
       {"create table t (a text, b int); insert into t values ('x', 1)",
        "select t.b, g.姓名 from t join 工资表2005年03月 g on 1 = 1", u"b", plusOne, untraceable,
        "group_concat(b)", "1"},
@@ -158,7 +161,7 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
        "select b from v", u"b", plusOne, untraceable, "group_concat(b)", "1"},
   };
   for (const Case& c : cases) {
-    exec("drop view if exists v; drop table if exists t");
+    exec("drop view if exists v; drop table if exists t; drop table if exists w");
     exec(c.table);
     const ObjectRef rs = objectIn(exec(c.select));
     ASSERT_TRUE(rs) << c.select;
