@@ -133,14 +133,15 @@ class [[nodiscard]] DatabaseResult<void> {
   std::optional<DatabaseFailure> failure_;
 };
 
-/// A value bound to a statement parameter: NULL, an integer, a real or
-/// UTF-8 text, stored exactly as given.
-using SqlParameter = std::variant<std::nullptr_t, long long, double, std::string>;
-
 /// The bytes of a stored BLOB.
 struct SqlBlob {
   std::string bytes;
+  friend bool operator==(const SqlBlob&, const SqlBlob&) = default;
 };
+
+/// A value bound to a statement parameter: NULL, an integer, a real, text
+/// (UTF-8 bytes, not checked) or a BLOB, stored exactly as given.
+using SqlParameter = std::variant<std::nullptr_t, long long, double, std::string, SqlBlob>;
 /// A stored value as read from a row.
 using SqlCell = std::variant<std::nullptr_t, long long, double, std::string, SqlBlob>;
 
@@ -159,6 +160,13 @@ struct SqlResult {
   std::vector<SqlColumn> columns;
   std::vector<std::vector<Value>> rows;
   std::int64_t changed = 0;  // rows the last statement inserted, updated or deleted
+  /// Where each row is stored, when every row is one row of the one table
+  /// its columns come from: the table's columns that tell its rows apart
+  /// (the row identity, or a primary key) and each row's values of them,
+  /// exactly as stored. Empty when the rows cannot be traced back (a join,
+  /// a sum, a view, ...).
+  std::vector<std::u16string> identity;
+  std::vector<std::vector<SqlCell>> rowIdentities;
 };
 
 struct SqliteHandle;

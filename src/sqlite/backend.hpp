@@ -70,6 +70,12 @@ class Backend {
   /// Runs a statement text (adapted to the dialect first); the parameters
   /// bind to its placeholders in order. Throws DbError.
   virtual ResultSet run(std::u16string_view sql, std::span<const Value> params = {}) = 0;
+  /// Runs a statement text as it is, its parameters bound exactly as given
+  /// (64-bit integers, text bytes and BLOBs untouched); the last `identity`
+  /// columns of its rows come back as stored, in rowIdentities. Throws
+  /// DbError.
+  virtual ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params,
+                             std::size_t identity = 0) = 0;
 
   /// Transactions; each throws DbError when the database refuses.
   virtual void begin() = 0;
@@ -81,12 +87,6 @@ class Backend {
   virtual std::u16string adapt(std::u16string_view sql) const = 0;
   /// Dialect hook: a placeholder for parameter i (0-based) in a text.
   virtual std::u16string placeholder(std::size_t i) const = 0;
-
-  /// The names of a table's primary-key columns (empty: none, use the row
-  /// identity). Throws DbError.
-  virtual std::vector<std::u16string> primaryKey(std::u16string_view table) = 0;
-  /// Whether rows of tables have a hidden row identity ("rowid").
-  virtual std::u16string rowIdentity() const = 0;
 
   /// The catalog (database name) and the location of another catalog
   /// beside this one, for "use NAME".

@@ -1,5 +1,6 @@
 #include "sqlite/field_types.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "values/ops.hpp"
@@ -142,6 +143,47 @@ Value storedValue(std::int32_t type, const Value& v, const Locale& loc) {
     default:
       return Value::string(vb::toString(v, loc));
   }
+}
+
+SqlParameter parameterOf(const Value& v) {
+  switch (v.type()) {
+    case VarType::Integer:
+      return static_cast<long long>(v.integerValue());
+    case VarType::Long:
+      return static_cast<long long>(v.longValue());
+    case VarType::Double: {
+      const double d = v.doubleValue();
+      // Whole numbers bind as integers, so that they compare with integer
+      // columns and stay exact.
+      if (d == static_cast<double>(static_cast<long long>(d)) && d > -9e15 && d < 9e15) {
+        return static_cast<long long>(d);
+      }
+      return d;
+    }
+    case VarType::String:
+      return toUtf8(v.stringValue());
+    default:
+      return nullptr;
+  }
+}
+
+SqlParameter writtenParameter(std::int32_t type, const Value& stored) {
+  if (type == kTypeBinary && stored.isString()) {
+    // Binary data is read one character per byte; anything else a script
+    // put there is kept as its text's bytes.
+    const std::u16string& chars = stored.stringValue();
+    if (std::all_of(chars.begin(), chars.end(), [](char16_t c) { return c <= 0xFF; })) {
+      return SqlBlob{std::string(chars.begin(), chars.end())};
+    }
+    return SqlBlob{toUtf8(chars)};
+  }
+  const bool integer = type == kTypeLong || type == kTypeBigInt || type == kTypeBoolean;
+  if (integer && stored.type() == VarType::Double) {
+    // Every whole number an integer column can hold stays an integer.
+    const double d = stored.doubleValue();
+    if (d == std::trunc(d) && std::fabs(d) < 9.2e18) return static_cast<long long>(d);
+  }
+  return parameterOf(stored);
 }
 
 std::optional<vb::DateTimeParts> parseDateText(std::u16string_view s) {

@@ -33,6 +33,13 @@ Value fieldValue(std::int32_t type, Value stored);
 /// value does not convert (text into a Date field, ...).
 Value storedValue(std::int32_t type, const Value& v, const Locale& loc);
 
+/// The parameter a script value binds as: whole Doubles as integers.
+SqlParameter parameterOf(const Value& v);
+/// The parameter that writes a stored value (from storedValue) back into a
+/// field of the given type as the column keeps it: binary data as a BLOB of
+/// its bytes, whole numbers of an integer column as 64-bit integers.
+SqlParameter writtenParameter(std::int32_t type, const Value& stored);
+
 /// A date in one of the forms the payroll texts use: "03/01/2005",
 /// "2005-3-1", "2005/03/01", each optionally followed by a blank and
 /// "HH:MM" or "HH:MM:SS" (ISO text with a "T" too).

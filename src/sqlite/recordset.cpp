@@ -23,6 +23,10 @@ struct RecordsetData : host::RowCursor {
   bool open = false;
   std::vector<Column> columns;
   std::shared_ptr<Backend> backend;
+  // The columns that tell the rows of their table apart and each row's
+  // values of them as stored (empty: the rows cannot be written back).
+  std::vector<std::u16string> identity;
+  std::vector<std::vector<SqlCell>> rowIdentities;
   // The current row as it was before its first change; empty while the row
   // has no pending change.
   std::vector<Value> original;
@@ -59,70 +63,81 @@ std::u16string quoted(std::u16string_view name) {
   return out + u"\"";
 }
 
+// Whether a field holds what it held when read: the same type and value.
+bool sameStored(const Value& a, const Value& b) {
+  if (a.type() != b.type()) return false;
+  switch (a.type()) {
+    case VarType::Integer:
+      return a.integerValue() == b.integerValue();
+    case VarType::Long:
+      return a.longValue() == b.longValue();
+    case VarType::Double:
+    case VarType::Date:
+      return a.doubleValue() == b.doubleValue();
+    case VarType::Currency:
+      return a.currencyValue() == b.currencyValue();
+    case VarType::Boolean:
+      return a.booleanValue() == b.booleanValue();
+    case VarType::String:
+      return a.stringValue() == b.stringValue();
+    case VarType::Empty:
+    case VarType::Null:
+      return true;
+    default:
+      return false;
+  }
+}
+
 DispatchResult untraceable() {
   return providerError(u"无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
 }
 
 }  // namespace
 
-// The changed fields of the current row go back to the one table the rows
-// come from, found by its primary key, or else by the row identity of the
-// first row that holds all the original values.
+// The changed fields of the current row go back to the one row of the one
+// table it was read from, found by that row's identity as stored. Rows the
+// database cannot tell apart (a join, a sum, a view) are never written: a
+// guess could land a payroll value on another employee's row.
 DispatchResult RecordsetData::update() {
   if (original.empty()) return DispatchResult::success();
   const std::u16string table = columns.empty() ? u"" : columns[0].table;
-  const bool traced = backend && !table.empty() &&
-                      std::all_of(columns.begin(), columns.end(), [&](const Column& c) {
-                        return c.table == table && !c.origin.empty();
-                      });
+  const bool traced =
+      backend && !table.empty() && !identity.empty() && rowIdentities.size() == rows.size() &&
+      std::all_of(columns.begin(), columns.end(),
+                  [&](const Column& c) { return c.table == table && !c.origin.empty(); });
   if (!traced) {
     revert();
     return untraceable();
   }
   const Locale& loc = Locale::zhCN();
   try {
-    std::vector<Value> params;
+    std::vector<SqlParameter> params;
     std::u16string sql = u"UPDATE " + quoted(table) + u" SET ";
     for (std::size_t i = 0; i < columns.size(); ++i) {
-      if (!changed[i]) continue;
+      // A value put back as it was is not written: writing it could only
+      // change how it is stored.
+      if (!changed[i] || sameStored(current()[i], original[i])) continue;
       if (!params.empty()) sql += u", ";
       sql += quoted(columns[i].origin) + u" = " + backend->placeholder(params.size());
-      params.push_back(storedValue(columns[i].type, current()[i], loc));
+      params.push_back(
+          writtenParameter(columns[i].type, storedValue(columns[i].type, current()[i], loc)));
     }
-    // A condition on the original values of the given columns.
-    const auto where = [&](const std::vector<std::size_t>& which, std::u16string_view op) {
-      std::u16string cond;
-      for (std::size_t i : which) {
-        if (!cond.empty()) cond += u" AND ";
-        cond +=
-            quoted(columns[i].origin) + std::u16string(op) + backend->placeholder(params.size());
-        params.push_back(storedValue(columns[i].type, original[i], loc));
+    if (!params.empty()) {
+      std::vector<SqlCell>& id = rowIdentities[static_cast<std::size_t>(position)];
+      std::u16string returning;
+      for (std::size_t i = 0; i < identity.size(); ++i) {
+        sql += (i == 0 ? u" WHERE " : u" AND ") + quoted(identity[i]) + u" = " +
+               backend->placeholder(params.size());
+        params.push_back(id[i]);
+        returning += (i == 0 ? u" RETURNING " : u", ") + quoted(identity[i]);
       }
-      return cond;
-    };
-    std::vector<std::size_t> keyColumns;
-    for (const std::u16string& key : backend->primaryKey(table)) {
-      const auto it = std::find_if(columns.begin(), columns.end(),
-                                   [&](const Column& c) { return equalsNoCase(c.origin, key); });
-      if (it == columns.end()) {
-        keyColumns.clear();
-        break;
+      // A changed key moves the row: the next write finds it where it is now.
+      ResultSet done = backend->runExact(sql + returning, params, identity.size());
+      if (done.rowIdentities.empty()) {
+        revert();
+        return providerError(u"无法更新: 找不到要更新的行, 它可能已被删除或修改。");
       }
-      keyColumns.push_back(static_cast<std::size_t>(it - columns.begin()));
-    }
-    if (!keyColumns.empty()) {
-      sql += u" WHERE " + where(keyColumns, u" = ");
-    } else {
-      std::vector<std::size_t> all(columns.size());
-      for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
-      const std::u16string id = backend->rowIdentity();
-      sql += u" WHERE " + id + u" = (SELECT " + id + u" FROM " + quoted(table) + u" WHERE " +
-             where(all, u" IS ") + u" LIMIT 1)";
-    }
-    const ResultSet done = backend->run(sql, params);
-    if (done.changed == 0) {
-      revert();
-      return providerError(u"无法更新: 找不到要更新的行, 它可能已被删除或修改。");
+      id = std::move(done.rowIdentities.front());
     }
   } catch (const DbError& e) {
     revert();
@@ -212,6 +227,8 @@ Recordset::Recordset(ResultSet result, std::shared_ptr<Backend> backend) : Recor
   d.columns = std::move(result.columns);
   d.rows = std::move(result.rows);
   d.backend = std::move(backend);
+  d.identity = std::move(result.identity);
+  d.rowIdentities = std::move(result.rowIdentities);
   d.changed.assign(d.columns.size(), false);
   for (std::size_t i = 0; i < d.columns.size(); ++i) d.fields.emplace_back(d, i);
 }

@@ -1,8 +1,13 @@
 // The SQLite backend: the embedded default database of the data-access
 // objects.
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <limits>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
 
 #include "korvex/sqlite.hpp"
 #include "sqlite/backend.hpp"
@@ -35,28 +40,6 @@ Value storedCell(SqlCell cell) {
   return Value::null();
 }
 
-SqlParameter parameterOf(const Value& v) {
-  switch (v.type()) {
-    case VarType::Integer:
-      return static_cast<long long>(v.integerValue());
-    case VarType::Long:
-      return static_cast<long long>(v.longValue());
-    case VarType::Double: {
-      const double d = v.doubleValue();
-      // Whole numbers bind as integers, so that they compare with integer
-      // columns and stay exact.
-      if (d == static_cast<double>(static_cast<long long>(d)) && d > -9e15 && d < 9e15) {
-        return static_cast<long long>(d);
-      }
-      return d;
-    }
-    case VarType::String:
-      return toUtf8(v.stringValue());
-    default:
-      return nullptr;
-  }
-}
-
 // The index of parameter ":pN" (N from 0), or `position` for "?" and any
 // other name.
 std::size_t parameterSlot(const SqliteStatement& st, int index) {
@@ -70,6 +53,80 @@ std::size_t parameterSlot(const SqliteStatement& st, int index) {
   return static_cast<std::size_t>(index - 1);
 }
 
+bool equalsAsciiNoCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; };
+           return lower(x) == lower(y);
+         });
+}
+
+std::string quotedName(std::string_view name) {
+  std::string out = "\"";
+  for (char c : name) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + "\"";
+}
+
+// Where columns can be added at the end of the select list of a statement
+// that reads each of its rows from one row of one table: before its FROM
+// (so that ORDER BY 1 still means the first column shown). None for
+// anything else: DISTINCT, GROUP BY and compounds make a result row of
+// several rows, a join of several tables, and other statements have no
+// select list.
+std::optional<std::size_t> selectListEnd(std::string_view sql) {
+  struct Word {
+    std::string_view text;
+    std::size_t start;
+  };
+  std::vector<Word> words;          // outside parentheses, quotes and comments
+  std::vector<std::size_t> commas;  // the same
+  int depth = 0;
+  for (std::size_t i = 0; i < sql.size();) {
+    const char c = sql[i];
+    if (c == '-' && sql.substr(i, 2) == "--") {
+      i = std::min(sql.find('\n', i), sql.size());
+    } else if (c == '/' && sql.substr(i, 2) == "/*") {
+      const std::size_t close = sql.find("*/", i + 2);
+      i = close == std::string_view::npos ? sql.size() : close + 2;
+    } else if (c == '\'' || c == '"' || c == '`' || c == '[') {
+      const std::size_t close = sql.find(c == '[' ? ']' : c, i + 1);
+      i = close == std::string_view::npos ? sql.size() : close + 1;
+    } else if (std::isalnum(static_cast<unsigned char>(c)) || c == '_' ||
+               static_cast<unsigned char>(c) >= 0x80) {
+      const std::size_t start = i;
+      while (i < sql.size() && (std::isalnum(static_cast<unsigned char>(sql[i])) || sql[i] == '_' ||
+                                static_cast<unsigned char>(sql[i]) >= 0x80)) {
+        ++i;
+      }
+      if (depth == 0) words.push_back({sql.substr(start, i - start), start});
+    } else {
+      if (c == ',' && depth == 0) commas.push_back(i);
+      depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+      ++i;
+    }
+  }
+  if (words.empty() || !equalsAsciiNoCase(words[0].text, "SELECT")) return std::nullopt;
+  std::optional<std::size_t> from;
+  std::size_t fromEnd = sql.size();
+  for (const Word& w : words) {
+    for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT", "JOIN"}) {
+      if (equalsAsciiNoCase(w.text, many)) return std::nullopt;
+    }
+    if (!from && equalsAsciiNoCase(w.text, "FROM")) from = w.start;
+    for (std::string_view next : {"WHERE", "ORDER", "LIMIT", "WINDOW"}) {
+      if (from && fromEnd == sql.size() && equalsAsciiNoCase(w.text, next)) fromEnd = w.start;
+    }
+  }
+  // FROM a, b: a join.
+  if (!from || std::any_of(commas.begin(), commas.end(),
+                           [&](std::size_t at) { return at > *from && at < fromEnd; })) {
+    return std::nullopt;
+  }
+  return from;
+}
+
 class SqliteBackend final : public Backend {
  public:
   explicit SqliteBackend(SqliteDatabase db) : db_(std::move(db)) {}
@@ -81,12 +138,32 @@ class SqliteBackend final : public Backend {
     std::string_view rest = text;
     ResultSet result;
     while (!rest.empty()) {
+      const std::string_view statement = rest;
       std::optional<SqliteStatement> st = valueOrThrow(db_.prepareNext(rest));
       if (!st) continue;  // blanks or a comment
+      const std::string_view own = statement.substr(0, statement.size() - rest.size());
+      std::vector<std::string> identity;
+      if (std::optional<SqliteStatement> traced = withIdentity(*st, own, identity)) {
+        bind(*traced, params);
+        result = step(*traced, identity.size());
+        if (result.rowIdentities.size() == result.rows.size()) {
+          for (const std::string& column : identity) result.identity.push_back(fromUtf8(column));
+        }
+        continue;
+      }
       bind(*st, params);
       result = step(*st);
     }
     return result;
+  }
+
+  ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params,
+                     std::size_t identity) override {
+    SqliteStatement st = valueOrThrow(db_.prepare(toUtf8(sql)));
+    for (std::size_t i = 0; i < params.size(); ++i) {
+      valueOrThrow(st.bind(static_cast<int>(i + 1), params[i]));
+    }
+    return step(st, identity);
   }
 
   void begin() override { valueOrThrow(db_.begin()); }
@@ -100,28 +177,6 @@ class SqliteBackend final : public Backend {
     const std::string n = std::to_string(i + 1);
     return u"?" + std::u16string(n.begin(), n.end());
   }
-
-  std::vector<std::u16string> primaryKey(std::u16string_view table) override {
-    std::u16string quoted = u"PRAGMA table_info(\"";
-    for (char16_t c : table) {
-      if (c == u'"') quoted += u'"';
-      quoted += c;
-    }
-    quoted += u"\")";
-    const ResultSet info = run(quoted, {});
-    std::vector<std::pair<std::int32_t, std::u16string>> keys;
-    for (const auto& row : info.rows) {
-      // cid, name, type, notnull, dflt_value, pk
-      if (row.size() >= 6 && row[5].type() == VarType::Long && row[5].longValue() > 0) {
-        keys.emplace_back(row[5].longValue(), row[1].stringValue());
-      }
-    }
-    std::sort(keys.begin(), keys.end());
-    std::vector<std::u16string> names;
-    for (auto& k : keys) names.push_back(std::move(k.second));
-    return names;
-  }
-  std::u16string rowIdentity() const override { return u"rowid"; }
 
   std::u16string catalog() const override {
     const std::string& path = db_.path();
@@ -142,10 +197,80 @@ class SqliteBackend final : public Backend {
     }
   }
 
-  ResultSet step(SqliteStatement& st) const {
-    ResultSet result;
+  // The statement reading the same rows with, at the end, the columns that
+  // tell apart the rows of the one table all its columns come from: the
+  // row identity or, for a table without one, its primary key (named in
+  // `identity`). None when the rows are not rows of one table: the columns
+  // come from several, from none (sums, constants), or the identity cannot
+  // be named once (a join, a table joined with itself: each instance has one).
+  std::optional<SqliteStatement> withIdentity(const SqliteStatement& st, std::string_view sql,
+                                              std::vector<std::string>& identity) {
     const int columns = st.columnCount();
+    if (columns == 0) return std::nullopt;
+    const std::string table = st.tableName(0);
+    for (int i = 0; i < columns; ++i) {
+      if (table.empty() || st.tableName(i) != table || st.originName(i).empty()) {
+        return std::nullopt;
+      }
+    }
+    const std::optional<std::size_t> at = selectListEnd(sql);
+    if (!at) return std::nullopt;
+    std::vector<std::string> names;
+    std::vector<std::pair<long long, std::string>> keys;
+    SqliteStatement info =
+        valueOrThrow(db_.prepare("PRAGMA table_info(" + quotedName(table) + ")"));
+    while (valueOrThrow(info.step())) {
+      // cid, name, type, notnull, dflt_value, pk
+      const SqlCell name = info.cell(1), pk = info.cell(5);
+      if (const auto* n = std::get_if<std::string>(&name)) names.push_back(*n);
+      if (const auto* k = std::get_if<long long>(&pk); k && *k > 0 && !names.empty()) {
+        keys.emplace_back(*k, names.back());
+      }
+    }
+    // The row identity goes by three names; a column may take any of them.
+    for (std::string_view alias : {"_rowid_", "rowid", "oid"}) {
+      if (std::none_of(names.begin(), names.end(),
+                       [&](const std::string& n) { return equalsAsciiNoCase(n, alias); })) {
+        if (db_.prepare("SELECT " + std::string(alias) + " FROM " + quotedName(table)).ok()) {
+          identity = {std::string(alias)};
+        }
+        break;
+      }
+    }
+    if (identity.empty()) {
+      std::sort(keys.begin(), keys.end());
+      for (auto& k : keys) identity.push_back(std::move(k.second));
+    }
+    if (identity.empty()) return std::nullopt;
+    std::string text(sql.substr(0, *at));
+    for (const std::string& column : identity) text += ", " + quotedName(column);
+    text += " ";
+    text += sql.substr(*at);
+    DatabaseResult<SqliteStatement> traced = db_.prepare(text);
+    if (!traced.ok()) return std::nullopt;
+    SqliteStatement& t = traced.value();
+    const int hidden = static_cast<int>(identity.size());
+    if (t.columnCount() != columns + hidden) return std::nullopt;
+    for (int i = 0; i < hidden; ++i) {
+      if (t.tableName(columns + i) != table) return std::nullopt;
+    }
+    for (int i = 0; i < columns; ++i) {
+      if (t.tableName(i) != table || t.originName(i) != st.originName(i)) {
+        return std::nullopt;
+      }
+    }
+    return std::move(traced).value();
+  }
+
+  // The rows of a statement; its last `hidden` columns are the row
+  // identity, kept apart from the columns the result shows.
+  ResultSet step(SqliteStatement& st, std::size_t hidden = 0) const {
+    ResultSet result;
+    const int hiddenColumns = static_cast<int>(hidden);
+    const int columns = st.columnCount() - hiddenColumns;
     result.hasRows = columns > 0;
+    // Whether a column's first stored value that is not Null is a BLOB.
+    std::vector<std::optional<bool>> blob(static_cast<std::size_t>(std::max(columns, 0)));
     for (int i = 0; i < columns; ++i) {
       Column c;
       c.name = fromUtf8(st.columnName(i));
@@ -154,17 +279,37 @@ class SqliteBackend final : public Backend {
       c.origin = fromUtf8(st.originName(i));
       result.columns.push_back(std::move(c));
     }
+    bool traced = hidden > 0;
     while (valueOrThrow(st.step())) {
+      if (traced) {
+        std::vector<SqlCell> id;
+        for (int i = 0; i < hiddenColumns; ++i) id.push_back(st.cell(columns + i));
+        // A view's or a subquery's rows have no identity of their own.
+        traced = std::none_of(id.begin(), id.end(), [](const SqlCell& c) {
+          return std::holds_alternative<std::nullptr_t>(c);
+        });
+        result.rowIdentities.push_back(std::move(id));
+      }
       std::vector<Value> row;
       row.reserve(static_cast<std::size_t>(columns));
-      for (int i = 0; i < columns; ++i) row.push_back(storedCell(st.cell(i)));
+      for (int i = 0; i < columns; ++i) {
+        SqlCell cell = st.cell(i);
+        std::optional<bool>& first = blob[static_cast<std::size_t>(i)];
+        if (!first && !std::holds_alternative<std::nullptr_t>(cell)) {
+          first = std::holds_alternative<SqlBlob>(cell);
+        }
+        row.push_back(storedCell(std::move(cell)));
+      }
       result.rows.push_back(std::move(row));
     }
+    if (!traced) result.rowIdentities.clear();
     result.changed = columns > 0 ? 0 : db_.changes();
     // Declared columns convert; an expression column takes the type of its
-    // first stored value that is not Null.
+    // first stored value that is not Null (binary data stays binary, so that
+    // it is written back as it is stored).
     for (std::size_t i = 0; i < result.columns.size(); ++i) {
       Column& c = result.columns[i];
+      if (c.type == 0 && blob[i].value_or(false)) c.type = kTypeBinary;
       if (c.type == 0) {
         for (const auto& row : result.rows) {
           if ((c.type = typeOfStored(row[i])) != 0) break;

@@ -60,6 +60,9 @@ DatabaseResult<> SqliteStatement::bind(int index, const SqlParameter& value) {
   } else if (const auto* s = std::get_if<std::string>(&value)) {
     rc = sqlite3_bind_text(statement_, index, s->data(), static_cast<int>(s->size()),
                            SQLITE_TRANSIENT);
+  } else if (const auto* b = std::get_if<SqlBlob>(&value)) {
+    rc = sqlite3_bind_blob(statement_, index, b->bytes.data(), static_cast<int>(b->bytes.size()),
+                           SQLITE_TRANSIENT);
   } else {
     rc = sqlite3_bind_null(statement_, index);
   }

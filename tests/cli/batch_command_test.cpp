@@ -269,6 +269,22 @@ TEST(BatchCommand, AScriptTooLongToSplitIsRefusedBeforeComputing) {
   EXPECT_EQ(wages(f.db), kUnchanged);
 }
 
+// A record whose wage is the next row's cannot be written back to either:
+// the batch fails without changing a row.
+TEST(BatchCommand, RefusesRecordsOfNoOneRow) {
+  const Files f = makeFiles("self_join");
+  BatchOptions o;
+  o.script = f.script;
+  o.database = f.db;
+  o.record = "SELECT p.code, p.pieces, q.wage FROM pay p JOIN pay q ON q.rowid = p.rowid + 1";
+  std::istringstream in;
+  std::ostringstream out, err;
+  EXPECT_EQ(runBatchCommand(o, in, out, err), 1) << err.str();
+  EXPECT_NE(out.str().find("无法更新: 记录集的行不能追溯到同一个表的行"), std::string::npos)
+      << out.str();
+  EXPECT_EQ(wages(f.db), kUnchanged);
+}
+
 // The batch runs in a child process that is stopped once the first row's
 // write sits in the open transaction (its journal exists) while the third
 // row loops forever.
