@@ -90,7 +90,8 @@ TEST_F(Database, FailuresSayWhy) {
 
   SqliteDatabase db = need(SqliteDatabase::open(newFile("f"), SqliteDatabase::Mode::Create));
   need(db.execute("create table t (v unique); insert into t values (1)"));
-  // Each operation's failure, in the database's words.
+  // Failures in the database's words; a failed statement leaves the text
+  // where it was and the statement ready for another run.
   const auto why = [](const auto& result) {
     return result.ok() ? std::string("no failure") : toUtf8(result.error().message);
   };
@@ -110,14 +111,8 @@ TEST_F(Database, FailuresSayWhy) {
          return sql == "select * from nowhere; select 1" ? message : "moved on";
        },
        "no such table: nowhere"},
-      {"execute", [&] { return why(db.execute("insert into t values (1)")); }, kUnique},
-      {"query", [&] { return why(db.query(u"select * from nowhere")); }, "no such table: nowhere"},
-      {"commit", [&] { return why(db.commit()); }, "cannot commit - no transaction is active"},
       {"rollback", [&] { return why(db.rollback()); },
        "cannot rollback - no transaction is active"},
-      {"bind", [&] { return why(need(db.prepare("select ?")).bind(2, 1LL)); },
-       "column index out of range"},
-      {"step", [&] { return why(need(db.prepare("insert into t values (1)")).step()); }, kUnique},
       {"run",
        [&] {
          SqliteStatement insert = need(db.prepare("insert into t values (?)"));
