@@ -234,6 +234,10 @@ class SqliteDatabase {
   std::int64_t changes() const noexcept;
 
   DatabaseResult<> begin();
+  /// Begins a transaction that holds the write lock from the start: until
+  /// it ends no other connection writes. Refused when the file cannot be
+  /// written, or another connection holds the lock (after a short wait).
+  DatabaseResult<> beginWriting();
   DatabaseResult<> commit();
   DatabaseResult<> rollback();
   /// While on, the connection refuses every statement that would write.

@@ -62,7 +62,8 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   std::string error;
   const std::optional<std::string> bytes = readScriptBytes(options.script, in, error);
   if (!bytes) return usageError(err, error);
-  std::optional<BatchDatabase> db = openBatchDatabase(options.database, options.record, error);
+  std::optional<BatchDatabase> db =
+      openBatchDatabase(options.database, options.record, !options.dryRun, error);
   if (!db) return usageError(err, error);
 
   BatchJob job;

@@ -70,7 +70,6 @@ class RecordsetWriter final : public BatchWriter {
 // workers' connections and the record query's must not change anything: a
 // script's own SQL cannot write behind the batch's transaction.
 DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string& recordQuery) {
-  if (DatabaseResult<> begun = database.begin(); !begun.ok()) return begun.error();
   if (DatabaseResult<> on = database.setQueryOnly(true); !on.ok()) return on.error();
   DatabaseResult<SqlResult> rows = database.query(fromUtf8(recordQuery));
   if (!rows.ok()) return rows;
@@ -81,7 +80,8 @@ DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string
 }  // namespace
 
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
-                                               const std::string& recordQuery, std::string& error) {
+                                               const std::string& recordQuery, bool forWriting,
+                                               std::string& error) {
   auto objects = sqliteObjectFactory();
   ObjectRef connection;
   if (!openDatabaseOption(*objects, path, connection, error)) return std::nullopt;
@@ -90,6 +90,13 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   if (!checkRecordQuery(database, recordQuery, error)) return std::nullopt;
 
   BatchDatabase db;
+  // A batch that will write holds the write lock from here on: a database
+  // it cannot write is found out before any row is computed.
+  if (DatabaseResult<> begun = forWriting ? database.beginWriting() : database.begin();
+      !begun.ok()) {
+    error = "无法写入数据库: " + toUtf8(begun.error().message);
+    return std::nullopt;
+  }
   DatabaseResult<SqlResult> rows = recordRows(database, recordQuery);
   if (!rows.ok()) {
     error = "--record 的查询失败: " + toUtf8(rows.error().message);

@@ -21,9 +21,11 @@ struct BatchDatabase {
 };
 
 /// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
-/// statement that only reads; nullopt with `error` set (one line, for a
-/// usage error) when either fails.
+/// statement that only reads; `forWriting` takes the write lock first (a
+/// batch that will write back). nullopt with `error` set (one line, for a
+/// usage error) when any of it fails.
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
-                                               const std::string& recordQuery, std::string& error);
+                                               const std::string& recordQuery, bool forWriting,
+                                               std::string& error);
 
 }  // namespace korvex::cli

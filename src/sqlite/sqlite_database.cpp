@@ -213,6 +213,13 @@ DatabaseResult<SqliteDatabase::TextKind> SqliteDatabase::inspect(std::u16string_
 }
 
 DatabaseResult<> SqliteDatabase::begin() { return execute("BEGIN"); }
+DatabaseResult<> SqliteDatabase::beginWriting() {
+  // A file the process may not write opens read-only without a word.
+  if (sqlite3_db_readonly(handle_->db, "main") == 1) {
+    return DatabaseFailure{u"数据库文件只读, 不能写入: " + fromUtf8(handle_->path)};
+  }
+  return execute("BEGIN IMMEDIATE");
+}
 DatabaseResult<> SqliteDatabase::commit() { return execute("COMMIT"); }
 DatabaseResult<> SqliteDatabase::rollback() { return execute("ROLLBACK"); }
 

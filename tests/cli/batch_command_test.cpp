@@ -255,6 +255,31 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
   EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
 }
 
+// A batch that will write takes the write lock before it computes: while
+// another connection holds it the batch stops at once; a dry run, which
+// writes nothing, still runs.
+TEST(BatchCommand, ALockedDatabaseIsRefusedBeforeComputing) {
+  const Files f = makeFiles("locked");
+  SqliteDatabase other = need(SqliteDatabase::open(f.db));
+  need(other.beginWriting());
+  const auto batch = [&](std::vector<std::string_view> more) {
+    std::vector<std::string_view> args{"batch", f.script,   "--db",
+                                       f.db,    "--record", "SELECT * FROM pay"};
+    args.insert(args.end(), more.begin(), more.end());
+    const CommandLine c = parseCommandLine(args);
+    std::istringstream in;
+    std::ostringstream out, err;
+    return std::pair{runBatchCommand(c.batch, in, out, err), out.str() + err.str()};
+  };
+  const auto [status, text] = batch({});
+  EXPECT_EQ(status, 2);
+  EXPECT_NE(text.find("无法写入数据库: database is locked"), std::string::npos) << text;
+  EXPECT_EQ(text.find("批处理完成"), std::string::npos) << text;
+  EXPECT_EQ(batch({"--dry-run"}).first, 1);  // E4's row fails, as in every run
+  need(other.rollback());
+  EXPECT_EQ(wages(f.db), kUnchanged);
+}
+
 // A script the engine cannot split into lines fails before any row runs.
 TEST(BatchCommand, AScriptTooLongToSplitIsRefusedBeforeComputing) {
   const Files f = makeFiles("long", "wage = 1" + std::string(40000, ' ') + "\r\n");
