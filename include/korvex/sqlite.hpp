@@ -69,7 +69,11 @@ class SqlLog {
 /// Makes "Connection", "Recordset" and "Command" objects (names matched
 /// case-insensitively) on SQLite. Every object it makes, and every object
 /// those make, records its SQL texts in `log` when one is given.
-std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log = nullptr);
+/// With `readOnly` every database those objects open is opened for reading
+/// only (by the open flags, which no statement can undo): what a host
+/// hands scripts that must not write.
+std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log = nullptr,
+                                                   bool readOnly = false);
 
 /// Creates a Connection with the factory and opens it; the result's value
 /// is the open connection, or the failure says why.
@@ -213,7 +217,7 @@ class SqliteStatement {
 /// the last of them.
 class SqliteDatabase {
  public:
-  enum class Mode { Existing, Create };
+  enum class Mode { Existing, Create, ReadOnly };
 
   /// Opens a file for reading and writing: one that must exist already, or
   /// a new one. The payroll dialect's functions (YEAR, LEFT, ISNULL, ...)

@@ -111,11 +111,12 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   const std::u16string connect = dataSource(path);
   db.openWorker = [connect]() -> BatchJob::EngineSetup {
     // The factory goes to the engines even without a connection: the rows
-    // then fail for want of one, as they would anywhere.
-    auto factory = sqliteObjectFactory();
+    // then fail for want of one, as they would anywhere. Every database its
+    // objects open ("use NAME" included) is opened for reading only, which
+    // no statement of a script can undo.
+    auto factory = sqliteObjectFactory(nullptr, true);
     ObjectRef parent;
-    if (DispatchResult c = openConnection(*factory, connect);
-        c.ok() && databaseOf(c.value.objectValue())->setQueryOnly(true).ok()) {
+    if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
       parent = connectParent(c.value.objectValue());
     }
     return [factory, parent](BasicEngine& engine) {

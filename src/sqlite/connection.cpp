@@ -162,7 +162,7 @@ DispatchResult Connection::open() {
   // Another catalog than the file itself is the file of that name beside it.
   if (!wanted.empty() && wanted != stem(fromUtf8(path))) path = sqliteCatalogPath(path, wanted);
   try {
-    backend_ = openSqlite(path);
+    backend_ = openSqlite(path, readOnly_);
     path_ = path;
     return DispatchResult::success();
   } catch (const DbError& e) {
@@ -183,7 +183,7 @@ DispatchResult Connection::setCatalog(const Value& value) {
   }
   // Changing the catalog of an open connection moves it to that database.
   try {
-    backend_ = openSqlite(sqliteCatalogPath(path_, name));
+    backend_ = openSqlite(sqliteCatalogPath(path_, name), readOnly_);
     path_ = sqliteCatalogPath(path_, name);
     catalog_ = std::move(name);
     return DispatchResult::success();

@@ -10,10 +10,12 @@ namespace {
 
 class SqliteFactory final : public ObjectFactory {
  public:
-  explicit SqliteFactory(std::shared_ptr<SqlLog> log) : log_(std::move(log)) {}
+  SqliteFactory(std::shared_ptr<SqlLog> log, bool readOnly)
+      : log_(std::move(log)), readOnly_(readOnly) {}
 
   ObjectRef create(std::u16string_view className) override {
-    if (host::equalsNoCase(className, u"Connection")) return std::make_shared<ds::Connection>(log_);
+    if (host::equalsNoCase(className, u"Connection"))
+      return std::make_shared<ds::Connection>(log_, readOnly_);
     if (host::equalsNoCase(className, u"Recordset")) return std::make_shared<ds::Recordset>();
     if (host::equalsNoCase(className, u"Command")) return std::make_shared<ds::Command>();
     return nullptr;
@@ -21,6 +23,7 @@ class SqliteFactory final : public ObjectFactory {
 
  private:
   std::shared_ptr<SqlLog> log_;
+  bool readOnly_;
 };
 
 class ConnectParent final : public host::PropertyObject {
@@ -39,8 +42,8 @@ class ConnectParent final : public host::PropertyObject {
 
 }  // namespace
 
-std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log) {
-  return std::make_shared<SqliteFactory>(std::move(log));
+std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log, bool readOnly) {
+  return std::make_shared<SqliteFactory>(std::move(log), readOnly);
 }
 
 DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connectionString) {

@@ -32,7 +32,10 @@ DispatchResult providerError(std::u16string message);
 
 class Connection final : public HostObject, public std::enable_shared_from_this<Connection> {
  public:
-  explicit Connection(std::shared_ptr<SqlLog> log) : log_(std::move(log)) {}
+  /// `readOnly`: every database this connection opens is opened for reading
+  /// only.
+  Connection(std::shared_ptr<SqlLog> log, bool readOnly)
+      : log_(std::move(log)), readOnly_(readOnly) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override;
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
@@ -52,6 +55,7 @@ class Connection final : public HostObject, public std::enable_shared_from_this<
   std::u16string catalog() const;
 
   std::shared_ptr<SqlLog> log_;
+  bool readOnly_ = false;
   std::u16string connectionString_;
   std::optional<std::u16string> catalog_;  // "Initial Catalog" set by the user
   std::shared_ptr<Backend> backend_;

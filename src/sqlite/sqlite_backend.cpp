@@ -327,8 +327,9 @@ class SqliteBackend final : public Backend {
 
 }  // namespace
 
-std::shared_ptr<Backend> openSqlite(const std::string& path) {
-  return std::make_shared<SqliteBackend>(valueOrThrow(SqliteDatabase::open(path)));
+std::shared_ptr<Backend> openSqlite(const std::string& path, bool readOnly) {
+  return std::make_shared<SqliteBackend>(valueOrThrow(SqliteDatabase::open(
+      path, readOnly ? SqliteDatabase::Mode::ReadOnly : SqliteDatabase::Mode::Existing)));
 }
 
 std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog) {

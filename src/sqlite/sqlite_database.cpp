@@ -139,7 +139,7 @@ SqliteDatabase::SqliteDatabase(std::shared_ptr<SqliteHandle> handle) noexcept
     : handle_(std::move(handle)) {}
 
 DatabaseResult<SqliteDatabase> SqliteDatabase::open(const std::string& path, Mode mode) {
-  int flags = SQLITE_OPEN_READWRITE;
+  int flags = mode == Mode::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::Create) {
     flags |= SQLITE_OPEN_CREATE;
   } else if (struct stat info{}; ::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {

@@ -280,6 +280,24 @@ TEST(BatchCommand, ALockedDatabaseIsRefusedBeforeComputing) {
   EXPECT_EQ(wages(f.db), kUnchanged);
 }
 
+// A script's own SQL cannot write, whatever it tries: the connections it
+// reaches, also one it opens with "use NAME", open the file read-only.
+TEST(BatchCommand, ScriptsCannotWriteBehindTheBatch) {
+  for (const char* script :
+       {"DIM n\r\nn = DoSQL(\"PRAGMA query_only = 0\")\r\nn = DoSQL(\"UPDATE pay SET wage = "
+        "99\")\r\n",
+        "DIM n\r\nn = DoSQL(\"use pay\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n"}) {
+    for (const std::string_view mode : {"--dry-run", "--json"}) {
+      SCOPED_TRACE(std::string(script) + " " + std::string(mode));
+      const Files f = makeFiles("readonly", script);
+      const Outcome r = run(f, {mode});
+      EXPECT_EQ(r.status, 1) << r.err;
+      EXPECT_NE(r.out.find("readonly database"), std::string::npos) << r.out;
+      EXPECT_EQ(wages(f.db), kUnchanged);
+    }
+  }
+}
+
 // A script the engine cannot split into lines fails before any row runs.
 TEST(BatchCommand, AScriptTooLongToSplitIsRefusedBeforeComputing) {
   const Files f = makeFiles("long", "wage = 1" + std::string(40000, ' ') + "\r\n");
