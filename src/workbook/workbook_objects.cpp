@@ -1,7 +1,9 @@
 // The late-bound objects a script reaches through ExcelBook: the workbook,
 // its Worksheets collection, a worksheet and a range of cells.
 #include <charconv>
+#include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/collection.hpp"
@@ -47,6 +49,25 @@ std::string numberText(double v) {
   char buffer[32];
   const auto r = std::to_chars(buffer, buffer + sizeof buffer, v);
   return std::string(buffer, r.ptr);
+}
+
+// A cell's text is stored as XML, which holds no control character but the
+// tab and the line breaks: one written there would be lost without a word.
+std::optional<DispatchResult> unstorable(std::u16string_view text) {
+  for (const char16_t c : text) {
+    if (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') {
+      char code[8];
+      std::snprintf(code, sizeof code, "%04X", static_cast<unsigned>(c));
+      return DispatchResult::failure(kAppError, u"单元格不能保存控制字符 U+" + fromUtf8(code));
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<DispatchResult> unstorable(const CellContent& content) {
+  if (content.kind == CellContent::Kind::Formula) return unstorable(fromUtf8(content.formula));
+  if (content.value.isString()) return unstorable(content.value.stringValue());
+  return std::nullopt;
 }
 
 // Text written into a cell. A leading apostrophe only says "keep as text".
@@ -195,6 +216,7 @@ class RangeObject : public host::PropertyObject {
         }
         auto content = contentOf(*element);
         if (!content) return typeMismatch();
+        if (auto refused = unstorable(*content)) return std::move(*refused);
         contents.push_back(std::move(*content));
       }
     }
@@ -210,6 +232,7 @@ class RangeObject : public host::PropertyObject {
     } catch (const vb::RuntimeError& e) {
       return DispatchResult::failure(e.number(), e.description());
     }
+    if (auto refused = unstorable(text)) return std::move(*refused);
     std::vector<CellContent> contents(static_cast<std::size_t>(rows_) * columns_,
                                       formulaContent(text));
     store(contents);

@@ -61,6 +61,9 @@ TEST_F(CellFunctions, AddressCellsByLettersRowAndSheet) {
       {"GETCELL(\"A1\", 1)", "error 5: 变量未定义 'A1'"},
       {"GETCELL(\"A\", 40000)", "error 6: 溢出"},
       {"GETCELL(\"A\", 1, \"无此表\")", "error 9: 下标越界: 工作簿中没有名为 '无此表' 的工作表"},
+      // What a cell cannot hold is refused, not dropped.
+      {"SETCELL(\"A\", 9, \"a\" & Chr(1) & \"b\")", "error 1004: 单元格不能保存控制字符 U+0001"},
+      {"SetCellFormula(\"A\", 9, \"=1\" & Chr(27))", "error 1004: 单元格不能保存控制字符 U+001B"},
   };
   for (const auto& c : kCases) EXPECT_EQ(eval(c.expression), c.outcome) << c.expression;
   EXPECT_EQ(eval("GETCELL(\"A\", 0)").substr(0, 11), "error 1004:");
