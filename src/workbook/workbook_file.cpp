@@ -478,6 +478,13 @@ std::shared_ptr<Workbook::Data> openData(const std::string& path, std::u16string
   auto data = std::make_shared<Workbook::Data>();
   data->path = path;
   data->limits = limits;
+  // A pipe would block the read for ever and a device never end it; only
+  // files (and, refused when read, folders) are workbooks.
+  if (struct stat info{};
+      ::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+    error = fromUtf8("无法打开工作簿 '" + path + "': 不是普通文件");
+    return nullptr;
+  }
   std::string bytes;
   int code = 0;
   std::string message;

@@ -3,6 +3,7 @@
 #include "korvex/workbook.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <filesystem>
@@ -272,6 +273,7 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   few.maxCells = 10;
   std::filesystem::create_directory(dir.file("folder.xlsx"));
   std::ofstream(dir.file("text.xlsx")) << "not a workbook";
+  ASSERT_EQ(::mkfifo(dir.file("pipe.xlsx").c_str(), 0600), 0);
   struct Case {
     std::string path;
     const char* reason;
@@ -279,6 +281,9 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   } const kCases[] = {
       {dir.file("text.xlsx"), "不是 zip"},
       {dir.file("folder.xlsx"), "folder.xlsx"},
+      // A pipe would block the read and a device never end it.
+      {dir.file("pipe.xlsx"), "不是普通文件"},
+      {"/dev/zero", "不是普通文件"},
       {writeWorkbook(dir, withPart(sheet2, "<worksheet><sheetData>"), "bad.xlsx"), "XML 格式错误"},
       {writeWorkbook(dir, withPart("xl/workbook.xml", std::string("<workbook ") + kNs + "/>"),
                      "empty.xlsx"),
