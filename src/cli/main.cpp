@@ -16,6 +16,9 @@ int dispatch(int argc, char** argv) {
   using korvex::cli::CommandLine;
   // A reader that went away is a failed write to report, not a silent end.
   std::signal(SIGPIPE, SIG_IGN);
+  // A file grown past the size limit is a failed write the saves clean up
+  // after, not the end of the process.
+  std::signal(SIGXFSZ, SIG_IGN);
   std::vector<std::string_view> args;
   for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
   if (!args.empty() && args.front() == "demo") {

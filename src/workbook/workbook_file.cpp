@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <optional>
 #include <random>
@@ -505,6 +506,19 @@ std::shared_ptr<Workbook::Data> openData(const std::string& path, std::u16string
   return data;
 }
 
+// The file a path names, through any symbolic links: a save replaces that
+// file, not the link.
+std::string realFile(const std::string& path) {
+  std::error_code ec;
+  std::filesystem::path p = path;
+  for (int hops = 0; hops < 40 && std::filesystem::is_symlink(p, ec); ++hops) {
+    const std::filesystem::path next = std::filesystem::read_symlink(p, ec);
+    if (ec) break;
+    p = next.is_absolute() ? next : p.parent_path() / next;
+  }
+  return p.string();
+}
+
 bool saveData(Workbook::Data& data, const std::string& path, std::u16string& error) {
   std::string bytes, message;
   if (!data.serialize(bytes, message)) {
@@ -512,17 +526,18 @@ bool saveData(Workbook::Data& data, const std::string& path, std::u16string& err
     return false;
   }
   // Write beside the target, then rename over it: an interrupted save
-  // leaves the old file as it was.
-  const auto slash = path.rfind('/');
-  const std::string dir = slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
-  const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
+  // leaves the old file as it was. The temporary name is short, whatever
+  // the length of the target's.
+  const std::string target = realFile(path);
+  const auto slash = target.rfind('/');
+  const std::string dir = slash == std::string::npos ? std::string() : target.substr(0, slash + 1);
   struct stat st {};
-  const bool exists = ::stat(path.c_str(), &st) == 0;
+  const bool exists = ::stat(target.c_str(), &st) == 0;
   std::random_device random;
   std::string temp;
   int fd = -1;
   for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-    temp = dir + "." + base + "." + std::to_string(random() % 1000000) + ".tmp";
+    temp = dir + ".korvex." + std::to_string(random() % 1000000) + ".tmp";
     fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && errno != EEXIST) break;
   }
@@ -538,7 +553,7 @@ bool saveData(Workbook::Data& data, const std::string& path, std::u16string& err
     ::unlink(temp.c_str());
     return failed(code);
   }
-  if (::close(fd) != 0 || ::rename(temp.c_str(), path.c_str()) != 0) {
+  if (::close(fd) != 0 || ::rename(temp.c_str(), target.c_str()) != 0) {
     const int code = errno;
     ::unlink(temp.c_str());
     return failed(code);

@@ -188,6 +188,29 @@ TEST(Workbook, WrittenCellsReadBackFromTheSavedFile) {
   }
 }
 
+// A save goes to the file a link names (the link stays a link), and a long
+// but legal file name is no obstacle to the temporary file beside it.
+TEST(Workbook, SavesFollowLinksAndTakeLongNames) {
+  ScratchDir dir;
+  const std::string real = dir.file("real.xlsx"), link = dir.file("link.xlsx"),
+                    longName = dir.file(std::string(250, 'n') + ".xlsx");
+  std::filesystem::create_symlink("real.xlsx", link);
+  for (const std::string& path : {link, longName}) {
+    auto book = Workbook::createNew();
+    write(*book, 1, 1, Value::dbl(42));
+    std::u16string error;
+    ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  for (const std::string& path : {real, longName}) {
+    std::u16string error;
+    auto saved = Workbook::open(path, error);
+    ASSERT_TRUE(saved) << toUtf8(error);
+    EXPECT_EQ(read(*saved, 1, 1), "Double:42") << path;
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 3);
+}
+
 TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
   ScratchDir dir;
   auto book = Workbook::createNew();
