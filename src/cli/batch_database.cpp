@@ -103,6 +103,14 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     return std::nullopt;
   }
   SqlResult& result = rows.value();
+  // Rows the database cannot tell apart could only be written back by a
+  // guess: such a record is refused before any row is computed.
+  if (forWriting && result.identity.empty() && !result.rows.empty()) {
+    error =
+        "--record 的行不能追溯到同一个表的行 (联接、汇总或视图的结果), 无法写回; "
+        "只计算不写回请用 --dry-run";
+    return std::nullopt;
+  }
   for (const SqlColumn& c : result.columns) db.table.fieldNames.push_back(c.name);
   db.table.rows = result.rows;
   ObjectRef recordset = database.recordset(std::move(result));
