@@ -525,6 +525,17 @@ bool saveData(Workbook::Data& data, const std::string& path, std::u16string& err
     error = fromUtf8("无法生成工作簿: " + message);
     return false;
   }
+  // What is written must read back as a workbook before it replaces
+  // anything: a part that could not be patched faithfully is an error here,
+  // never a broken file in the original's place.
+  auto saved = std::make_shared<Workbook::Data>();
+  saved->path = path;
+  saved->limits = data.limits;
+  if (!saved->package.load(std::string(bytes), message) || !saved->load(message)) {
+    error = fromUtf8("无法保存工作簿 '" + path + "': 生成的文件无法读回 (" + message +
+                     "), 原文件未改动");
+    return false;
+  }
   // Write beside the target, then rename over it: an interrupted save
   // leaves the old file as it was. The temporary name is short, whatever
   // the length of the target's.
@@ -559,17 +570,7 @@ bool saveData(Workbook::Data& data, const std::string& path, std::u16string& err
     return failed(code);
   }
   // Continue from what is now on disk: offsets and parts match the new file.
-  // The file is saved either way: without the memory to read it again, the
-  // workbook goes on from the state it was saved from.
-  try {
-    auto fresh = std::make_shared<Workbook::Data>();
-    fresh->path = path;
-    fresh->limits = data.limits;
-    if (fresh->package.load(std::move(bytes), message) && fresh->load(message)) {
-      data = std::move(*fresh);
-    }
-  } catch (const std::bad_alloc&) {
-  }
+  data = std::move(*saved);
   return true;
 }
 

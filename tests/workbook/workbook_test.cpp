@@ -211,6 +211,28 @@ TEST(Workbook, SavesFollowLinksAndTakeLongNames) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 3);
 }
 
+// Every save is read back before it replaces anything: a sheet the patcher
+// cannot patch faithfully (two prefixes for one namespace) is an error, and
+// the original keeps its bytes.
+TEST(Workbook, ASaveThatWouldNotReadBackIsRefused) {
+  ScratchDir dir;
+  auto parts = sampleParts();
+  const std::string ns = "\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"";
+  parts["xl/worksheets/sheet1.xml"] = "<x:worksheet xmlns:x=" + ns + " xmlns:y=" + ns +
+                                      "><x:sheetData><y:row r=\"1\"><y:c r=\"A1\"><y:v>1</y:v>"
+                                      "</y:c></y:row></x:sheetData></x:worksheet>";
+  const std::string path = writeWorkbook(dir, parts, "prefixes.xlsx");
+  const std::string before = partOf(path, "xl/worksheets/sheet1.xml");
+  std::u16string error;
+  auto book = Workbook::open(path, error);
+  ASSERT_TRUE(book) << toUtf8(error);
+  write(*book, 1, 2, Value::dbl(5));
+  EXPECT_FALSE(book->save(path, error));
+  EXPECT_NE(toUtf8(error).find("生成的文件无法读回"), std::string::npos) << toUtf8(error);
+  EXPECT_EQ(partOf(path, "xl/worksheets/sheet1.xml"), before);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
+
 TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
   ScratchDir dir;
   auto book = Workbook::createNew();
