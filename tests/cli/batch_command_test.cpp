@@ -191,10 +191,10 @@ struct Outcome {
   std::string err;
 };
 
-// `korvex batch SCRIPT --db DB --record "SELECT * FROM pay" --json MORE`.
-Outcome run(const Files& f, std::vector<std::string_view> more = {}) {
-  std::vector<std::string_view> args{
-      "batch", f.script, "--db", f.db, "--record", "SELECT * FROM pay", "--json"};
+// `korvex batch SCRIPT --db DB --record RECORD --json MORE`.
+Outcome run(const Files& f, std::vector<std::string_view> more = {},
+            std::string_view record = "SELECT * FROM pay") {
+  std::vector<std::string_view> args{"batch", f.script, "--db", f.db, "--record", record, "--json"};
   args.insert(args.end(), more.begin(), more.end());
   const CommandLine c = parseCommandLine(args);
   EXPECT_EQ(c.action, CommandLine::Action::Batch) << c.error;
@@ -255,31 +255,6 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
   EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
 }
 
-// A batch that will write takes the write lock before it computes: while
-// another connection holds it the batch stops at once; a dry run, which
-// writes nothing, still runs.
-TEST(BatchCommand, ALockedDatabaseIsRefusedBeforeComputing) {
-  const Files f = makeFiles("locked");
-  SqliteDatabase other = need(SqliteDatabase::open(f.db));
-  need(other.beginWriting());
-  const auto batch = [&](std::vector<std::string_view> more) {
-    std::vector<std::string_view> args{"batch", f.script,   "--db",
-                                       f.db,    "--record", "SELECT * FROM pay"};
-    args.insert(args.end(), more.begin(), more.end());
-    const CommandLine c = parseCommandLine(args);
-    std::istringstream in;
-    std::ostringstream out, err;
-    return std::pair{runBatchCommand(c.batch, in, out, err), out.str() + err.str()};
-  };
-  const auto [status, text] = batch({});
-  EXPECT_EQ(status, 2);
-  EXPECT_NE(text.find("无法写入数据库: database is locked"), std::string::npos) << text;
-  EXPECT_EQ(text.find("批处理完成"), std::string::npos) << text;
-  EXPECT_EQ(batch({"--dry-run"}).first, 1);  // E4's row fails, as in every run
-  need(other.rollback());
-  EXPECT_EQ(wages(f.db), kUnchanged);
-}
-
 // A script's own SQL cannot write, whatever it tries: the connections it
 // reaches, also one it opens with "use NAME", open the file read-only.
 TEST(BatchCommand, ScriptsCannotWriteBehindTheBatch) {
@@ -298,63 +273,35 @@ TEST(BatchCommand, ScriptsCannotWriteBehindTheBatch) {
   }
 }
 
-// A script the engine cannot split into lines fails before any row runs.
-TEST(BatchCommand, AScriptTooLongToSplitIsRefusedBeforeComputing) {
-  const Files f = makeFiles("long", "wage = 1" + std::string(40000, ' ') + "\r\n");
-  BatchOptions o;
-  o.script = f.script;
-  o.database = f.db;
-  o.record = "SELECT * FROM pay";
-  std::istringstream in;
-  std::ostringstream out, err;
-  EXPECT_EQ(runBatchCommand(o, in, out, err), 2);
-  EXPECT_NE(err.str().find("脚本无法分行: 溢出"), std::string::npos) << err.str();
-  EXPECT_EQ(wages(f.db), kUnchanged);
-}
-
-// A record whose wage is the next row's cannot be written back to either:
-// the batch fails without changing a row.
-TEST(BatchCommand, RefusesRecordsOfNoOneRow) {
-  // Refused before any row runs: nothing is computed, nothing written.
-  const Files f = makeFiles("self_join");
-  BatchOptions o;
-  o.script = f.script;
-  o.database = f.db;
-  o.record = "SELECT p.code, p.pieces, q.wage FROM pay p JOIN pay q ON q.rowid = p.rowid + 1";
-  std::istringstream in;
-  std::ostringstream out, err;
-  EXPECT_EQ(runBatchCommand(o, in, out, err), 2) << err.str();
-  EXPECT_EQ(out.str(), "");
-  EXPECT_NE(err.str().find("--record 的行不能追溯到同一个表的行"), std::string::npos) << err.str();
-  EXPECT_EQ(wages(f.db), kUnchanged);
-}
-
-// The batch runs in a child process that is stopped once the first row's
-// write sits in the open transaction (its journal exists) while the third
-// row loops forever.
-TEST(BatchCommand, InterruptedBatchLeavesTheDatabaseAsItWas) {
-  for (int signal : {SIGKILL, SIGINT}) {
-    const Files f =
-        makeFiles("stop" + std::to_string(signal),
-                  "DIM i\r\nDo While code = \"E3\"\r\n  i = i + 1\r\nLoop\r\nwage = pieces\r\n");
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) _exit(run(f).status);
-    const fs::path journal = f.db + "-journal";
-    for (int i = 0; i < 400 && !fs::exists(journal); ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    }
-    EXPECT_TRUE(fs::exists(journal)) << "no write reached the database";
-    kill(child, signal);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (signal == SIGINT) {
-      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 130) << status;
-    } else {
-      EXPECT_TRUE(WIFSIGNALED(status)) << status;
-    }
-    EXPECT_EQ(wages(f.db), kUnchanged) << "signal " << signal;
+// Refused before any row is computed (exit 2, the reason, nothing written):
+// a database another connection is writing (a dry run needs no lock), a
+// script the engine cannot split into lines, a record whose rows cannot be
+// traced back to one table's rows.
+TEST(BatchCommand, RefusedBeforeComputing) {
+  const Files locked = makeFiles("locked");
+  SqliteDatabase other = need(SqliteDatabase::open(locked.db));
+  need(other.beginWriting());
+  const struct {
+    Files f;
+    const char* record;
+    const char* reason;
+  } kCases[] = {
+      {locked, "SELECT * FROM pay", "无法写入数据库: database is locked"},
+      {makeFiles("long", "wage = 1" + std::string(40000, ' ') + "\r\n"), "SELECT * FROM pay",
+       "脚本无法分行: 溢出"},
+      {makeFiles("self_join"),
+       "SELECT p.code, p.pieces, q.wage FROM pay p JOIN pay q ON q.rowid = p.rowid + 1",
+       "--record 的行不能追溯到同一个表的行"},
+  };
+  for (const auto& c : kCases) {
+    const Outcome r = run(c.f, {}, c.record);
+    EXPECT_EQ(r.status, 2) << c.reason;
+    EXPECT_EQ(r.out, "");
+    EXPECT_NE(r.err.find(c.reason), std::string::npos) << r.err;
+    EXPECT_EQ(wages(c.f.db), kUnchanged);
   }
+  EXPECT_EQ(run(locked, {"--dry-run"}).status, 1);  // E4's row fails, as in every run
+  need(other.rollback());
 }
 
 }  // namespace
