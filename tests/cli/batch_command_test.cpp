@@ -19,6 +19,7 @@
 
 #include "cli/batch_report.hpp"
 #include "cli/batch_runner.hpp"
+#include "cli/command_fixture.hpp"
 #include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 
@@ -143,53 +144,6 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
             std::string::npos)
       << text;
 }
-
-namespace fs = std::filesystem;
-
-// Six employees; E4 has negative pieces, which the pay script refuses.
-constexpr const char* kSchema =
-    "CREATE TABLE pay (code TEXT PRIMARY KEY, pieces INTEGER, wage REAL);"
-    "INSERT INTO pay VALUES ('E1', 10, 0), ('E2', 20, 0), ('E3', 30, 0), ('E4', -1, 0),"
-    " ('E5', 50, 0), ('E6', 60, 0);";
-
-constexpr const char* kPayScript =
-    "DIM rate\r\nrate = 2.5\r\nIf pieces < 0 Then RaiseError \"negative\"\r\n"
-    "wage = pieces * rate\r\n";
-
-struct Files {
-  std::string db;
-  std::string script;
-};
-
-Files makeFiles(const std::string& name, const std::string& script = kPayScript) {
-  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name);
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  Files f{(dir / "pay.db").string(), (dir / "pay.bas").string()};
-  std::ofstream(f.db, std::ios::binary).flush();  // an empty file is an empty database
-  need(need(SqliteDatabase::open(f.db)).query(fromUtf8(kSchema)));
-  std::ofstream(f.script, std::ios::binary) << script;
-  return f;
-}
-
-std::string wages(const std::string& db) {
-  std::string out;
-  for (const auto& row :
-       need(need(SqliteDatabase::open(db)).query(u"SELECT code, wage FROM pay ORDER BY code"))
-           .rows) {
-    out += toUtf8(row[0].stringValue()) + "=" + std::to_string(row[1].doubleValue()) + " ";
-  }
-  return out;
-}
-
-const std::string kUnchanged =
-    "E1=0.000000 E2=0.000000 E3=0.000000 E4=0.000000 E5=0.000000 E6=0.000000 ";
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
 
 // `korvex batch SCRIPT --db DB --record RECORD --json MORE`.
 Outcome run(const Files& f, std::vector<std::string_view> more = {},

@@ -9,53 +9,18 @@
 #include <sstream>
 
 #include "cli/batch_command.hpp"
+#include "cli/command_fixture.hpp"
 #include "cli/run_command.hpp"
-#include "korvex/sqlite.hpp"
 #include "support.hpp"
 
 namespace korvex::cli {
 namespace {
 
-using korvex::testing::ScratchDir;
-
-const std::string kUnchanged = "E1=0.000000 ";
-
-void makeDatabase(const std::string& path) {
-  DatabaseResult<SqliteDatabase> db = SqliteDatabase::open(path, SqliteDatabase::Mode::Create);
-  ASSERT_TRUE(db.ok()) << path;
-  ASSERT_TRUE(db.value()
-                  .execute("CREATE TABLE pay (code TEXT PRIMARY KEY, wage REAL); "
-                           "INSERT INTO pay VALUES ('E1', 0)")
-                  .ok());
-}
-
-// The table as "code=wage " for each row, or why it cannot be read.
-std::string rows(const std::string& path) {
-  DatabaseResult<SqliteDatabase> db = SqliteDatabase::open(path);
-  if (!db.ok()) return toUtf8(db.error().message);
-  DatabaseResult<SqlResult> result = db.value().query(u"SELECT code, wage FROM pay");
-  if (!result.ok()) return toUtf8(result.error().message);
-  std::string out;
-  for (const auto& row : result.value().rows) {
-    out += toUtf8(row[0].stringValue()) + "=" + std::to_string(row[1].doubleValue()) + " ";
-  }
-  return out;
-}
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
-
 // `korvex run --db DB --record SQL SCRIPT` or `korvex batch SCRIPT --db DB
 // --record SQL`, the script setting the current row's wage to 7.
-Outcome korvex(const std::string& command, const ScratchDir& dir, const std::string& db,
-               const std::string& record) {
-  const std::string script = dir.file("pay.bas");
-  std::ofstream(script, std::ios::binary) << "wage = 7\r\n";
-  std::vector<std::string_view> args{command, "--db", db, "--record", record};
-  args.insert(command == "run" ? args.end() : args.begin() + 1, script);
+Outcome korvex(const std::string& command, const Files& f, const std::string& record) {
+  std::vector<std::string_view> args{command, "--db", f.db, "--record", record};
+  args.insert(command == "run" ? args.end() : args.begin() + 1, f.script);
   const CommandLine c = parseCommandLine(args);
   std::istringstream in;
   std::ostringstream out, err;
@@ -64,6 +29,8 @@ Outcome korvex(const std::string& command, const ScratchDir& dir, const std::str
   if (c.action == CommandLine::Action::Batch) status = runBatchCommand(c.batch, in, out, err);
   return {status, out.str(), err.str()};
 }
+
+constexpr const char* kSeven = "wage = 7\r\n";
 
 // "x" and "p" are what a name split at ";" or "=" would open instead.
 TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
@@ -78,21 +45,22 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
   for (const std::string command : {"run", "batch"}) {
     for (const auto& f : kFiles) {
       SCOPED_TRACE(command + " " + f.name);
-      ScratchDir dir;
-      makeDatabase(dir.file("x"));
-      makeDatabase(dir.file("p"));
-      const std::string db = dir.file(f.name);
-      if (f.exists) makeDatabase(db);
-      const Outcome r = korvex(command, dir, db, "SELECT * FROM pay");
+      const Files f0 = makeFiles("names", kSeven, "x");
+      const std::string dir = f0.db.substr(0, f0.db.size() - 1);
+      makePayDatabase(dir + "p");
+      Files file{dir + f.name, f0.script};
+      if (!f.exists) std::filesystem::remove(file.db);
+      if (f.exists && file.db != f0.db) makePayDatabase(file.db);
+      const Outcome r = korvex(command, file, "SELECT * FROM pay WHERE code = 'E1'");
       if (f.exists) {
         EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(rows(db), "E1=7.000000 ");
+        EXPECT_EQ(wages(file.db).substr(0, 12), "E1=7.000000 ");
       } else {
         EXPECT_EQ(r.status, 2);
         EXPECT_NE(r.err.find("不存在"), std::string::npos) << r.err;
       }
-      EXPECT_EQ(rows(dir.file("x")), kUnchanged);
-      EXPECT_EQ(rows(dir.file("p")), kUnchanged);
+      EXPECT_EQ(wages(dir + "x"), kUnchanged);
+      EXPECT_EQ(wages(dir + "p"), kUnchanged);
     }
   }
 }
@@ -116,19 +84,17 @@ TEST(DatabaseOptions, RecordTakesOneStatementThatOnlyReads) {
   for (const std::string command : {"run", "batch"}) {
     for (const auto& c : kCases) {
       SCOPED_TRACE(command + " " + c.record);
-      ScratchDir dir;
-      const std::string db = dir.file("pay.db");
-      makeDatabase(db);
-      const Outcome r = korvex(command, dir, db, c.record);
+      const Files f = makeFiles("record", kSeven);
+      const Outcome r = korvex(command, f, c.record);
       if (c.errPart == nullptr) {
         EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(rows(db), "E1=7.000000 ");
+        EXPECT_EQ(wages(f.db).substr(0, 12), "E1=7.000000 ");
         continue;
       }
       EXPECT_EQ(r.status, 2);
       EXPECT_EQ(r.out, "");
       EXPECT_NE(r.err.find(c.errPart), std::string::npos) << r.err;
-      EXPECT_EQ(rows(db), kUnchanged);
+      EXPECT_EQ(wages(f.db), kUnchanged);
     }
   }
 }
