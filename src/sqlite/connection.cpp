@@ -7,6 +7,7 @@
 #include "sqlite/objects.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::ds {
 
@@ -286,12 +287,8 @@ DispatchResult Connection::callMethod(std::u16string_view name, std::span<const 
 namespace korvex {
 
 std::u16string dataSource(std::string_view path) {
-  std::u16string quoted = u"Data Source=\"";
-  for (char16_t c : fromUtf8(path)) {
-    if (c == u'"') quoted += u'"';
-    quoted += c;
-  }
-  return quoted + u'"';
+  const std::u16string name = fromUtf8(path);
+  return u"Data Source=" + doubleQuoted(std::u16string_view(name));
 }
 
 }  // namespace korvex

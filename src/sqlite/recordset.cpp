@@ -13,6 +13,7 @@
 #include "sqlite/objects.hpp"
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::ds {
 
@@ -54,14 +55,7 @@ DispatchResult faultResult(const vb::RuntimeError& e) {
   return DispatchResult::failure(e.number(), std::move(text));
 }
 
-std::u16string quoted(std::u16string_view name) {
-  std::u16string out = u"\"";
-  for (char16_t c : name) {
-    if (c == u'"') out += u'"';
-    out += c;
-  }
-  return out + u"\"";
-}
+std::u16string quoted(std::u16string_view name) { return doubleQuoted(name); }
 
 // Whether a field holds what it held when read: the same type and value.
 bool sameStored(const Value& a, const Value& b) {

@@ -15,6 +15,7 @@
 #include "sqlite/objects.hpp"
 #include "sqlite/sql_dialect.hpp"
 #include "sqlite/sqlite_functions.hpp"
+#include "values/text_scan.hpp"
 
 namespace korvex::ds {
 
@@ -60,14 +61,7 @@ bool equalsAsciiNoCase(std::string_view a, std::string_view b) {
          });
 }
 
-std::string quotedName(std::string_view name) {
-  std::string out = "\"";
-  for (char c : name) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  return out + "\"";
-}
+std::string quotedName(std::string_view name) { return doubleQuoted(name); }
 
 // Where columns can be added at the end of the select list of a statement
 // that reads each of its rows from one row of one table: before its FROM

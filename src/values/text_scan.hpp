@@ -50,6 +50,20 @@ constexpr std::u16string_view firstLine(std::u16string_view s) noexcept {
   return s.substr(0, s.find(u'\r'));
 }
 
+/// The text in double quotes, a quote inside written twice: an SQL
+/// identifier, a connection-string value.
+template <typename Char>
+std::basic_string<Char> doubleQuoted(std::basic_string_view<Char> text) {
+  std::basic_string<Char> out(1, Char('"'));
+  out.reserve(text.size() + 2);
+  for (const Char c : text) {
+    if (c == Char('"')) out += c;
+    out += c;
+  }
+  out += Char('"');
+  return out;
+}
+
 /// Equality with ASCII letters compared case-insensitively (keywords).
 bool equalsNoCase(std::u16string_view a, std::u16string_view b) noexcept;
 
