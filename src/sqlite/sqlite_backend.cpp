@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <variant>
 #include <vector>
 
@@ -209,6 +210,49 @@ class SqliteBackend final : public Backend {
     }
     const std::optional<std::size_t> at = selectListEnd(sql);
     if (!at) return std::nullopt;
+    identity = identityOf(table);
+    if (identity.empty()) return std::nullopt;
+    std::string text(sql.substr(0, *at));
+    for (const std::string& column : identity) text += ", " + quotedName(column);
+    text += " ";
+    text += sql.substr(*at);
+    DatabaseResult<SqliteStatement> traced = db_.prepare(text);
+    if (!traced.ok()) return std::nullopt;
+    SqliteStatement& t = traced.value();
+    const int hidden = static_cast<int>(identity.size());
+    if (t.columnCount() != columns + hidden) return std::nullopt;
+    for (int i = 0; i < hidden; ++i) {
+      if (t.tableName(columns + i) != table) return std::nullopt;
+    }
+    for (int i = 0; i < columns; ++i) {
+      if (t.tableName(i) != table || t.originName(i) != st.originName(i)) {
+        return std::nullopt;
+      }
+    }
+    return std::move(traced).value();
+  }
+
+  // What tells a table's rows apart: its row identity or, for a table
+  // without one, its primary key; empty when neither can be named. Looked
+  // up once per table while the schema stays as it was (scripts may create
+  // and drop tables), since every query of one table's columns asks.
+  const std::vector<std::string>& identityOf(const std::string& table) {
+    if (!schemaVersion_) schemaVersion_.emplace(valueOrThrow(db_.prepare("PRAGMA schema_version")));
+    valueOrThrow(schemaVersion_->step());
+    const SqlCell version = schemaVersion_->cell(0);
+    schemaVersion_->reset();  // an open statement would keep the schema from changing
+    const long long* v = std::get_if<long long>(&version);
+    if (v == nullptr || *v != identitiesVersion_) {
+      identities_.clear();
+      identitiesVersion_ = v != nullptr ? *v : -1;
+    }
+    auto known = identities_.find(table);
+    if (known == identities_.end()) known = identities_.emplace(table, lookUpIdentity(table)).first;
+    return known->second;
+  }
+
+  std::vector<std::string> lookUpIdentity(const std::string& table) {
+    std::vector<std::string> identity;
     std::vector<std::string> names;
     std::vector<std::pair<long long, std::string>> keys;
     SqliteStatement info =
@@ -235,25 +279,7 @@ class SqliteBackend final : public Backend {
       std::sort(keys.begin(), keys.end());
       for (auto& k : keys) identity.push_back(std::move(k.second));
     }
-    if (identity.empty()) return std::nullopt;
-    std::string text(sql.substr(0, *at));
-    for (const std::string& column : identity) text += ", " + quotedName(column);
-    text += " ";
-    text += sql.substr(*at);
-    DatabaseResult<SqliteStatement> traced = db_.prepare(text);
-    if (!traced.ok()) return std::nullopt;
-    SqliteStatement& t = traced.value();
-    const int hidden = static_cast<int>(identity.size());
-    if (t.columnCount() != columns + hidden) return std::nullopt;
-    for (int i = 0; i < hidden; ++i) {
-      if (t.tableName(columns + i) != table) return std::nullopt;
-    }
-    for (int i = 0; i < columns; ++i) {
-      if (t.tableName(i) != table || t.originName(i) != st.originName(i)) {
-        return std::nullopt;
-      }
-    }
-    return std::move(traced).value();
+    return identity;
   }
 
   // The rows of a statement; its last `hidden` columns are the row
@@ -317,6 +343,9 @@ class SqliteBackend final : public Backend {
   }
 
   SqliteDatabase db_;
+  std::optional<SqliteStatement> schemaVersion_;
+  std::unordered_map<std::string, std::vector<std::string>> identities_;
+  long long identitiesVersion_ = -1;
 };
 
 }  // namespace
