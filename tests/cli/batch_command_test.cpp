@@ -147,15 +147,10 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
 
 // `korvex batch SCRIPT --db DB --record RECORD --json MORE`.
 Outcome run(const Files& f, std::vector<std::string_view> more = {},
-            std::string_view record = "SELECT * FROM pay") {
+            std::string_view record = "SELECT * FROM pay", std::ostream* to = nullptr) {
   std::vector<std::string_view> args{"batch", f.script, "--db", f.db, "--record", record, "--json"};
   args.insert(args.end(), more.begin(), more.end());
-  const CommandLine c = parseCommandLine(args);
-  EXPECT_EQ(c.action, CommandLine::Action::Batch) << c.error;
-  std::istringstream in;
-  std::ostringstream out, err;
-  const int status = runBatchCommand(c.batch, in, out, err);
-  return {status, out.str(), err.str()};
+  return korvex(args, {}, to);
 }
 
 // Exit codes are written as numbers: they are what callers of the command see.
@@ -195,18 +190,10 @@ TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
 }
 
 TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
-  struct Full : std::streambuf {
-    int overflow(int) override { return traits_type::eof(); }
-  } full;
-  const Files f = makeFiles("full");
-  const std::vector<std::string_view> args{
-      "batch", f.script, "--db", f.db, "--record", "SELECT * FROM pay", "--dry-run"};
-  const CommandLine c = parseCommandLine(args);
-  std::istringstream in;
-  std::ostream out(&full);
-  std::ostringstream err;
-  EXPECT_EQ(runBatchCommand(c.batch, in, out, err), 2);
-  EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
+  FullStream full;
+  const Outcome r = run(makeFiles("full"), {"--dry-run"}, "SELECT * FROM pay", &full);
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("无法写出运行结果"), std::string::npos) << r.err;
 }
 
 // A script's own SQL cannot write, whatever it tries: the connections it

@@ -4,8 +4,14 @@
 
 #include <filesystem>
 #include <fstream>
+#include <span>
+#include <sstream>
 #include <string>
+#include <string_view>
 
+#include "cli/batch_command.hpp"
+#include "cli/options.hpp"
+#include "cli/run_command.hpp"
 #include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 
@@ -59,9 +65,30 @@ inline const std::string kUnchanged =
     "E1=0.000000 E2=0.000000 E3=0.000000 E4=0.000000 E5=0.000000 E6=0.000000 ";
 
 struct Outcome {
-  int status;
+  int status = -1;
   std::string out;
   std::string err;
 };
+
+/// A stream that takes nothing: a full disk, a closed pipe.
+struct FullStream : private std::streambuf, public std::ostream {
+  FullStream() : std::ostream(this) {}
+  int overflow(int) override { return std::streambuf::traits_type::eof(); }
+};
+
+/// `korvex ARGS` (run or batch) with `input` as standard input; what it
+/// prints goes to `to` when given.
+inline Outcome korvex(std::span<const std::string_view> args, const std::string& input = {},
+                      std::ostream* to = nullptr) {
+  const CommandLine c = parseCommandLine(args);
+  std::istringstream in(input);
+  std::ostringstream out, err;
+  std::ostream& o = to != nullptr ? *to : out;
+  Outcome r;
+  if (c.action == CommandLine::Action::Run) r.status = runScript(c.run, in, o, err);
+  if (c.action == CommandLine::Action::Batch) r.status = runBatchCommand(c.batch, in, o, err);
+  if (r.status < 0) ADD_FAILURE() << c.error;
+  return {r.status, out.str(), err.str()};
+}
 
 }  // namespace korvex::cli

@@ -21,13 +21,7 @@ namespace {
 Outcome korvex(const std::string& command, const Files& f, const std::string& record) {
   std::vector<std::string_view> args{command, "--db", f.db, "--record", record};
   args.insert(command == "run" ? args.end() : args.begin() + 1, f.script);
-  const CommandLine c = parseCommandLine(args);
-  std::istringstream in;
-  std::ostringstream out, err;
-  int status = -1;
-  if (c.action == CommandLine::Action::Run) status = runScript(c.run, in, out, err);
-  if (c.action == CommandLine::Action::Batch) status = runBatchCommand(c.batch, in, out, err);
-  return {status, out.str(), err.str()};
+  return cli::korvex(args);
 }
 
 constexpr const char* kSeven = "wage = 7\r\n";

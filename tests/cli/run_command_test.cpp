@@ -16,6 +16,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "cli/command_fixture.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/workbook.hpp"
 #include "support.hpp"
@@ -79,28 +80,18 @@ TEST(ConsoleUserInterface, InputBoxReadsALine) {
   }
 }
 
-struct RunResult {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
 // `korvex run ARGS`, with `input` as standard input.
-RunResult run(std::vector<std::string_view> args, const std::string& input = {}) {
+Outcome run(std::vector<std::string_view> args, const std::string& input = {},
+            std::ostream* to = nullptr) {
   args.insert(args.begin(), "run");
-  const CommandLine c = parseCommandLine(args);
-  EXPECT_EQ(c.action, CommandLine::Action::Run) << c.error;
-  std::istringstream in(input);
-  std::ostringstream out, err;
-  const int status = runScript(c.run, in, out, err);
-  return {status, out.str(), err.str()};
+  return korvex(args, input, to);
 }
 
 // A name set again moves to the end.
 TEST(RunScript, PresetsAreEvaluatedInOrder) {
-  const RunResult r = run({"--json", "--set", "A=1", "--set", "N=NULL", "--set", "s=\"abc\"",
-                           "--set", "D=#2005-03-01#", "--set", "a=4 + 1", "-"},
-                          "DIM x\r\nx = A + 1\r\n");
+  const Outcome r = run({"--json", "--set", "A=1", "--set", "N=NULL", "--set", "s=\"abc\"", "--set",
+                         "D=#2005-03-01#", "--set", "a=4 + 1", "-"},
+                        "DIM x\r\nx = A + 1\r\n");
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find(R"("variables": {"N": {"type": "Null", "value": null}, )"
                        R"("S": {"type": "String", "value": "abc"}, )"
@@ -112,7 +103,7 @@ TEST(RunScript, PresetsAreEvaluatedInOrder) {
 }
 
 TEST(RunScript, ConsoleModePrintsMessagesAndTheError) {
-  const RunResult r = run({"-"}, "MSGBOX \"工资 12\"\r\nRAISEERROR \"bad\"\r\nMSGBOX 2\r\n");
+  const Outcome r = run({"-"}, "MSGBOX \"工资 12\"\r\nRAISEERROR \"bad\"\r\nMSGBOX 2\r\n");
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.out, "\xE5\xB7\xA5\xE8\xB5\x84 12\n");
   EXPECT_EQ(r.err, "\xE9\x94\x99\xE8\xAF\xAF 2000: bad : \xE8\xA1\x8C\xE5\x8F\xB7 2\n");
@@ -138,7 +129,7 @@ TEST(RunScript, UsageErrorsRunNothing) {
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.args.front());
-    const RunResult r = run(c.args, "MSGBOX 1\r\n");
+    const Outcome r = run(c.args, "MSGBOX 1\r\n");
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.out, "");
     for (const auto& part : c.errParts) EXPECT_NE(r.err.find(part), std::string::npos) << r.err;
@@ -146,21 +137,14 @@ TEST(RunScript, UsageErrorsRunNothing) {
 }
 
 TEST(RunScript, AnOutcomeThatCannotBeWrittenIsNoSuccess) {
-  struct Full : std::streambuf {
-    int overflow(int) override { return traits_type::eof(); }
-  } full;
-  std::istringstream in("MSGBOX 1\r\n");
-  std::ostream out(&full);
-  std::ostringstream err;
-  RunOptions o;
-  o.script = "-";
-  o.json = true;
-  EXPECT_EQ(runScript(o, in, out, err), 2);
-  EXPECT_NE(err.str().find("无法写出运行结果"), std::string::npos) << err.str();
+  FullStream full;
+  const Outcome r = run({"--json", "-"}, "MSGBOX 1\r\n", &full);
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("无法写出运行结果"), std::string::npos) << r.err;
 }
 
 TEST(RunScript, EndlessInputIsAnOverLongScript) {
-  const RunResult r = run({"--json", "/dev/zero"});
+  const Outcome r = run({"--json", "/dev/zero"});
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.out.rfind(R"({"errNum": 6, "errMsg": "溢出",)", 0), 0u) << r.out;
 }
@@ -241,8 +225,8 @@ TEST(RunWorkbook, SheetAndSaveTargets) {
   std::ifstream original(a, std::ios::binary);
   const std::string before((std::istreambuf_iterator<char>(original)), {});
 
-  RunResult r = run({"--workbook", a, "--sheet", "sheet1", "--save", b, "-"},
-                    "DIM x\r\nx = GETCELL(\"A\", 1) + 1\r\nx = SETCELL(\"A\", 2, x)\r\n");
+  Outcome r = run({"--workbook", a, "--sheet", "sheet1", "--save", b, "-"},
+                  "DIM x\r\nx = GETCELL(\"A\", 1) + 1\r\nx = SETCELL(\"A\", 2, x)\r\n");
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(cellText(b, 2, 1), "6");
   std::ifstream after(a, std::ios::binary);

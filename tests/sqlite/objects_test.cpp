@@ -152,9 +152,6 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
       {"create table t (a int); insert into t values (1);"
        "create table w (k text primary key) without rowid; insert into w values ('x')",
        "select t.a from t, w", u"a", plusOne, untraceable, "group_concat(a)", "1"},
-      {"create table t (a text, b int); insert into t values ('x', 1)",
-       "select t.b, g.姓名 from t join 工资表2005年03月 g on 1 = 1", u"b", plusOne, untraceable,
-       "group_concat(b)", "1"},
       {"create table t (b int); insert into t values (1), (2)", "select sum(b) as b from t", u"b",
        plusOne, untraceable, "group_concat(b)", "1,2"},
       {"create table t (b int); insert into t values (1); create view v as select * from t",

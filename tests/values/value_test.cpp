@@ -5,16 +5,6 @@
 namespace korvex {
 namespace {
 
-TEST(Value, NumberTypeExcludesBooleanAndDate) {
-  for (const Value& v : {Value::integer(1), Value::lng(1), Value::dbl(1), Value::currency({})}) {
-    EXPECT_TRUE(v.isNumberType()) << typeName(v.type());
-  }
-  for (const Value& v :
-       {Value::boolean(true), Value::date(1), Value::string(u"1"), Value(), Value::null()}) {
-    EXPECT_FALSE(v.isNumberType()) << typeName(v.type());
-  }
-}
-
 TEST(Array, BoundsAndRowMajorIndexing) {
   // 1 To 2, -1 To 1: six elements, last index fastest.
   Array a({{1, 2}, {-1, 3}});
