@@ -69,7 +69,7 @@ void BM_PayrollBatch(benchmark::State& state) {
   for (auto _ : state) {
     std::string error;
     std::optional<korvex::cli::BatchDatabase> db =
-        korvex::cli::openBatchDatabase(path, kRecord, true, error);
+        korvex::cli::openBatchDatabase(path, kRecord, true, nullptr, error);
     if (!db) {
       state.SkipWithError(error.c_str());
       break;

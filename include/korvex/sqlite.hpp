@@ -36,6 +36,7 @@
 //   if (done.ok()) done = db.commit();
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
@@ -66,14 +67,23 @@ class SqlLog {
   std::vector<std::u16string> texts_;
 };
 
+/// How the objects of a factory open their databases.
+struct SqliteAccess {
+  /// Every database is opened for reading only (by the open flags, which
+  /// no statement can undo): what a host hands scripts that must not write.
+  bool readOnly = false;
+  /// Once this flag is raised (from any thread or a signal handler), the
+  /// statement running on any of those databases stops with an error, and
+  /// so does every statement started after. Must outlive the databases.
+  const std::atomic<bool>* interrupt = nullptr;
+};
+
 /// Makes "Connection", "Recordset" and "Command" objects (names matched
 /// case-insensitively) on SQLite. Every object it makes, and every object
-/// those make, records its SQL texts in `log` when one is given.
-/// With `readOnly` every database those objects open is opened for reading
-/// only (by the open flags, which no statement can undo): what a host
-/// hands scripts that must not write.
+/// those make, records its SQL texts in `log` when one is given, and opens
+/// its databases as `access` says.
 std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log = nullptr,
-                                                   bool readOnly = false);
+                                                   SqliteAccess access = {});
 
 /// Creates a Connection with the factory and opens it; the result's value
 /// is the open connection, or the failure says why.
@@ -246,6 +256,10 @@ class SqliteDatabase {
   DatabaseResult<> rollback();
   /// While on, the connection refuses every statement that would write.
   DatabaseResult<> setQueryOnly(bool on);
+  /// From now on a statement of this connection stops with an error soon
+  /// after `flag` is raised (nullptr: never). `flag` must outlive the
+  /// connection.
+  void interruptWhen(const std::atomic<bool>* flag) noexcept;
 
   /// What a payroll SQL text holds, as the database compiles it (adapted as
   /// query() adapts it) without running any of it.

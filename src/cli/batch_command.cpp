@@ -16,9 +16,9 @@ namespace korvex::cli {
 
 namespace {
 
-// Ctrl-C or a kill stops the batch: no new rows start and nothing is
-// committed. A second signal ends the process at once, which leaves the
-// database as it was too, since the writes were never committed.
+// Ctrl-C or a kill stops the batch: the SQL statements running are
+// interrupted, no new rows start and nothing is committed. A second signal ends the process at
+// once, which leaves the database as it was too, since the writes were never committed.
 std::atomic<bool> gStop{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
@@ -63,7 +63,7 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   const std::optional<std::string> bytes = readScriptBytes(options.script, in, error);
   if (!bytes) return usageError(err, error);
   std::optional<BatchDatabase> db =
-      openBatchDatabase(options.database, options.record, !options.dryRun, error);
+      openBatchDatabase(options.database, options.record, !options.dryRun, &gStop, error);
   if (!db) return usageError(err, error);
 
   BatchJob job;

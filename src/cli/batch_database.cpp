@@ -81,8 +81,8 @@ DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string
 
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, bool forWriting,
-                                               std::string& error) {
-  auto objects = sqliteObjectFactory();
+                                               const std::atomic<bool>* stop, std::string& error) {
+  auto objects = sqliteObjectFactory(nullptr, {.interrupt = stop});
   ObjectRef connection;
   if (!openDatabaseOption(*objects, path, connection, error)) return std::nullopt;
   // A connection of the SQLite factory, open: it always has a database.
@@ -117,12 +117,12 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   db.writer = std::make_unique<RecordsetWriter>(std::move(database), std::move(recordset));
 
   const std::u16string connect = dataSource(path);
-  db.openWorker = [connect]() -> BatchJob::EngineSetup {
+  db.openWorker = [connect, stop]() -> BatchJob::EngineSetup {
     // The factory goes to the engines even without a connection: the rows
     // then fail for want of one, as they would anywhere. Every database its
     // objects open ("use NAME" included) is opened for reading only, which
-    // no statement of a script can undo.
-    auto factory = sqliteObjectFactory(nullptr, true);
+    // no statement of a script can undo; a stop ends the statement running.
+    auto factory = sqliteObjectFactory(nullptr, {.readOnly = true, .interrupt = stop});
     ObjectRef parent;
     if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
       parent = connectParent(c.value.objectValue());

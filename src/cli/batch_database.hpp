@@ -23,9 +23,10 @@ struct BatchDatabase {
 /// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
 /// statement that only reads; `forWriting` takes the write lock first (a
 /// batch that will write back). nullopt with `error` set (one line, for a
-/// usage error) when any of it fails.
+/// usage error) when any of it fails. Raising `stop` interrupts the SQL
+/// statement that runs on any of its connections at the time.
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, bool forWriting,
-                                               std::string& error);
+                                               const std::atomic<bool>* stop, std::string& error);
 
 }  // namespace korvex::cli

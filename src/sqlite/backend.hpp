@@ -94,7 +94,7 @@ class Backend {
 };
 
 /// Opens a SQLite file; it must exist. Throws DbError.
-std::shared_ptr<Backend> openSqlite(const std::string& path, bool readOnly = false);
+std::shared_ptr<Backend> openSqlite(const std::string& path, SqliteAccess access = {});
 /// The file a catalog name stands for beside an open SQLite file.
 std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog);
 

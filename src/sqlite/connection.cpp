@@ -163,7 +163,7 @@ DispatchResult Connection::open() {
   // Another catalog than the file itself is the file of that name beside it.
   if (!wanted.empty() && wanted != stem(fromUtf8(path))) path = sqliteCatalogPath(path, wanted);
   try {
-    backend_ = openSqlite(path, readOnly_);
+    backend_ = openSqlite(path, access_);
     path_ = path;
     return DispatchResult::success();
   } catch (const DbError& e) {
@@ -184,7 +184,7 @@ DispatchResult Connection::setCatalog(const Value& value) {
   }
   // Changing the catalog of an open connection moves it to that database.
   try {
-    backend_ = openSqlite(sqliteCatalogPath(path_, name), readOnly_);
+    backend_ = openSqlite(sqliteCatalogPath(path_, name), access_);
     path_ = sqliteCatalogPath(path_, name);
     catalog_ = std::move(name);
     return DispatchResult::success();

@@ -10,12 +10,12 @@ namespace {
 
 class SqliteFactory final : public ObjectFactory {
  public:
-  SqliteFactory(std::shared_ptr<SqlLog> log, bool readOnly)
-      : log_(std::move(log)), readOnly_(readOnly) {}
+  SqliteFactory(std::shared_ptr<SqlLog> log, SqliteAccess access)
+      : log_(std::move(log)), access_(access) {}
 
   ObjectRef create(std::u16string_view className) override {
     if (host::equalsNoCase(className, u"Connection"))
-      return std::make_shared<ds::Connection>(log_, readOnly_);
+      return std::make_shared<ds::Connection>(log_, access_);
     if (host::equalsNoCase(className, u"Recordset")) return std::make_shared<ds::Recordset>();
     if (host::equalsNoCase(className, u"Command")) return std::make_shared<ds::Command>();
     return nullptr;
@@ -23,7 +23,7 @@ class SqliteFactory final : public ObjectFactory {
 
  private:
   std::shared_ptr<SqlLog> log_;
-  bool readOnly_;
+  SqliteAccess access_;
 };
 
 class ConnectParent final : public host::PropertyObject {
@@ -42,8 +42,9 @@ class ConnectParent final : public host::PropertyObject {
 
 }  // namespace
 
-std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log, bool readOnly) {
-  return std::make_shared<SqliteFactory>(std::move(log), readOnly);
+std::shared_ptr<ObjectFactory> sqliteObjectFactory(std::shared_ptr<SqlLog> log,
+                                                   SqliteAccess access) {
+  return std::make_shared<SqliteFactory>(std::move(log), access);
 }
 
 DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connectionString) {

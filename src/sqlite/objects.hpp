@@ -32,10 +32,9 @@ DispatchResult providerError(std::u16string message);
 
 class Connection final : public HostObject, public std::enable_shared_from_this<Connection> {
  public:
-  /// `readOnly`: every database this connection opens is opened for reading
-  /// only.
-  Connection(std::shared_ptr<SqlLog> log, bool readOnly)
-      : log_(std::move(log)), readOnly_(readOnly) {}
+  /// `access`: how every database this connection opens is opened.
+  Connection(std::shared_ptr<SqlLog> log, SqliteAccess access)
+      : log_(std::move(log)), access_(access) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override;
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
@@ -55,7 +54,7 @@ class Connection final : public HostObject, public std::enable_shared_from_this<
   std::u16string catalog() const;
 
   std::shared_ptr<SqlLog> log_;
-  bool readOnly_ = false;
+  SqliteAccess access_;
   std::u16string connectionString_;
   std::optional<std::u16string> catalog_;  // "Initial Catalog" set by the user
   std::shared_ptr<Backend> backend_;

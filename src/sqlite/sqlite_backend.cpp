@@ -350,9 +350,11 @@ class SqliteBackend final : public Backend {
 
 }  // namespace
 
-std::shared_ptr<Backend> openSqlite(const std::string& path, bool readOnly) {
-  return std::make_shared<SqliteBackend>(valueOrThrow(SqliteDatabase::open(
-      path, readOnly ? SqliteDatabase::Mode::ReadOnly : SqliteDatabase::Mode::Existing)));
+std::shared_ptr<Backend> openSqlite(const std::string& path, SqliteAccess access) {
+  SqliteDatabase db = valueOrThrow(SqliteDatabase::open(
+      path, access.readOnly ? SqliteDatabase::Mode::ReadOnly : SqliteDatabase::Mode::Existing));
+  db.interruptWhen(access.interrupt);
+  return std::make_shared<SqliteBackend>(std::move(db));
 }
 
 std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog) {

@@ -227,4 +227,23 @@ DatabaseResult<> SqliteDatabase::setQueryOnly(bool on) {
   return execute(on ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0");
 }
 
+namespace {
+
+// Asked every few thousand steps of a statement: a nonzero answer stops it
+// with SQLITE_INTERRUPT. An atomic load is all a signal may have raised.
+int stopWhenRaised(void* flag) {
+  return static_cast<const std::atomic<bool>*>(flag)->load(std::memory_order_relaxed) ? 1 : 0;
+}
+
+}  // namespace
+
+void SqliteDatabase::interruptWhen(const std::atomic<bool>* flag) noexcept {
+  if (flag == nullptr) {
+    sqlite3_progress_handler(handle_->db, 0, nullptr, nullptr);
+  } else {
+    sqlite3_progress_handler(handle_->db, 4096, stopWhenRaised,
+                             const_cast<std::atomic<bool>*>(flag));
+  }
+}
+
 }  // namespace korvex

@@ -17,6 +17,7 @@
 #include <thread>
 #include <tuple>
 
+#include "cli/batch_database.hpp"
 #include "cli/batch_report.hpp"
 #include "cli/batch_runner.hpp"
 #include "cli/command_fixture.hpp"
@@ -194,6 +195,37 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
   const Outcome r = run(makeFiles("full"), {"--dry-run"}, "SELECT * FROM pay", &full);
   EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("无法写出运行结果"), std::string::npos) << r.err;
+}
+
+// A stop reaches into the SQL a row is running: a query of a billion steps
+// ends within moments, and nothing is written.
+TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
+  const Files f =
+      makeFiles("interrupt",
+                "DIM n\r\nn = DoSQL(\"WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
+                "FROM c WHERE x < 1000000000) SELECT count(*) FROM c\")\r\nwage = n\r\n");
+  std::atomic<bool> stop{false};
+  std::string error;
+  std::optional<BatchDatabase> db =
+      openBatchDatabase(f.db, "SELECT * FROM pay", true, &stop, error);
+  ASSERT_TRUE(db) << error;
+  BatchJob job;
+  std::ifstream in(f.script, std::ios::binary);
+  job.script = fromUtf8(std::string((std::istreambuf_iterator<char>(in)), {}));
+  job.jobs = 2;
+  job.openWorker = db->openWorker;
+  job.stop = &stop;
+  const auto started = std::chrono::steady_clock::now();
+  std::jthread stopper([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    stop = true;
+  });
+  const BatchSummary s = runBatch(db->table, job, db->writer.get());
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+  EXPECT_TRUE(s.interrupted);
+  EXPECT_FALSE(s.committed);
+  db.reset();
+  EXPECT_EQ(wages(f.db), kUnchanged);
 }
 
 // A script's own SQL cannot write, whatever it tries: the connections it
