@@ -79,22 +79,30 @@ class SheetReader : public XmlHandler {
               std::uint64_t& cellsLeft)
       : s_(sheet), strings_(strings), styles_(styles), cellsLeft_(cellsLeft) {}
 
+  // Rows are taken only as children of sheetData, cells only as children
+  // of a row, a cell's parts only as its children: the patch replaces and
+  // inserts whole rows and cells, which is faithful only at those places.
   void onStart(const XmlStart& e) override {
+    ++depth_;
     if (!e.inMain()) {
       capture_ = nullptr;
       return;
     }
+    const bool inRow = rowDepth_ != 0 && depth_ == rowDepth_ + 1;
+    const bool inCell = cellDepth_ != 0 && depth_ == cellDepth_ + 1;
     if (e.name == "dimension") {
       s_.hasDimension_ = true;
       s_.dimBegin_ = e.begin;
       s_.dimEnd_ = e.tagEnd;
       if (const auto* ref = e.attribute("ref")) s_.dimRef_ = std::string(*ref);
     } else if (e.name == "sheetData") {
-      s_.hasSheetData_ = inData_ = true;
+      s_.hasSheetData_ = true;
+      dataDepth_ = depth_;
       s_.dataBegin_ = e.begin;
       s_.dataTagEnd_ = e.tagEnd;
       s_.prefix_ = elementPrefix(s_.xml_, e.begin);
-    } else if (inData_ && e.name == "row") {
+    } else if (dataDepth_ != 0 && depth_ == dataDepth_ + 1 && e.name == "row") {
+      rowDepth_ = depth_;
       // A row without a number follows the one before; the next number is
       // taken wide, so that one after the last the sheet has is refused
       // rather than overflowing.
@@ -111,7 +119,8 @@ class SheetReader : public XmlHandler {
       auto& row = s_.rows_[row_];
       row.begin = e.begin;
       row.tagEnd = e.tagEnd;
-    } else if (inData_ && e.name == "c") {
+    } else if (inRow && e.name == "c") {
+      cellDepth_ = depth_;
       if (cellsLeft_ == 0) {
         fail("单元格太多 (所有工作表与共享字符串合计的上限已到)");
         return;
@@ -134,10 +143,10 @@ class SheetReader : public XmlHandler {
       value_.clear();
       text_.clear();
       hasValue_ = hasFormula_ = inInline_ = false;
-    } else if (e.name == "v") {
+    } else if (inCell && e.name == "v") {
       capture_ = &value_;
       hasValue_ = true;
-    } else if (e.name == "f") {
+    } else if (inCell && e.name == "f") {
       capture_ = &slot_.content.formula;
       hasFormula_ = true;
       const auto* t = e.attribute("t");
@@ -146,7 +155,7 @@ class SheetReader : public XmlHandler {
         slot_.sharedIndex = toInt(*si, -1);
         slot_.sharedMaster = e.attribute("ref") != nullptr;
       }
-    } else if (e.name == "is") {
+    } else if (inCell && e.name == "is") {
       inInline_ = true;
       hasValue_ = true;
     } else if (e.name == "rPh") {
@@ -158,21 +167,24 @@ class SheetReader : public XmlHandler {
 
   void onEnd(std::string_view ns, std::string_view name, std::size_t end) override {
     capture_ = nullptr;
+    const int depth = depth_--;
     if (ns != kMainNs && ns != kStrictMainNs) return;
     if (name == "rPh") {
       skipping_ = false;
-    } else if (name == "is") {
+    } else if (name == "is" && depth == cellDepth_ + 1) {
       inInline_ = false;
-    } else if (name == "c" && inData_) {
+    } else if (depth == cellDepth_) {
+      cellDepth_ = 0;
       slot_.end = end;
       finishCell();
       s_.rows_[row_].cells[column_] = std::move(slot_);
-    } else if (name == "row" && inData_) {
+    } else if (depth == rowDepth_) {
+      rowDepth_ = 0;
       s_.rows_[row_].end = end;
     } else if (name == "dimension") {
       s_.dimEnd_ = end;
-    } else if (name == "sheetData") {
-      inData_ = false;
+    } else if (depth == dataDepth_) {
+      dataDepth_ = 0;
       s_.dataEnd_ = end;
     }
   }
@@ -237,7 +249,9 @@ class SheetReader : public XmlHandler {
   const std::vector<std::u16string>& strings_;
   const Styles& styles_;
   std::uint64_t& cellsLeft_;
-  bool inData_ = false, inInline_ = false, skipping_ = false;
+  // How deep the open sheetData, row and cell are (0: none open).
+  int depth_ = 0, dataDepth_ = 0, rowDepth_ = 0, cellDepth_ = 0;
+  bool inInline_ = false, skipping_ = false;
   bool hasValue_ = false, hasFormula_ = false;
   std::int32_t row_ = 0, column_ = 0;
   SheetPart::Slot slot_;
@@ -290,28 +304,34 @@ void SheetPart::write(CellRef ref, CellContent content) {
 }
 
 std::string SheetPart::cellXml(CellRef ref, std::int32_t style, const CellContent& c,
-                               Styles& styles) const {
+                               const std::string& prefix, Styles& styles) const {
   using Kind = CellContent::Kind;
+  // An element spelled with the prefix in use where it goes.
+  const auto element = [&prefix](std::string_view name, const std::string& content,
+                                 std::string_view attributes = {}) {
+    std::string out = "<" + prefix;
+    out.append(name).append(attributes).append(">").append(content);
+    return out.append("</").append(prefix).append(name).append(">");
+  };
   std::string type, body;
   switch (c.kind) {
     case Kind::Blank:
       if (style <= 0) return {};  // nothing left to keep
       break;
     case Kind::Formula:
-      body = "<" + prefix_ + "f>" + escapeXml(c.formula) + "</" + prefix_ + "f>";
+      body = element("f", escapeXml(c.formula));
       break;
     case Kind::Error:
       type = "e";
-      body =
-          "<" + prefix_ + "v>" + escapeXml(toUtf8(c.value.stringValue())) + "</" + prefix_ + "v>";
+      body = element("v", escapeXml(toUtf8(c.value.stringValue())));
       break;
     case Kind::Value: {
       const Value& v = c.value;
       std::string text;
       if (v.isString()) {
         type = "inlineStr";
-        body = "<" + prefix_ + "is><" + prefix_ + "t xml:space=\"preserve\">" +
-               escapeXml(toUtf8(v.stringValue())) + "</" + prefix_ + "t></" + prefix_ + "is>";
+        body = element("is",
+                       element("t", escapeXml(toUtf8(v.stringValue())), " xml:space=\"preserve\""));
         break;
       }
       if (v.type() == VarType::Boolean) {
@@ -324,20 +344,19 @@ std::string SheetPart::cellXml(CellRef ref, std::int32_t style, const CellConten
       } else {
         text = numberText(v.doubleValue());
       }
-      body = "<" + prefix_ + "v>" + text + "</" + prefix_ + "v>";
+      body = element("v", text);
       break;
     }
   }
-  std::string out = "<" + prefix_ + "c r=\"" + cellName(ref) + "\"";
-  if (style >= 0) out += " s=\"" + std::to_string(style) + "\"";
-  if (!type.empty()) out += " t=\"" + type + "\"";
-  if (body.empty()) return out + "/>";
-  return out + ">" + body + "</" + prefix_ + "c>";
+  std::string attributes = " r=\"" + cellName(ref) + "\"";
+  if (style >= 0) attributes += " s=\"" + std::to_string(style) + "\"";
+  if (!type.empty()) attributes += " t=\"" + type + "\"";
+  if (body.empty()) return "<" + prefix + "c" + attributes + "/>";
+  return element("c", body, attributes);
 }
 
 std::string SheetPart::patched(Styles& styles) const {
   Splicer edits;
-  const std::string rowClose = "</" + prefix_ + "row>";
   const bool dataEmpty = dataEnd_ == dataTagEnd_;
   std::string newRowsForEmptyData;
   CellRef low{kMaxRows + 1, kMaxColumns + 1}, high{0, 0};
@@ -359,8 +378,10 @@ std::string SheetPart::patched(Styles& styles) const {
     std::string text;
     if (row == rows_.end()) {
       text = "<" + prefix_ + "row r=\"" + std::to_string(r) + "\">";
-      for (const auto& [c, content] : written) text += cellXml({r, c}, -1, *content, styles);
-      text += rowClose;
+      for (const auto& [c, content] : written) {
+        text += cellXml({r, c}, -1, *content, prefix_, styles);
+      }
+      text += "</" + prefix_ + "row>";
       if (dataEmpty) {
         newRowsForEmptyData += text;
         continue;
@@ -372,8 +393,9 @@ std::string SheetPart::patched(Styles& styles) const {
       continue;
     }
     // An existing row: its start tag, then old and written cells merged by
-    // column.
+    // column, new ones spelled as the row is (its prefix is bound inside it).
     const Row& old = row->second;
+    const std::string prefix = elementPrefix(xml_, old.begin);
     std::string start = xml_.substr(old.begin, old.tagEnd - old.begin);
     // "spans" is a hint of the columns the row uses; written cells may fall
     // outside it, so it goes.
@@ -399,14 +421,14 @@ std::string SheetPart::patched(Styles& styles) const {
           style = oldCell->second.style;
           ++oldCell;
         }
-        text += cellXml({r, newCell->first}, style, *newCell->second, styles);
+        text += cellXml({r, newCell->first}, style, *newCell->second, prefix, styles);
         ++newCell;
       } else {
         text.append(xml_, oldCell->second.begin, oldCell->second.end - oldCell->second.begin);
         ++oldCell;
       }
     }
-    text += rowClose;
+    text += "</" + prefix + "row>";
     edits.replace(old.begin, old.end, std::move(text));
   }
   if (dataEmpty && !newRowsForEmptyData.empty()) {
@@ -428,7 +450,8 @@ std::string SheetPart::patched(Styles& styles) const {
     const std::string ref = low.row == high.row && low.column == high.column
                                 ? cellName(low)
                                 : cellName(low) + ":" + cellName(high);
-    edits.replace(dimBegin_, dimEnd_, "<" + prefix_ + "dimension ref=\"" + ref + "\"/>");
+    edits.replace(dimBegin_, dimEnd_,
+                  "<" + elementPrefix(xml_, dimBegin_) + "dimension ref=\"" + ref + "\"/>");
   }
   return edits.apply(xml_);
 }

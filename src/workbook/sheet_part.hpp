@@ -64,7 +64,8 @@ class SheetPart {
   };
   friend class SheetReader;
 
-  std::string cellXml(CellRef ref, std::int32_t style, const CellContent& c, Styles& styles) const;
+  std::string cellXml(CellRef ref, std::int32_t style, const CellContent& c,
+                      const std::string& prefix, Styles& styles) const;
 
   std::string xml_;
   DateSystem dates_;

@@ -22,6 +22,18 @@ namespace korvex {
 namespace xlsx {
 namespace {
 
+// A part of the package as UTF-8 XML, whatever encoding it was stored in;
+// nullopt with `error` empty when there is no such part.
+std::optional<std::string> readXml(const ZipPackage& pkg, const std::string& part,
+                                   std::string& error) {
+  std::optional<std::string> xml = pkg.read(part, error);
+  if (xml && !toUtf8Document(*xml, error)) {
+    error = part + ": " + error;
+    return std::nullopt;
+  }
+  return xml;
+}
+
 constexpr std::string_view kRelsNs = "http://schemas.openxmlformats.org/package/2006/relationships";
 constexpr std::string_view kStylesType =
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles";
@@ -133,7 +145,7 @@ bool readRelationships(const ZipPackage& pkg, const std::string& part,
                        std::vector<Relationship>& out, std::string& error) {
   out.clear();
   const std::string relsPart = relsPartOf(part);
-  const auto xml = pkg.read(relsPart, error);
+  const auto xml = readXml(pkg, relsPart, error);
   if (!xml) return error.empty();
   std::vector<Element> elements;
   if (!collect(*xml, elements, error)) {
@@ -308,7 +320,7 @@ bool Workbook::Data::load(std::string& error) {
   for (const auto& r : rels) {
     if (endsWith(r.type, "/officeDocument")) workbookPart = r.target;
   }
-  const auto workbookXml = package.read(workbookPart, error);
+  const auto workbookXml = readXml(package, workbookPart, error);
   if (!workbookXml) {
     if (error.empty()) error = "缺少工作簿部件 " + workbookPart;
     return false;
@@ -324,7 +336,7 @@ bool Workbook::Data::load(std::string& error) {
     if (endsWith(r.type, "/styles")) stylesPart = r.target;
     if (endsWith(r.type, "/calcChain")) calcChainPart = r.target;
     if (endsWith(r.type, "/sharedStrings")) {
-      const auto xml = package.read(r.target, error);
+      const auto xml = readXml(package, r.target, error);
       if (!xml && !error.empty()) return false;
       if (xml) {
         SharedStringReader reader(sharedStrings, cellsLeft);
@@ -337,7 +349,7 @@ bool Workbook::Data::load(std::string& error) {
   }
   std::string stylesXml;
   if (!stylesPart.empty()) {
-    const auto xml = package.read(stylesPart, error);
+    const auto xml = readXml(package, stylesPart, error);
     if (!xml && !error.empty()) return false;
     if (xml) stylesXml = *xml;
   }
@@ -363,7 +375,7 @@ bool Workbook::Data::load(std::string& error) {
     return false;
   }
   for (auto& sheet : sheets) {
-    auto xml = package.read(sheet.part, error);
+    auto xml = readXml(package, sheet.part, error);
     if (!xml) {
       if (error.empty()) error = "缺少工作表部件 " + sheet.part;
       return false;
@@ -390,8 +402,8 @@ bool Workbook::Data::serialize(std::string& out, std::string& error) {
       // content type.
       stylesPart = "xl/styles.xml";
       const std::string rels = relsPartOf(workbookPart);
-      auto relsXml = pkg.read(rels, error);
-      auto types = pkg.read("[Content_Types].xml", error);
+      auto relsXml = readXml(pkg, rels, error);
+      auto types = readXml(pkg, "[Content_Types].xml", error);
       if (!relsXml || !types) {
         if (error.empty()) error = "缺少包关系部件";
         return false;
@@ -410,7 +422,7 @@ bool Workbook::Data::serialize(std::string& out, std::string& error) {
     // would make it wrong, and it is rebuilt when the workbook is opened.
     pkg.remove(calcChainPart);
     for (const std::string& part : {relsPartOf(workbookPart), std::string("[Content_Types].xml")}) {
-      auto xml = pkg.read(part, error);
+      auto xml = readXml(pkg, part, error);
       std::vector<Element> elements;
       if (!xml || !collect(*xml, elements, error)) return false;
       std::vector<std::pair<std::size_t, std::size_t>> drop;
@@ -424,7 +436,7 @@ bool Workbook::Data::serialize(std::string& out, std::string& error) {
     }
   }
   if (formulaWritten) {
-    auto xml = pkg.read(workbookPart, error);
+    auto xml = readXml(pkg, workbookPart, error);
     if (!xml || !markFullRecalc(*xml, error)) return false;
     pkg.put(workbookPart, std::move(*xml));
   }

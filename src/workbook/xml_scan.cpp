@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <exception>
 #include <memory>
 #include <new>
+
+#include "korvex/value.hpp"
 
 namespace korvex::xlsx {
 
@@ -145,6 +148,89 @@ bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error) {
             " 行: " + XML_ErrorString(XML_GetErrorCode(parser.get())) + ")";
     return false;
   }
+  return true;
+}
+
+namespace {
+
+enum class WideOrder { None, Little, Big };
+
+// UTF-16 told by its byte order mark, or by how "<?" is spelled without one.
+WideOrder wideOrder(std::string_view b) {
+  if (b.starts_with("\xFF\xFE") || b.starts_with(std::string_view("<\0?\0", 4))) {
+    return WideOrder::Little;
+  }
+  if (b.starts_with("\xFE\xFF") || b.starts_with(std::string_view("\0<\0?", 4))) {
+    return WideOrder::Big;
+  }
+  return WideOrder::None;
+}
+
+std::string fromWide(std::string_view b, WideOrder order) {
+  std::u16string units(b.size() / 2, u'\0');
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const auto first = static_cast<unsigned char>(b[2 * i]);
+    const auto second = static_cast<unsigned char>(b[2 * i + 1]);
+    units[i] = static_cast<char16_t>(order == WideOrder::Little ? first | second << 8
+                                                                : first << 8 | second);
+  }
+  if (!units.empty() && units.front() == u'\uFEFF') units.erase(0, 1);
+  return toUtf8(units);
+}
+
+std::string fromLatin1(std::string_view b) {
+  std::string out;
+  out.reserve(b.size());
+  for (const char c : b) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      out += c;
+    } else {
+      out += static_cast<char>(0xC0 | byte >> 6);
+      out += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+  }
+  return out;
+}
+
+bool sameLetters(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) ==
+                  std::tolower(static_cast<unsigned char>(y));
+         });
+}
+
+}  // namespace
+
+bool toUtf8Document(std::string& xml, std::string& error) {
+  const WideOrder wide = wideOrder(xml);
+  if (wide != WideOrder::None) {
+    if (xml.size() % 2 != 0) {
+      error = "UTF-16 编码的部件字节数不完整";
+      return false;
+    }
+    xml = fromWide(xml, wide);
+  }
+  // The declaration's encoding, if it names one.
+  const std::size_t start = xml.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  if (xml.compare(start, 5, "<?xml") != 0) return true;
+  const std::size_t declEnd = xml.find("?>", start);
+  const std::size_t key = xml.find("encoding", start);
+  if (declEnd == std::string::npos || key == std::string::npos || key > declEnd) return true;
+  const std::size_t quote = xml.find_first_of("\"'", key);
+  const std::size_t close = quote < declEnd ? xml.find(xml[quote], quote + 1) : std::string::npos;
+  if (close == std::string::npos || close > declEnd) return true;  // the scan tells what is wrong
+  const std::string_view name = std::string_view(xml).substr(quote + 1, close - quote - 1);
+  if (sameLetters(name, "UTF-8")) return true;
+  const bool latin1 = sameLetters(name, "ISO-8859-1") || sameLetters(name, "latin1");
+  if (!latin1 && !sameLetters(name, "US-ASCII") && !sameLetters(name, "UTF-16")) {
+    error = "不支持的字符编码 " + std::string(name) + " (只接受 UTF-8、UTF-16、ISO-8859-1)";
+    return false;
+  }
+  std::string rest = xml.substr(close);
+  if (latin1) rest = fromLatin1(rest);
+  xml.replace(quote + 1, std::string::npos, "UTF-8");
+  xml += rest;
   return true;
 }
 

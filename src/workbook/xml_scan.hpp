@@ -58,6 +58,13 @@ class XmlHandler {
 /// handler's fail() and when memory runs out.
 bool scanXml(std::string_view xml, XmlHandler& handler, std::string& error);
 
+/// Makes a part's bytes UTF-8 in whatever encoding a reader must accept
+/// them (UTF-8 with or without a byte order mark, UTF-16 either way round,
+/// ISO-8859-1, US-ASCII) and its declaration say UTF-8: what the scan
+/// reads and what a patch splices in are then of one encoding. false with
+/// a message for any other encoding.
+bool toUtf8Document(std::string& xml, std::string& error);
+
 /// Escapes text for element content (and attribute values with `attribute`).
 std::string escapeXml(std::string_view text, bool attribute = false);
 

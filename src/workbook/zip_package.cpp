@@ -56,6 +56,14 @@ bool ZipPackage::load(std::string bytes, std::string& error) {
     const char* name = zip_get_name(r.zip, static_cast<zip_uint64_t>(i), 0);
     if (name != nullptr) names_.emplace_back(name);
   }
+  // Two entries of one name: readers differ in which they take, so no
+  // patch of either could be sure to be seen.
+  std::vector<std::string_view> sorted(names_.begin(), names_.end());
+  std::sort(sorted.begin(), sorted.end());
+  if (const auto twice = std::adjacent_find(sorted.begin(), sorted.end()); twice != sorted.end()) {
+    error = "zip 包中有两个同名的部件 " + std::string(*twice);
+    return false;
+  }
   return true;
 }
 
