@@ -7,9 +7,12 @@ set -eu
 cd "$(dirname "$0")/.."
 jobs="${KORVEX_JOBS:-2}"
 
-# What the build needs, as setup.sh installs it; LibreOffice for the
-# workbook interop test (which is skipped if it cannot be installed).
+# What the build needs, as setup.sh installs it; Python as the second
+# reader of the saved workbooks and LibreOffice for the workbook interop
+# test (each test is skipped if its reader cannot be installed).
 scripts/deps.sh
+scripts/deps.sh python3 ||
+  echo "test: could not install python3; saved workbooks will not be read a second time" >&2
 if ! command -v soffice >/dev/null 2>&1; then
   scripts/deps.sh libreoffice-calc-nogui ||
     echo "test: could not install LibreOffice; the interop test will be skipped" >&2

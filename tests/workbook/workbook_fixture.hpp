@@ -2,11 +2,13 @@
 // to a private temporary directory.
 #pragma once
 
+#include <array>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <string>
 
+#include "korvex/workbook.hpp"
 #include "support.hpp"
 #include "workbook/zip_package.hpp"
 
@@ -87,6 +89,30 @@ inline std::map<std::string, std::string> sampleParts() {
                                   "><sheetData><row r=\"1\"><c r=\"A1\"><v>7</v></c></row>"
                                   "</sheetData></worksheet>";
   return p;
+}
+
+/// The cells of a workbook's sheets through the host objects, as a script
+/// reaches them: read as "Type:text", written as given.
+inline ObjectRef object(const DispatchResult& r) {
+  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
+  return r.ok() ? r.value.objectValue() : nullptr;
+}
+
+inline ObjectRef cell(Workbook& book, const Value& sheet, std::int32_t row, std::int32_t column) {
+  const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
+  return object(object(book.sheet(sheet))->getProperty(u"Cells", at));
+}
+
+inline std::string read(Workbook& book, std::int32_t row, std::int32_t column,
+                        std::u16string_view member = u"Value") {
+  const DispatchResult r = cell(book, Value::lng(1), row, column)->getProperty(member, {});
+  return r.ok() ? describe(r.value) : "error " + std::to_string(r.number);
+}
+
+inline void write(Workbook& book, std::int32_t row, std::int32_t column, const Value& v,
+                  std::u16string_view member = u"Value") {
+  const DispatchResult r = cell(book, Value::lng(1), row, column)->setProperty(member, {}, v);
+  ASSERT_TRUE(r.ok()) << toUtf8(r.description);
 }
 
 /// Writes the parts as an .xlsx file; returns its path.

@@ -15,28 +15,6 @@
 namespace korvex::testing {
 namespace {
 
-ObjectRef object(const DispatchResult& r) {
-  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
-  return r.ok() ? r.value.objectValue() : nullptr;
-}
-
-ObjectRef cell(Workbook& book, const Value& sheet, std::int32_t row, std::int32_t column) {
-  const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
-  return object(object(book.sheet(sheet))->getProperty(u"Cells", at));
-}
-
-std::string read(Workbook& book, std::int32_t row, std::int32_t column,
-                 std::u16string_view member = u"Value") {
-  const DispatchResult r = cell(book, Value::lng(1), row, column)->getProperty(member, {});
-  return r.ok() ? describe(r.value) : "error " + std::to_string(r.number);
-}
-
-void write(Workbook& book, std::int32_t row, std::int32_t column, const Value& v,
-           std::u16string_view member = u"Value") {
-  const DispatchResult r = cell(book, Value::lng(1), row, column)->setProperty(member, {}, v);
-  ASSERT_TRUE(r.ok()) << toUtf8(r.description);
-}
-
 // The file at `path` with its directory claiming `size` bytes for `part`
 // once inflated; returns the path.
 std::string declareSize(const std::string& path, const std::string& part, std::uint32_t size) {
