@@ -10,6 +10,9 @@ namespace korvex::ds {
 
 namespace {
 
+// 2^53: every whole number below it in magnitude is exact as a Double.
+constexpr double kExactLimit = 9007199254740992.0;
+
 bool contains(const std::string& upper, std::string_view word) {
   return upper.find(word) != std::string::npos;
 }
@@ -143,6 +146,11 @@ Value storedValue(std::int32_t type, const Value& v, const Locale& loc) {
     default:
       return Value::string(vb::toString(v, loc));
   }
+}
+
+bool exactIn(std::int32_t type, const Value& v) {
+  return type != kTypeBigInt || v.type() != VarType::Double ||
+         std::fabs(v.doubleValue()) < kExactLimit;
 }
 
 SqlParameter parameterOf(const Value& v) {

@@ -33,6 +33,11 @@ Value fieldValue(std::int32_t type, Value stored);
 /// value does not convert (text into a Date field, ...).
 Value storedValue(std::int32_t type, const Value& v, const Locale& loc);
 
+/// Whether a value of a field of the given type (as read, or as storedValue
+/// makes it) stands for exactly one stored number: a 64-bit integer beyond
+/// 2^53 is only the nearest Double, whose neighbours it cannot tell apart.
+bool exactIn(std::int32_t type, const Value& v);
+
 /// The parameter a script value binds as: whole Doubles as integers.
 SqlParameter parameterOf(const Value& v);
 /// The parameter that writes a stored value (from storedValue) back into a

@@ -111,10 +111,17 @@ DispatchResult RecordsetData::update() {
       // A value put back as it was is not written: writing it could only
       // change how it is stored.
       if (!changed[i] || sameStored(current()[i], original[i])) continue;
+      const Value stored = storedValue(columns[i].type, current()[i], loc);
+      if (!exactIn(columns[i].type, original[i]) || !exactIn(columns[i].type, stored)) {
+        // A number computed from a neighbour of the stored one, or one that
+        // would store a neighbour of itself.
+        revert();
+        return providerError(u"无法更新: 字段 " + columns[i].name +
+                             u" 的值超出脚本数值能精确表示的范围 (±2^53)。");
+      }
       if (!params.empty()) sql += u", ";
       sql += quoted(columns[i].origin) + u" = " + backend->placeholder(params.size());
-      params.push_back(
-          writtenParameter(columns[i].type, storedValue(columns[i].type, current()[i], loc)));
+      params.push_back(writtenParameter(columns[i].type, stored));
     }
     if (!params.empty()) {
       std::vector<SqlCell>& id = rowIdentities[static_cast<std::size_t>(position)];

@@ -100,9 +100,13 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
   const Change plusOne = [](const Value& v) {
     return Value::dbl(vb::toDouble(v, Locale::zhCN()) + 1);
   };
+  const Change minusOne = [](const Value& v) {
+    return Value::dbl(vb::toDouble(v, Locale::zhCN()) - 1);
+  };
   const Change same = [](const Value& v) { return v; };
   const Change appendFE = [](const Value& v) { return Value::string(v.stringValue() + u"\xFE"); };
   const std::string untraceable = "无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。";
+  const std::string inexact = "无法更新: 字段 v 的值超出脚本数值能精确表示的范围 (±2^53)。";
   struct Case {
     const char* table;
     const char* select;
@@ -120,6 +124,14 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
        "group_concat(k || ':' || v, '|')", "9007199254740992:1|9007199254740993:4"},
       {"create table t (k integer primary key, v int); insert into t values (3000000000, 1)",
        "select k, v from t", u"v", plusOne, "", "group_concat(k || ':' || v)", "3000000000:3"},
+      // A value beyond 2^53 is read as a neighbour: computed from, or put
+      // back as it is, it would store another number. Kept as read, it is.
+      {"create table t (v bigint); insert into t values (9007199254740993)", "select v from t",
+       u"v", minusOne, inexact, "group_concat(v)", "9007199254740993"},
+      {"create table t (v bigint); insert into t values (9007199254740993)", "select v from t",
+       u"v", same, "", "group_concat(v)", "9007199254740993"},
+      {"create table t (v bigint); insert into t values (9007199254740990)", "select v from t",
+       u"v", plusOne, inexact, "group_concat(v)", "9007199254740991"},
       // Without a key: a changed row must not be taken for the next one.
       {"create table t (x int); insert into t values (1), (2), (3)", "select x from t", u"x",
        plusOne, "", "group_concat(x, '|')", "3|4|5"},
