@@ -85,7 +85,13 @@ const ScriptCase kStatements[] = {
     {"DIM n\nDo Until 1\nDo While 0\nn = 1\nLoop\nn = 2\nLoop",
      "err 15 Loop 或 End Do 缺少 Do : 行号 7 | N=Double:2"},
     {"DIM n\nDo While 1\nIf 1 Then\nExit Do\nEnd If\nLoop\nn = 1", "N=Double:1"},
-    {"DIM n\nn = 0\nDo While n < 2\nn = n + 1\nDo While 1\nExit Do\nLoop\nLoop", "N=Double:2"},
+    {"DIM n\nn = 0\nDo While n < 2\nn = n + 1\nDo While 1\nExit Do\nLoop\nEnd Do", "N=Double:2"},
+    // Null and Empty conditions count as false
+    {"DIM n, x\nn = NULL\nDo While n\nMSGBOX 1\nLoop\nDo While x\nMSGBOX 2\nLoop\nDo Until n\nn = 3\nLoop",
+     "X=Empty: | N=Double:3"},
+    // the second pass of a loop evaluates the line again
+    {"DIM i, x\ni = 0\nDo While i < 3\nx = 10 / (1 - i)\ni = i + 1\nLoop",
+     "err 4 类型不匹配 : 行号 4 | X=Double:10 | I=Double:1 | box 表达式错误类型不匹配 Line:4"},
     {"DIM n\nDo While 1\nExit Do\nDo While 0\nLoop\nn = 5\nLoop\nn = n + 1", "N=Double:1"},
     {"Do While 0\nx#y = 1\nLoop\nDIM z", "err 0 错误的符号或变量名称#' | Z=Empty:"},
     {"Do While 0\nIf a\nLoop\nDIM z", "err 0 If 语句缺 'Then' | Z=Empty:"},
@@ -128,7 +134,7 @@ const ScriptCase kStatements[] = {
      "S=String:1 | R=String:st"},
     {"DIM d\nd = #2005-01-01#\nIf d Then MSGBOX \"d\"",
      "err 13 类型不匹配 | D=Date:2005/1/1"},
-    {"If False Then\nIf True Then\nMSGBOX 1\nEnd If\nElse\nMSGBOX 2\nEnd If", "box 2"},
+    {"If False Then\nIf True Then\nElse\nMSGBOX 1\nEnd If\nMSGBOX 3\nElse\nMSGBOX 2\nEnd If", "box 2"},
     {"DIM s\ns = \"abc\"\nIf s Then\nEnd If", "err 13 类型不匹配 | S=String:abc"},
     {"DIM s\ns = \"abc\"\nIf s Then MSGBOX 1", "err 13 类型不匹配 | S=String:abc"},
     {"DIM n\nn = NULL\nIf n Then\nMSGBOX 1\nElse ' other\nMSGBOX 2\nend if", "N=Null: | box 2"},
