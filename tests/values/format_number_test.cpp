@@ -66,7 +66,8 @@ TEST(FormatNumber, UserDefinedPatterns) {
       // sections: positive; negative; zero; Null
       {5, "$#,##0;($#,##0)", "$5"}, {-5, "$#,##0;($#,##0)", "($5)"}, {0.5, "$#,##0;($#,##0)", "$1"},
       {0, "0.0;-0.0;\"零\"", "零"}, {0.001, "0.0;-0.0;\"零\"", "0.0"}, {-3, "0;;\"零\"", "-3"},
-      {-3, "0;\\N0", "N3"}, {7, "0;(0);\\Z;\\N", "7"},
+      {-3, "0;\\N0", "N3"}, {7, "0;(0);\\Z;\\N", "7"}, {-0.125, "0.00;(0.00)", "(0.13)"},
+      {0, "#,##0;;\\零", "零"},
   };
   // clang-format on
   for (const auto& c : cases) {
@@ -97,7 +98,7 @@ TEST(FormatNumber, OtherValueTypesNullAndTheEmptyFormat) {
       {Value::null(), "0;(0);\\Z;\"空\"", "空"}, {Value::null(), "0.00", ""},
       {Value::null(), "0;(0);\\Z", ""}, {Value::dbl(0.1 + 0.2), "", "0.3"},
       {Value::integer(23), "", "23"}, {Value::boolean(true), "", "True"}, {Value::null(), "", ""},
-      {Value(), "", ""},
+      {Value(), "", ""}, {Value::date(38027.5), "", "2004/2/10 12:00:00"},
   };
   // clang-format on
   for (const auto& c : cases) {
@@ -126,6 +127,7 @@ TEST(FormatNumber, NamedNumberFormats) {
       {Value::dbl(1234.567), "Fixed", "1234.57", "1234.57"},
       {Value::dbl(-0.5), "Fixed", "-0.50", "-0.50"},
       {Value::dbl(1234.567), "Standard", "1,234.57", "1,234.57"},
+      {Value::dbl(-1234.5), "Standard", "-1,234.50", "-1,234.50"},
       {Value::dbl(0.5), "Percent", "50.00%", "50.00%"},
       {Value::dbl(1234.5), "Scientific", "1.23E+03", "1.23E+03"},
       {Value::dbl(0), "Yes/No", "No", "No"}, {Value::dbl(-3), "Yes/No", "Yes", "Yes"},
