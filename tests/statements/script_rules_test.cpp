@@ -15,9 +15,7 @@ using namespace std::literals;
 // clang-format off
 const ScriptCase kStatements[] = {
     // the run loop driving statements: line suffixes, END, loops sharing state
-    {"Dim a\na = 1\na = a + 1", "A=Double:2"},
     {"' first\nraiseerror \"bad data\"", "err 2000 bad data : 行号 2"},
-    {"RaiseError(5)", "err -2147220004 错误的符号或变量名称(' : 行号 1"},
     {"RaiseError 1, 2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1, 2} : 行号 1"},
     {"If 1 = 1 Then zz = 1", "err 5 变量未定义 'zz' : 行号 1 : 行号 1"},
     {"Dim i\ni = 0\nDo While i < 3\ni = i + 1\nLoop\nEnd\nx", "I=Double:3"},
@@ -53,15 +51,14 @@ const ScriptCase kStatements[] = {
      "err 1 语法错{DIM} : 行号 3 | A=Empty: | B=Empty: | C=Empty: | X=Empty:"},
     {"DIM x, ab-c", "err 3 错误的符号或变量名称 '-' : 行号 1 | X=Empty:"},
     {"DIM a' note", "err 3 错误的符号或变量名称 ''' : 行号 1"},
-    {"DIM a, b\na = 5\nDIM b, a, c", "B=Empty: | A=Double:5 | C=Empty:"},
+    {"DIM a, b\na = 5\nDIM b, a, c\nDim 工资, 金额_1\ndim DIM,d",
+     "B=Empty: | A=Double:5 | C=Empty: | 工资=Empty: | 金额_1=Empty: | D=Empty:"},
     {"DIM a,", "err 1 语法错{DIM} : 行号 1 | A=Empty:"},
     {"DIM 1x", "err 3 错误的符号或变量名称 '1'{DIM} : 行号 1"},
     {"DIM ab#c", "err 3 错误的符号或变量名称 '#' : 行号 1"},
-    {"DIM a DIM", "err 1 语法错 : 行号 1 | A=Empty:"}, {"DIM ,a", "err 1 语法错 : 行号 1"},
+{"DIM ,a", "err 1 语法错 : 行号 1"},
     {"DIM a, b ,c\nc = (1 + 2) * 3\na = 1 + 2 * 3\nb = \"it's\" ' note\nDIM a",
      "C=Double:9 | A=Double:7 | B=String:it's"},
-    {"Dim 工资, 金额_1", "工资=Empty: | 金额_1=Empty:"}, 
-    {"dim DIM,a", "A=Empty:"}, 
     {"DIM a b", "err 1 语法错 : 行号 1 | A=Empty:"},
     // do
     {"Do ' While 1", "err 1 语法错 : 行号 1"},
@@ -76,7 +73,6 @@ const ScriptCase kStatements[] = {
     {"DIM i\ni = 5\nDo While i < 3\nMSGBOX i\nLoop\nMSGBOX \"after\"", "I=Double:5 | box after"},
     {"Do While ' none\nLoop", "err 13 Do 语句缺表达式 : 行号 1"},
     {"Do While 0\nDo While 1\nLoop\nMSGBOX \"x\"\nLoop\nMSGBOX \"end\"", "box end"},
-    {"DIM a\nDo", "err 1 语法错 : 行号 2 | A=Empty:"},
     {"Do While 0\nEnd Do x", "err 1 语法错 : 行号 2"},
     {"Exit Do", "err 16 Exit Do 不在 Do...Loop 内 : 行号 1"},
     {"Do While 0\nLoop While x", "err 1 语法错 : 行号 2"},
@@ -94,7 +90,6 @@ const ScriptCase kStatements[] = {
      "err 4 类型不匹配 : 行号 4 | X=Double:10 | I=Double:1 | box 表达式错误类型不匹配 Line:4"},
     {"DIM n\nDo While 1\nExit Do\nDo While 0\nLoop\nn = 5\nLoop\nn = n + 1", "N=Double:1"},
     {"Do While 0\nx#y = 1\nLoop\nDIM z", "err 0 错误的符号或变量名称#' | Z=Empty:"},
-    {"Do While 0\nIf a\nLoop\nDIM z", "err 0 If 语句缺 'Then' | Z=Empty:"},
     {"DIM n\nDo While 0\nIf 1 Then\nn = 1\nEnd If\nLoop", "N=Empty:"},
     // else
     {"Do While 1\nElse\nLoop", "err 7 Else 没有 If : 行号 2"},
@@ -109,21 +104,17 @@ const ScriptCase kStatements[] = {
     {"DIM x\nx = () + 1", "X=Double:1"},
     // end
     {"If 1 Then\nDo While 1\nMSGBOX 1", "err -2147220004 Do 没有 Loop 或 End Do : 行号 4 | box 1"},
-    {"Do Until 0\nEnd Do now", "err 1 语法错 : 行号 2"},
     {"If 1 Then\nEnd If x", "err 12 End If 语法错 : 行号 2"},
     {"If 1 Then\nEnd If'c", "err 1 语法错 : 行号 2"},
-    {"DIM a\nEnd Loop", "err 1 语法错 : 行号 2 | A=Empty:"},
     {"DIM a\nDo While 1\nIf 1 Then\nEnd ' stop here\na = 1", "A=Empty:"},
     // error
     {"DIM a\na = 1\na = a + nosuch", "err 56 遇到不可识别的符号或变量名 : 行号 3 | A=Double:1"},
     // exit
-    {"Exit", "err 1 语法错 : 行号 1"},
     {"Do While 1\nExit Do\nEnd If\nLoop", "err 11 End If 语句无 If : 行号 2"},
     {"Do While 1\nExit Do now\nLoop", "err 1 语法错 : 行号 2"},
     {"Do While 1\nExit Do", "err 14 Do 没有 Loop 或 End Do : 行号 2"},
     {"DIM n\nn = 0\nDo While 1\n  n = n + 1\n  If n >= 2 Then Exit Do\nLoop",
      "err 16 Exit Do 不在 Do...Loop 内 : 行号 1 : 行号 5 | N=Double:2"},
-    {"Exit For", "err 19 不能识别的语句 : 行号 1"},
     {"Do While 1\nExit Do\nx#y = 1\nLoop\nDIM z", "err 0 错误的符号或变量名称#' | Z=Empty:"},
     // if
     {"DIM thenx\nthenx = 0\nIf thenx = 0 Then MSGBOX \"a\"\nIf 1 Then\tMSGBOX \"b\"\nIf 1 Then ' "
@@ -136,7 +127,6 @@ const ScriptCase kStatements[] = {
      "err 13 类型不匹配 | D=Date:2005/1/1"},
     {"If False Then\nIf True Then\nElse\nMSGBOX 1\nEnd If\nMSGBOX 3\nElse\nMSGBOX 2\nEnd If", "box 2"},
     {"DIM s\ns = \"abc\"\nIf s Then\nEnd If", "err 13 类型不匹配 | S=String:abc"},
-    {"DIM s\ns = \"abc\"\nIf s Then MSGBOX 1", "err 13 类型不匹配 | S=String:abc"},
     {"DIM n\nn = NULL\nIf n Then\nMSGBOX 1\nElse ' other\nMSGBOX 2\nend if", "N=Null: | box 2"},
     {"DIM a\nIf 1 Then 1x = 2",
      "err -2147220004 错误的符号或变量名称 : 行号 1 : 行号 2 | A=Empty:"},
@@ -185,44 +175,33 @@ const ScriptCase kStatements[] = {
     {"Loop", "err 15 Loop 或 End Do 缺少 Do : 行号 1"},
     // messages
     {"MsgBox 'x", "err 1 语法错 : 行号 1"}, {"RaiseError NULL", "err 94 无效使用 Null"},
-    {"RaiseError 42\nMsgBox 1", "err 2000 42 : 行号 1"},
     // move
     {"移至顶部 x", "err -2147220004 语法错 : 行号 1"},
     {"DIM a\nMoveLast ' go\na = 1", "err 102 对象变量或 With 块变量未设置 : 行号 2 | A=Empty:"},
     // msgbox
-    {"DIM e\nMsgBox e\nMsgBox 1 > 2\nMsgBox Empty & \"|\"", "E=Empty: | box  | box False | box |"},
-    {"MSGBOX\t1 < 2\nmsgbox \"it's\" ' c\nMsgBox NULL\nMsgBox 1/4",
-     "box True | box it's | box  | box 0.25"},
-    {"DIM s, x\ns = \"Bad\"\nx = NULL\nMsgBox s & \" data\"\nMsgBox x\nmsgbox 1 + 2 * 3 & \"!\"",
-     "S=String:Bad | X=Null: | box Bad data | box  | box 7!"},
+    {"DIM e, s\ns = \"Bad\"\nMsgBox e\nMsgBox 1 > 2\nMsgBox Empty & \"|\"\nMSGBOX\t1 < 2\nmsgbox \"it's\" ' c\n"
+     "MsgBox NULL\nMsgBox 1/4\nMsgBox s & \" data\"\nmsgbox 1 + 2 * 3 & \"!\"",
+     "E=Empty: | S=String:Bad | box  | box False | box | | box True | box it's | box  | box 0.25 | "
+     "box Bad data | box 7!"},
     // name
     {"DIM a, b, c, d, e\na = len(\"abc\")\nb = Len(12.5)\nc = ucase(\"ab\")\nd = lCaSe(\"AB\")\ne "
      "= UCASE(12)",
      "A=Long:3 | B=Long:4 | C=String:AB | D=String:ab | E=String:12"},
-    {"DIM ǎ, ǚ\nǚ = 2", "Ǎ=Empty: | Ǚ=Double:2"},
     {"DIM ⅰ\nⅠ = 1\nMSGBOX ⅰ + 1", "Ⅰ=Double:1 | box 2"},
-    // names
-    {"DIM _x, 工资1\n_x = 1\n工资1 = _x + 1", "_X=Double:1 | 工资1=Double:2"},
     // raiseerror
     {"raiseerror 1 = 1", "err 2000 True : 行号 1"},
     {"RaiseError \"工资错误\" ' note", "err 2000 工资错误 : 行号 1"},
     {"RaiseError ()", "err 6 错误的参数表达式或参数个数{语句:RaiseError()} : 行号 1"},
     {"RaiseError  \"a, b\" & 1 + 1", "err 2000 a, b2 : 行号 1"},
-    {"RaiseError 1，2", "err 6 错误的参数表达式或参数个数{语句:RaiseError1，2} : 行号 1"},
     {"RaiseError (7)", "err 2000 7 : 行号 1"},
-    {"RaiseError (1, 2)", "err 6 错误的参数表达式或参数个数{语句:RaiseError(1, 2)} : 行号 1"},
     {"RaiseError ", "err 6 错误的参数表达式或参数个数{语句:RaiseError} : 行号 1"},
     {"  RaiseError a,", "err 6 错误的参数表达式或参数个数{语句:RaiseErrora,} : 行号 1"},
     // rem
     {"DIM remark\nREM x = = ( !!\n  rem\n\t' tab comment\nremark = 2 ' c", "REMARK=Double:2"},
     // reserved
     {"DIM a\nnum2chinese = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 2 | A=Empty:"},
-    {"\t  Then = 1", "err -2147220004 非法使用关键字,期待语句 : 行号 1"},
     // tabs as blanks
     {"DIM x\nx = 1 +\t2", "err 56 遇到不可识别的符号或变量名 : 行号 2 | X=Empty:"},
-    // the first word of a line
-    {"MsgBox(\"x\")", "err -2147220004 错误的符号或变量名称(' : 行号 1"},
-    {"a'b = 1", "err -2147220004 错误的符号或变量名称'' : 行号 1"},
     // values wrapped in NUL characters
     {"DIM s, t, n\ns = Chr(0) & \"and\" & Chr(0)\nt = s\nn = Len(s)",
      "S=String:\000and\000 | T=String:and | N=Long:3"sv},
@@ -235,11 +214,9 @@ const ScriptCase kStatements[] = {
 
 TEST(ScriptRules, Statements) { expectOutcomes(kStatements); }
 
-// Expressions as a running script reports them; their values and errors
-// are pinned by the evaluator's tables.
+// Expressions and functions as a running script reports them; their values
+// and errors are pinned by the evaluator's and the functions' tables.
 const ScriptCase kExpressions[] = {
-    {"DIM x\nx = \"a\" < 1",
-     "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
     {"DIM x\nx = 1+", "err 51 缺操作数 : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT 1", "err 26 缺少'( ' ,函数名后必须跟'( ' : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT \"abc\"",
@@ -248,6 +225,11 @@ const ScriptCase kExpressions[] = {
     {"DIM x\nx = LEFT(LEFT(\"a\"), 1)",
      "err 6 错误的参数表达式或参数个数{函数:Left(\"a\")} : 行号 2 | X=Empty:"},
     {"Left = 1", "err 5 变量未定义 'Left' : 行号 1"},
+    // The argument splitter drops blanks, which spoils a date literal with a time.
+    {"DIM x\nx = HOUR(#2005-03-15 13:45:00#)", "err 4 类型不匹配 : 行号 2 | X=Empty:"},
+    // The name in the message is upper-cased beyond ASCII.
+    {"DIM x\nx = GetVar(\"é\")", "err 5 变量未定义 'É' : 行号 2 | X=Empty:"},
+    {"DIM a\na = 5\na = UBound(a)", "err 4 类型不匹配{函数:UBound(a)} : 行号 3 | A=Double:5"},
     // names that begin with an operator word
     {"DIM order, andy, notx, xory, x\norder = 1\nandy = 2\nnotx = 3\nxory = 4\nx = order + andy * "
      "notx - xory",
