@@ -84,11 +84,9 @@ TEST(RunLoop, ErrorsOfTheLoopAndEndWithTheirLine) {
   const Case cases[] = {
       {"删除记录", 19, "不能识别的语句 : 行号 1", 1},
       {"1x = 2", kEngineError, "错误的符号或变量名称 : 行号 1", 1},
-      {"' fine\n移至顶部", 102, "对象变量或 With 块变量未设置 : 行号 2", 2},
       // The bare keyword leaves a negative length for its argument text.
       {"RaiseError", 5, "无效的过程调用或参数", 1},
       {"'a\nEnd\nDo", 0, "", 2},
-      {"END ' stop\nFor", 0, "", 1},
       {"rem\n\n", 0, "", 3},
   };
   for (const Case& c : cases) {

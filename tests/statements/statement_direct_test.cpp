@@ -105,45 +105,38 @@ TEST(IsIfBlock, ClassifiesAndReportsTheIfErrors) {
   }
 }
 
-// ---- statement-flag entries --------------------------------------------------
-
-std::vector<std::string> entryItems(const Value& entry) {
-  std::vector<std::string> out;
-  if (!entry.isArray()) return out;
-  EXPECT_EQ(entry.arrayValue().lbound(0), 1);
-  for (const Value& v : entry.arrayValue().elements()) out.push_back(describe(v));
-  return out;
-}
-
-TEST(FlagEntries, BlockIfKeepsTheRawConditionValue) {
-  Harness h;
-  h.engine.SetCurrentLineNum(3);
-  EXPECT_EQ(onLine(stmt::If, h.engine, u"If 5 Then ' block"), 0);
-  EXPECT_EQ(h.engine.CurrentLineNum(), 4);
-  EXPECT_EQ(h.engine.IfCount(), 1);
-  EXPECT_EQ(entryItems(h.engine.GetpopValueStmtFlag()),
-            (std::vector<std::string>{"String:If", "Integer:3", "Double:5"}));
-}
-
-TEST(FlagEntries, DoKeepsTheConditionTextAsWritten) {
-  Harness h;
-  h.engine.SetCurrentLineNum(7);
-  EXPECT_EQ(onLine(stmt::Do, h.engine, u"  do until 1 > 2 ' c"), 0);
-  EXPECT_EQ(h.engine.CurrentLineNum(), 8);
-  EXPECT_EQ(h.engine.DoCount(), 1);
-  EXPECT_EQ(entryItems(h.engine.GetpopValueStmtFlag()),
-            (std::vector<std::string>{"String:Do Until", "Integer:7", "String: 1 > 2 "}));
+// The entry a block statement pushes: its kind, its line and, for IF, the
+// raw condition value or, for DO, the condition text as written.
+TEST(FlagEntries, BlockStatementsKeepKindLineAndCondition) {
+  const struct {
+    StatementFn statement;
+    const char16_t* line;
+    std::vector<std::string> items;
+    std::int16_t ifs, dos;
+  } cases[] = {
+      {stmt::If, u"If 5 Then ' block", {"String:If", "Integer:3", "Double:5"}, 1, 0},
+      {stmt::Do, u"  do until 1 > 2 ' c", {"String:Do Until", "Integer:3", "String: 1 > 2 "}, 0, 1},
+  };
+  for (const auto& c : cases) {
+    Harness h;
+    h.engine.SetCurrentLineNum(3);
+    EXPECT_EQ(onLine(c.statement, h.engine, c.line), 0);
+    EXPECT_EQ(h.engine.CurrentLineNum(), 4);
+    EXPECT_EQ(h.engine.IfCount(), c.ifs);
+    EXPECT_EQ(h.engine.DoCount(), c.dos);
+    const Value entry = h.engine.GetpopValueStmtFlag();
+    ASSERT_TRUE(entry.isArray()) << u8(c.line);
+    EXPECT_EQ(entry.arrayValue().lbound(0), 1);
+    std::vector<std::string> items;
+    for (const Value& v : entry.arrayValue().elements()) items.push_back(describe(v));
+    EXPECT_EQ(items, c.items);
+  }
 }
 
 TEST(LineNumbers, SteppingPastTheLastLineNumberOverflows) {
   Harness h;
   h.engine.SetCurrentLineNum(32767);
-  try {
-    onLine(stmt::If, h.engine, u"If 1 Then");
-    FAIL() << "no overflow";
-  } catch (const vb::RuntimeError& e) {
-    EXPECT_EQ(e.number(), vb::kOverflow);
-  }
+  EXPECT_EQ(errorOf([&] { onLine(stmt::If, h.engine, u"If 1 Then"); }), vb::kOverflow);
 }
 
 // ---- assignment to record fields ---------------------------------------------
