@@ -138,5 +138,58 @@ TEST(Concat, StringFormsAndNull) {
   EXPECT_EQ(errorOf([] { vb::concat(Value::object(nullptr), S(u""), zh); }), 13);
 }
 
+TEST(CompareValues, OrderingTable) {
+  const Value one = I(1), two = I(2), five = I(5);
+  const struct {
+    Value l, r;
+    int expected;
+    // clang-format off
+  } cases[] = {
+      // numbers of any type by value; True is -1, a Date its serial
+      {one, two, -1}, {two, D(2.0), 0}, {L(3), D(2.5), 1}, {C(1), C(2), -1}, {C(20000), two, 0},
+      {B(true), I(-1), 0}, {Dt(2005, 3, 1), L(38412), 0},
+      // strings by code unit, a prefix first; any number below any string
+      {S(u"ABC"), S(u"abc"), -1}, {S(u"工资"), S(u"工资"), 0}, {S(u"ab"), S(u"abc"), -1},
+      {five, S(u"1"), -1}, {S(u""), D(1e300), 1},
+      // Empty is 0 beside a number and "" beside a string
+      {Value(), I(0), 0}, {Value(), D(0.5), -1}, {Value(), S(u""), 0}, {Value(), S(u"a"), -1},
+      {S(u"a"), Value(), 1}, {Value(), Value(), 0},
+  };
+  // clang-format on
+  for (const auto& c : cases) {
+    const std::string row = testing::describe(c.l) + " vs " + testing::describe(c.r);
+    const auto r = vb::compareValues(c.l, c.r, zh);
+    ASSERT_TRUE(r.has_value()) << row;
+    EXPECT_EQ(*r, c.expected) << row;
+  }
+}
+
+TEST(Compare, OperatorsGiveBooleansOrNull) {
+  const Value one = I(1), two = D(2);
+  const struct {
+    vb::CompareOp op;
+    bool lessCase, equalCase;  // op(1, 2), op(1, 1)
+  } cases[] = {
+      {vb::CompareOp::Less, true, false},     {vb::CompareOp::LessEqual, true, true},
+      {vb::CompareOp::Greater, false, false}, {vb::CompareOp::GreaterEqual, false, true},
+      {vb::CompareOp::Equal, false, true},    {vb::CompareOp::NotEqual, true, false},
+  };
+  for (const auto& c : cases) {
+    const Value lt = vb::compare(c.op, one, two, zh);
+    ASSERT_EQ(lt.type(), VarType::Boolean);
+    EXPECT_EQ(lt.booleanValue(), c.lessCase);
+    EXPECT_EQ(vb::compare(c.op, one, one, zh).booleanValue(), c.equalCase);
+    EXPECT_TRUE(vb::compare(c.op, Value::null(), one, zh).isNull());
+    EXPECT_TRUE(vb::compare(c.op, one, Value::null(), zh).isNull());
+  }
+  // A string and a number are never equal.
+  EXPECT_FALSE(vb::compare(vb::CompareOp::Equal, S(u"1"), one, zh).booleanValue());
+}
+
+TEST(Compare, ObjectsAndArraysMismatch) {
+  EXPECT_EQ(errorOf([] { vb::compareValues(Value::object(nullptr), I(1), zh); }), 13);
+  EXPECT_EQ(errorOf([] { vb::compareValues(S(u"a"), Value::array(Array()), zh); }), 13);
+}
+
 }  // namespace
 }  // namespace korvex

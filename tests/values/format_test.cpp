@@ -1,4 +1,6 @@
-// User-defined and named number formats.
+// User-defined and named number, date/time and string formats.
+#include "values/format.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,7 +10,6 @@
 #include <vector>
 
 #include "support.hpp"
-#include "values/format.hpp"
 
 namespace korvex::vb {
 namespace {
@@ -21,6 +22,23 @@ struct NumberCase {
 
 std::string fmt(const Value& v, const char* f, const Locale& loc = Locale::zhCN()) {
   return toUtf8(format(v, fromUtf8(f), loc));
+}
+
+Value at(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
+  return Value::date(dateSerial(y, mo, d) + timeSerial(h, mi, s));
+}
+
+struct FormatCase {
+  Value value;
+  const char* format;
+  const char* expected;
+};
+
+void expectAll(const std::vector<FormatCase>& cases, const Locale& loc) {
+  for (const auto& c : cases) {
+    EXPECT_EQ(fmt(c.value, c.format, loc), c.expected)
+        << "\"" << c.format << "\" in " << toUtf8(loc.name);
+  }
 }
 
 TEST(FormatNumber, UserDefinedPatterns) {
@@ -66,7 +84,8 @@ TEST(FormatNumber, UserDefinedPatterns) {
       // sections: positive; negative; zero; Null
       {5, "$#,##0;($#,##0)", "$5"}, {-5, "$#,##0;($#,##0)", "($5)"}, {0.5, "$#,##0;($#,##0)", "$1"},
       {0, "0.0;-0.0;\"零\"", "零"}, {0.001, "0.0;-0.0;\"零\"", "0.0"}, {-3, "0;;\"零\"", "-3"},
-      {-3, "0;\\N0", "N3"}, {7, "0;(0);\\Z;\\N", "7"},
+      {-3, "0;\\N0", "N3"}, {7, "0;(0);\\Z;\\N", "7"}, {-0.125, "0.00;(0.00)", "(0.13)"},
+      {0, "#,##0;;\\零", "零"},
   };
   // clang-format on
   for (const auto& c : cases) {
@@ -75,15 +94,11 @@ TEST(FormatNumber, UserDefinedPatterns) {
   }
 }
 
-// Values of every type through number formats, Null through the fourth
-// section, and the empty format as the plain string form.
+// Values of every type through number and date formats, Null through the
+// fourth section, and the empty format as the plain string form.
 TEST(FormatNumber, OtherValueTypesNullAndTheEmptyFormat) {
-  const struct {
-    Value value;
-    const char* format;
-    const char* expected;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  expectAll({
       {Value::integer(-12), "0.0", "-12.0"}, {Value::lng(70000), "#,##0", "70,000"},
       {Value::currency(Currency{12345678}), "#,##0.00", "1,234.57"},
       // Currency keeps all its digits, beyond what a Double holds.
@@ -97,18 +112,26 @@ TEST(FormatNumber, OtherValueTypesNullAndTheEmptyFormat) {
       {Value::null(), "0;(0);\\Z;\"空\"", "空"}, {Value::null(), "0.00", ""},
       {Value::null(), "0;(0);\\Z", ""}, {Value::dbl(0.1 + 0.2), "", "0.3"},
       {Value::integer(23), "", "23"}, {Value::boolean(true), "", "True"}, {Value::null(), "", ""},
-      {Value(), "", ""},
-  };
+      {Value(), "", ""}, {Value::date(38027.5), "", "2004/2/10 12:00:00"},
+      {Value::lng(38027), "yyyy-mm-dd", "2004-02-10"},
+      {Value::dbl(38027.5), "yyyy-mm-dd hh:nn", "2004-02-10 12:00"},
+      {Value::string(u"2004-02-10"), "yyyy年m月d日", "2004年2月10日"},
+      {Value::string(u"不是日期"), "yyyy", "不是日期"}, {Value::null(), "yyyy-mm-dd", ""},
+  }, Locale::zhCN());
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(fmt(c.value, c.format), c.expected) << "\"" << c.format << "\"";
+  for (double serial : {1e10, -1e7}) {
+    EXPECT_EQ(testing::errorOf([&] { format(Value::dbl(serial), u"yyyy", Locale::zhCN()); }),
+              kOverflow)
+        << serial;
   }
   EXPECT_EQ(fmt(Value::currency(Currency{12345000}), "Currency", Locale::enUS()), "$1,234.50");
   EXPECT_EQ(testing::errorOf([] { format(Value::object(nullptr), u"0", Locale::zhCN()); }),
             kTypeMismatch);
 }
 
-TEST(FormatNumber, NamedNumberFormats) {
+// Named number and date formats, in both locales.
+TEST(Format, NamedFormats) {
+  const Value evening = at(1958, 12, 7, 20, 50, 35);
   struct Case {
     Value value;
     const char* format;
@@ -126,6 +149,7 @@ TEST(FormatNumber, NamedNumberFormats) {
       {Value::dbl(1234.567), "Fixed", "1234.57", "1234.57"},
       {Value::dbl(-0.5), "Fixed", "-0.50", "-0.50"},
       {Value::dbl(1234.567), "Standard", "1,234.57", "1,234.57"},
+      {Value::dbl(-1234.5), "Standard", "-1,234.50", "-1,234.50"},
       {Value::dbl(0.5), "Percent", "50.00%", "50.00%"},
       {Value::dbl(1234.5), "Scientific", "1.23E+03", "1.23E+03"},
       {Value::dbl(0), "Yes/No", "No", "No"}, {Value::dbl(-3), "Yes/No", "Yes", "Yes"},
@@ -133,6 +157,16 @@ TEST(FormatNumber, NamedNumberFormats) {
       {Value::boolean(false), "TRUE/FALSE", "False", "False"},
       {Value::integer(1), "On/Off", "On", "On"}, {Value::string(u"0"), "On/Off", "Off", "Off"},
       {Value::null(), "Fixed", "", ""}, {Value::string(u"abc"), "Standard", "abc", "abc"},
+      {evening, "General Date", "1958/12/7 20:50:35", "12/7/1958 8:50:35 PM"},
+      {Value::date(dateSerial(2004, 2, 10)), "General Date", "2004/2/10", "2/10/2004"},
+      {Value::date(0.5), "General Date", "12:00:00", "12:00:00 PM"},
+      {evening, "Long Date", "1958年12月7日", "Sunday, December 7, 1958"},
+      {evening, "Medium Date", "58-12-07", "07-Dec-58"},
+      {evening, "Short Date", "1958/12/7", "12/7/1958"},
+      {evening, "long time", "20:50:35", "8:50:35 PM"},
+      {evening, "Medium Time", "08:50 下午", "08:50 PM"}, {evening, "Short Time", "20:50", "20:50"},
+      {Value::dbl(38027), "Short Date", "2004/2/10", "2/10/2004"},
+      {Value::null(), "Long Date", "", ""}, {Value::string(u"abc"), "Short Date", "abc", "abc"},
   };
   // clang-format on
   for (const auto& c : cases) {
@@ -175,6 +209,86 @@ TEST(FormatNumber, FixedDecimalsRoundTheShownDecimalHalfAwayFromZero) {
     }
   }
   EXPECT_GT(ties, 100);  // the halfway cases, where binary and decimal part, were met
+}
+
+TEST(FormatDate, EnglishPatterns) {
+  const Value evening = at(1958, 12, 7, 20, 50, 35);
+  const Value afternoon = at(1993, 1, 27, 17, 4, 23);
+  expectAll(
+      // clang-format off
+      {
+          {evening, "m/d/yy", "12/7/58"}, {evening, "d-mmm", "7-Dec"},
+          {evening, "d-mmmm-yy", "7-December-58"}, {evening, "mmmm-yy", "December-58"},
+          {evening, "hh:mm AM/PM", "08:50 PM"}, {evening, "h:mm:ss a/p", "8:50:35 p"},
+          {evening, "h:mm", "20:50"}, {evening, "h:mm:ss", "20:50:35"},
+          {evening, "m/d/yy h:mm", "12/7/58 20:50"}, {afternoon, "h:m:s", "17:4:23"},
+          {afternoon, "hh:mm:ss AMPM", "05:04:23 PM"},
+          {afternoon, "dddd, mmm d yyyy", "Wednesday, Jan 27 1993"},
+          {afternoon, "ddd dd", "Wed 27"}, {at(2004, 2, 10, 9, 5), "h:nn am/pm", "9:05 am"},
+          {at(2004, 2, 10, 9, 5), "h A/P", "9 A"},
+          {at(2004, 2, 10, 0, 30), "h:nn AM/PM", "12:30 AM"},
+          {at(2004, 2, 10, 12, 0), "hh AM/PM", "12 PM"}, {evening, "ddddd", "12/7/1958"},
+          {evening, "dddddd", "Sunday, December 7, 1958"}, {evening, "ttttt", "8:50:35 PM"},
+          {evening, "c", "12/7/1958 8:50:35 PM"},
+      },
+      // clang-format on
+      Locale::enUS());
+}
+
+TEST(FormatDate, ChinesePatterns) {
+  const Value evening = at(1958, 12, 7, 20, 50, 35);
+  expectAll(
+      // clang-format off
+      {
+          {evening, "yyyy年mm月dd日", "1958年12月07日"},
+          {evening, "yyyy年m月d日 h时m分", "1958年12月7日 20时50分"},
+          {evening, "dddd ddd", "星期日 周日"}, {evening, "mmmm mmm", "十二月 12月"},
+          {evening, "hh:nn AMPM", "08:50 下午"}, {at(2004, 2, 10, 9, 5), "AMPMh点", "上午9点"},
+          {evening, "ddddd", "1958/12/7"}, {evening, "dddddd", "1958年12月7日"},
+          {evening, "ttttt", "20:50:35"}, {evening, "c", "1958/12/7 20:50:35"},
+          {Value::date(dateSerial(2004, 2, 10)), "c", "2004/2/10"},
+          {Value::date(0.75), "c", "18:00:00"},
+          {evening, "yyyy-mm-dd hh:nn:ss", "1958-12-07 20:50:35"},
+          {evening, "w ww q y yy", "1 50 4 341 58"}, {at(2004, 1, 1), "w ww y", "5 1 1"},
+          {at(2004, 1, 4), "ww", "2"}, {evening, "\"d\"d \\y\\y yyyyy", "d7 yy 1958341"},
+          {Value::date(-1.25), "yyyy-mm-dd hh:nn", "1899-12-29 06:00"},
+          {Value::date(0.999999999), "yyyy-mm-dd hh:nn:ss", "1899-12-31 00:00:00"},
+      },
+      // clang-format on
+      Locale::zhCN());
+}
+
+TEST(FormatDate, SlashAndColonAreTheLocaleSeparators) {
+  Locale dotted = Locale::zhCN();
+  dotted.dateSeparator = u'-';
+  dotted.timeSeparator = u'.';
+  EXPECT_EQ(fmt(at(2004, 2, 10, 8, 5), "yyyy/mm/dd hh:nn", dotted), "2004-02-10 08.05");
+  EXPECT_EQ(fmt(at(2004, 2, 10, 8, 5), "yyyy\\/mm\"/\"dd", dotted), "2004/02/10");
+}
+
+TEST(FormatString, Placeholders) {
+  // clang-format off
+  expectAll({
+      {Value::string(u"HELLO"), "<", "hello"},
+      {Value::string(u"testing"), "<&>&", "testing"},  // the first of < and > decides
+      {Value::string(u"Ab"), ">@<@@", " AB"}, {Value::string(u"This is it"), ">", "THIS IS IT"},
+      {Value::string(u"abc"), "@@@@@", "  abc"}, {Value::string(u"abc"), "&&&&&", "abc"},
+      {Value::string(u"abc"), "!@@@@@", "abc  "}, {Value::string(u"abcdef"), "@@@", "abcdef"},
+      {Value::string(u"abcdef"), "!@@@", "abcdef"},
+      {Value::string(u"abcdef"), "@-@@", "a-bcdef"},  // longer: from the left, rest at the end
+      {Value::string(u"testing"), "@\\x", "txesting"},
+      {Value::string(u"abcdef"), "!@@\"-\"", "ab-cdef"},
+      {Value::string(u"abcdef"), "!@-@@", "a-bcdef"},
+      {Value::string(u"5551234"), "@@@-@@@@", "555-1234"}, {Value::string(u"12"), "(@@@)", "( 12)"},
+      {Value::string(u"ab"), ">\"[\"@@@\"]\"", "[ AB]"}, {Value::string(u"工号"), "@@@@", "  工号"},
+      {Value::lng(123), "@@@@@", "  123"}, {Value::string(u""), "@@;\"空\"", "空"},
+      {Value::null(), "@;\"空\"", "空"}, {Value::null(), "@@", ""},
+      {Value::string(u"x"), "@;\"空\"", "x"},
+      // Letters that are date tokens elsewhere are literal text beside @ and &.
+      {Value::string(u"abc"), "@ is", "a isbc"}, {Value::integer(5), "@ days", "5 days"},
+      {Value::string(u"Tom"), "&&& has", "Tom has"}, {Value::string(u"tom"), ">& says", "T saysOM"},
+  }, Locale::zhCN());
+  // clang-format on
 }
 
 }  // namespace
