@@ -67,6 +67,22 @@ class SqlLog {
   std::vector<std::u16string> texts_;
 };
 
+/// Results of reading statements kept to answer the same statement with
+/// the same values again, shared by connections that see one committed
+/// state of one database (a batch's workers); thread-safe. Only statements
+/// that read and call no function whose answer can change (the clock,
+/// random numbers) are answered from it, and everything kept is dropped
+/// when the database may have changed: a commit by another connection, or
+/// a statement that writes on one sharing it.
+class SqliteReuse;
+std::shared_ptr<SqliteReuse> makeSqliteReuse(std::size_t budgetBytes = std::size_t{64} << 20);
+
+struct SqliteReuseCounts {
+  std::uint64_t sent = 0;    // statements the sharing connections were asked to run
+  std::uint64_t reused = 0;  // of those, answered from the kept results
+};
+SqliteReuseCounts reuseCounts(const SqliteReuse& reuse) noexcept;
+
 /// How the objects of a factory open their databases.
 struct SqliteAccess {
   /// Every database is opened for reading only (by the open flags, which
@@ -76,6 +92,11 @@ struct SqliteAccess {
   /// statement running on any of those databases stops with an error, and
   /// so does every statement started after. Must outlive the databases.
   const std::atomic<bool>* interrupt = nullptr;
+  /// Read results shared with other connections (none: every statement
+  /// runs).
+  std::shared_ptr<SqliteReuse> reuse;
+  /// The page cache of each connection, in MiB (0: SQLite's default).
+  int cacheMiB = 0;
 };
 
 /// Makes "Connection", "Recordset" and "Command" objects (names matched
@@ -215,12 +236,21 @@ class SqliteStatement {
   /// The current row's value of a column.
   SqlCell cell(int column) const;
 
+  /// Whether the statement changes nothing in the database.
+  bool readsOnly() const noexcept;
+  /// Whether it gives the same rows whenever the data are the same: it
+  /// returns rows, changes nothing and calls no function whose answer can
+  /// change (the clock, random numbers, the connection's state) and no
+  /// pragma.
+  bool steady() const noexcept { return steady_; }
+
  private:
   friend class SqliteDatabase;
   SqliteStatement(std::shared_ptr<SqliteHandle> db, sqlite3_stmt* statement) noexcept;
 
   std::shared_ptr<SqliteHandle> db_;
   sqlite3_stmt* statement_;
+  bool steady_ = false;
 };
 
 /// An open SQLite file. Copies share the one connection, which closes with
@@ -260,6 +290,10 @@ class SqliteDatabase {
   /// after `flag` is raised (nullptr: never). `flag` must outlive the
   /// connection.
   void interruptWhen(const std::atomic<bool>* flag) noexcept;
+  /// The page cache of this connection, in MiB.
+  DatabaseResult<> setCacheMiB(int mib);
+  /// A number that changes when another connection commits a change.
+  DatabaseResult<long long> dataVersion();
 
   /// What a payroll SQL text holds, as the database compiles it (adapted as
   /// query() adapts it) without running any of it.

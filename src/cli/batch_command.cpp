@@ -62,8 +62,8 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   std::string error;
   const std::optional<std::string> bytes = readScriptBytes(options.script, in, error);
   if (!bytes) return usageError(err, error);
-  std::optional<BatchDatabase> db =
-      openBatchDatabase(options.database, options.record, !options.dryRun, &gStop, error);
+  std::optional<BatchDatabase> db = openBatchDatabase(
+      options.database, options.record, !options.dryRun, &gStop, error, options.reuse);
   if (!db) return usageError(err, error);
 
   BatchJob job;
@@ -96,6 +96,7 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
     job.stop = &gStop;
     summary = runBatch(db->table, job, options.dryRun ? nullptr : db->writer.get());
   }
+  if (db->reuse) summary.statements = reuseCounts(*db->reuse);
   progress.finish();
 
   if (!writeOutcome(out, err, options.json ? summaryJson(summary) + '\n' : summaryText(summary))) {

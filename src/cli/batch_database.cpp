@@ -10,6 +10,9 @@ namespace korvex::cli {
 
 namespace {
 
+constexpr int kWriterCacheMiB = 64;
+constexpr int kWorkerCacheMiB = 32;
+
 // Puts the rows' assignments back through a record set of the record query
 // on the writing connection, so that a row goes back to its table exactly
 // as a script's own Update would, all inside the transaction opened before
@@ -81,8 +84,14 @@ DatabaseResult<SqlResult> recordRows(SqliteDatabase& database, const std::string
 
 std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, bool forWriting,
-                                               const std::atomic<bool>* stop, std::string& error) {
-  auto objects = sqliteObjectFactory(nullptr, {.interrupt = stop});
+                                               const std::atomic<bool>* stop, std::string& error,
+                                               bool reuse) {
+  // The writer's cache holds the month's changed pages: spilling them
+  // would take the lock that keeps the workers reading.
+  SqliteAccess writing;
+  writing.interrupt = stop;
+  writing.cacheMiB = kWriterCacheMiB;
+  auto objects = sqliteObjectFactory(nullptr, writing);
   ObjectRef connection;
   if (!openDatabaseOption(*objects, path, connection, error)) return std::nullopt;
   // A connection of the SQLite factory, open: it always has a database.
@@ -116,13 +125,18 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   ObjectRef recordset = database.recordset(std::move(result));
   db.writer = std::make_unique<RecordsetWriter>(std::move(database), std::move(recordset));
 
+  if (reuse) db.reuse = makeSqliteReuse();
   const std::u16string connect = dataSource(path);
-  db.openWorker = [connect, stop]() -> BatchJob::EngineSetup {
+  db.openWorker = [connect, stop, shared = db.reuse]() -> BatchJob::EngineSetup {
     // The factory goes to the engines even without a connection: the rows
     // then fail for want of one, as they would anywhere. Every database its
     // objects open ("use NAME" included) is opened for reading only, which
     // no statement of a script can undo; a stop ends the statement running.
-    auto factory = sqliteObjectFactory(nullptr, {.readOnly = true, .interrupt = stop});
+    // They all read the state committed before the batch, so what one has
+    // read answers the others.
+    auto factory = sqliteObjectFactory(
+        nullptr,
+        {.readOnly = true, .interrupt = stop, .reuse = shared, .cacheMiB = kWorkerCacheMiB});
     ObjectRef parent;
     if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
       parent = connectParent(c.value.objectValue());

@@ -16,6 +16,12 @@ struct BatchParser : ArgumentCursor {
     BatchOptions& batch = result.batch;
     if (name == "--json") return flag(name, inlineValue, batch.json);
     if (name == "--dry-run") return flag(name, inlineValue, batch.dryRun);
+    if (name == "--no-reuse") {
+      bool off = false;
+      if (!flag(name, inlineValue, off)) return false;
+      batch.reuse = !off;
+      return true;
+    }
     if (name == "--db") return text(name, inlineValue, batch.database);
     if (name == "--record") return text(name, inlineValue, batch.record);
     if (name == "--set") return preset(name, inlineValue, batch.presets);

@@ -47,7 +47,12 @@ std::string summaryJson(const BatchSummary& s) {
       ", \"committed\": " + flag(s.committed) + ", \"interrupted\": " + flag(s.interrupted) +
       ", \"error\": " + jsonString(s.error) +
       ", \"seconds\": " + jsonNumber(std::round(s.seconds * 1000) / 1000) +
-      ", \"rowsPerSecond\": " + jsonNumber(rowsPerSecond(s.done, s.seconds)) + ", \"failures\": [";
+      ", \"rowsPerSecond\": " + jsonNumber(rowsPerSecond(s.done, s.seconds));
+  if (s.statements) {
+    out += ", \"statements\": " + std::to_string(s.statements->sent) +
+           ", \"reused\": " + std::to_string(s.statements->reused);
+  }
+  out += ", \"failures\": [";
   for (std::size_t i = 0; i < s.failures.size(); ++i) {
     const RowFailure& f = s.failures[i];
     if (i > 0) out += ", ";
@@ -70,6 +75,10 @@ std::string summaryText(const BatchSummary& s) {
            std::to_string(s.changedRows) + " 行共 " + std::to_string(s.changedFields) +
            " 个字段 (" + fixed(s.seconds, 2) + " 秒, " +
            fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
+    if (s.statements) {
+      out += "SQL 语句 " + std::to_string(s.statements->sent) + " 条, 其中 " +
+             std::to_string(s.statements->reused) + " 条用已读的结果作答\n";
+    }
     if (s.dryRun) out += "试运行: 没有写入数据库\n";
     if (!s.dryRun && !s.committed) {
       out += "提交失败, 数据库未改动: " + printable(s.error) + "\n";

@@ -7,12 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "korvex/host_object.hpp"
+#include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex {
@@ -64,6 +66,9 @@ struct BatchSummary {
   bool interrupted = false;       // stopped early: nothing was written
   std::u16string error;           // why the commit failed
   double seconds = 0;
+  /// The rows' statements: how many were sent, how many answered from the
+  /// results other rows read; nullopt when nothing was shared.
+  std::optional<SqliteReuseCounts> statements;
   std::vector<RowFailure> failures;  // in row order
 };
 

@@ -43,6 +43,7 @@ struct BatchOptions {
   unsigned jobs = 1;            // --jobs: threads computing rows
   bool dryRun = false;          // --dry-run: compute, write nothing
   bool json = false;            // --json: the summary as one JSON line
+  bool reuse = true;            // off with --no-reuse: every statement runs
 };
 
 struct CommandLine {

@@ -14,6 +14,7 @@
 #include "sqlite/backend.hpp"
 #include "sqlite/field_types.hpp"
 #include "sqlite/objects.hpp"
+#include "sqlite/read_reuse.hpp"
 #include "sqlite/sql_dialect.hpp"
 #include "sqlite/sqlite_functions.hpp"
 #include "values/text_scan.hpp"
@@ -124,7 +125,8 @@ std::optional<std::size_t> selectListEnd(std::string_view sql) {
 
 class SqliteBackend final : public Backend {
  public:
-  explicit SqliteBackend(SqliteDatabase db) : db_(std::move(db)) {}
+  explicit SqliteBackend(SqliteDatabase db, std::shared_ptr<SqliteReuse> reuse = nullptr)
+      : db_(std::move(db)), reuse_(std::move(reuse)) {}
 
   SqliteDatabase& database() noexcept { return db_; }
 
@@ -137,17 +139,8 @@ class SqliteBackend final : public Backend {
       std::optional<SqliteStatement> st = valueOrThrow(db_.prepareNext(rest));
       if (!st) continue;  // blanks or a comment
       const std::string_view own = statement.substr(0, statement.size() - rest.size());
-      std::vector<std::string> identity;
-      if (std::optional<SqliteStatement> traced = withIdentity(*st, own, identity)) {
-        bind(*traced, params);
-        result = step(*traced, identity.size());
-        if (result.rowIdentities.size() == result.rows.size()) {
-          for (const std::string& column : identity) result.identity.push_back(fromUtf8(column));
-        }
-        continue;
-      }
-      bind(*st, params);
-      result = step(*st);
+      const std::vector<SqlParameter> values = boundValues(*st, params);
+      result = reuse_ ? answerOrReuse(*st, own, values) : answer(*st, own, values);
     }
     return result;
   }
@@ -155,15 +148,20 @@ class SqliteBackend final : public Backend {
   ResultSet runExact(std::u16string_view sql, std::span<const SqlParameter> params,
                      std::size_t identity) override {
     SqliteStatement st = valueOrThrow(db_.prepare(toUtf8(sql)));
-    for (std::size_t i = 0; i < params.size(); ++i) {
-      valueOrThrow(st.bind(static_cast<int>(i + 1), params[i]));
-    }
-    return step(st, identity);
+    const bool writes = reuse_ && !st.readsOnly();
+    if (writes) reuse_->forget();
+    bind(st, params);
+    ResultSet result = step(st, identity);
+    if (writes) reuse_->forget();
+    return result;
   }
 
   void begin() override { valueOrThrow(db_.begin()); }
   void commit() override { valueOrThrow(db_.commit()); }
-  void rollback() override { valueOrThrow(db_.rollback()); }
+  void rollback() override {
+    if (reuse_) reuse_->forget();  // what was kept may hold what is undone
+    valueOrThrow(db_.rollback());
+  }
 
   std::u16string adapt(std::u16string_view sql) const override {
     return adaptSql(sql, kRenamedFunctions);
@@ -183,13 +181,66 @@ class SqliteBackend final : public Backend {
   }
 
  private:
-  static void bind(SqliteStatement& st, std::span<const Value> params) {
+  // What each placeholder of the statement takes, in order.
+  static std::vector<SqlParameter> boundValues(const SqliteStatement& st,
+                                               std::span<const Value> params) {
+    std::vector<SqlParameter> values;
     const int count = st.parameterCount();
     for (int i = 1; i <= count; ++i) {
       const std::size_t slot = parameterSlot(st, i);
-      valueOrThrow(
-          st.bind(i, slot < params.size() ? parameterOf(params[slot]) : SqlParameter{nullptr}));
+      values.push_back(slot < params.size() ? parameterOf(params[slot]) : SqlParameter{nullptr});
     }
+    return values;
+  }
+
+  static void bind(SqliteStatement& st, std::span<const SqlParameter> values) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      valueOrThrow(st.bind(static_cast<int>(i + 1), values[i]));
+    }
+  }
+
+  // One statement's rows, with their row identities where they have them.
+  ResultSet answer(SqliteStatement& st, std::string_view own,
+                   std::span<const SqlParameter> values) {
+    std::vector<std::string> identity;
+    if (std::optional<SqliteStatement> traced = withIdentity(st, own, identity)) {
+      bind(*traced, values);
+      ResultSet result = step(*traced, identity.size());
+      if (result.rowIdentities.size() == result.rows.size()) {
+        for (const std::string& column : identity) result.identity.push_back(fromUtf8(column));
+      }
+      return result;
+    }
+    bind(st, values);
+    return step(st);
+  }
+
+  // The statement answered from the shared results where it may be: a
+  // steady statement asked before, the database unchanged since.
+  ResultSet answerOrReuse(SqliteStatement& st, std::string_view own,
+                          std::span<const SqlParameter> values) {
+    reuse_->countSent();
+    if (!st.steady()) {
+      // What a statement writes may change what any kept result says,
+      // while it runs and after.
+      const bool writes = !st.readsOnly();
+      if (writes) reuse_->forget();
+      ResultSet result = answer(st, own, values);
+      if (writes) reuse_->forget();
+      return result;
+    }
+    // Another connection's commit makes everything kept stale.
+    const long long version = valueOrThrow(db_.dataVersion());
+    if (version != seenVersion_) {
+      if (seenVersion_ >= 0) reuse_->forget();
+      seenVersion_ = version;
+    }
+    const std::string key = SqliteReuse::keyOf(db_.path() + '\0' + std::string(own), values);
+    std::uint64_t generation = 0;
+    if (std::optional<ResultSet> kept = reuse_->find(key, generation)) return std::move(*kept);
+    ResultSet result = answer(st, own, values);
+    reuse_->keep(key, result, generation);
+    return result;
   }
 
   // The statement reading the same rows with, at the end, the columns that
@@ -343,6 +394,8 @@ class SqliteBackend final : public Backend {
   }
 
   SqliteDatabase db_;
+  std::shared_ptr<SqliteReuse> reuse_;
+  long long seenVersion_ = -1;  // the data version when last asked
   std::optional<SqliteStatement> schemaVersion_;
   std::unordered_map<std::string, std::vector<std::string>> identities_;
   long long identitiesVersion_ = -1;
@@ -354,7 +407,8 @@ std::shared_ptr<Backend> openSqlite(const std::string& path, SqliteAccess access
   SqliteDatabase db = valueOrThrow(SqliteDatabase::open(
       path, access.readOnly ? SqliteDatabase::Mode::ReadOnly : SqliteDatabase::Mode::Existing));
   db.interruptWhen(access.interrupt);
-  return std::make_shared<SqliteBackend>(std::move(db));
+  if (access.cacheMiB > 0) valueOrThrow(db.setCacheMiB(access.cacheMiB));
+  return std::make_shared<SqliteBackend>(std::move(db), std::move(access.reuse));
 }
 
 std::string sqliteCatalogPath(const std::string& currentPath, std::u16string_view catalog) {

@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <cctype>
+#include <unordered_set>
 #include <utility>
 
 #include "korvex/sqlite.hpp"
@@ -14,7 +16,10 @@ namespace korvex {
 
 struct SqliteHandle {
   SqliteHandle(sqlite3* db, std::string path) : db(db), path(std::move(path)) {}
-  ~SqliteHandle() { sqlite3_close_v2(db); }
+  ~SqliteHandle() {
+    sqlite3_finalize(dataVersion);
+    sqlite3_close_v2(db);
+  }
   SqliteHandle(const SqliteHandle&) = delete;
   SqliteHandle& operator=(const SqliteHandle&) = delete;
 
@@ -22,6 +27,12 @@ struct SqliteHandle {
 
   sqlite3* db;
   std::string path;
+  // The functions whose answer depends on their arguments and rows alone
+  // (lower case), and whether the statement being prepared calls another
+  // or runs a pragma.
+  std::unordered_set<std::string> steadyFunctions;
+  bool unsteady = false;
+  sqlite3_stmt* dataVersion = nullptr;  // "PRAGMA data_version", once asked
 };
 
 namespace {
@@ -35,10 +46,17 @@ DispatchResult DatabaseFailure::dispatchResult() const { return ds::providerErro
 // ---- statements --------------------------------------------------------------
 
 SqliteStatement::SqliteStatement(std::shared_ptr<SqliteHandle> db, sqlite3_stmt* statement) noexcept
-    : db_(std::move(db)), statement_(statement) {}
+    : db_(std::move(db)),
+      statement_(statement),
+      steady_(!db_->unsteady && sqlite3_stmt_readonly(statement) != 0 &&
+              sqlite3_column_count(statement) > 0) {}
 
 SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
-    : db_(other.db_), statement_(std::exchange(other.statement_, nullptr)) {}
+    : db_(other.db_),
+      statement_(std::exchange(other.statement_, nullptr)),
+      steady_(other.steady_) {}
+
+bool SqliteStatement::readsOnly() const noexcept { return sqlite3_stmt_readonly(statement_) != 0; }
 
 SqliteStatement::~SqliteStatement() { sqlite3_finalize(statement_); }
 
@@ -135,6 +153,40 @@ SqlCell SqliteStatement::cell(int column) const {
 
 // ---- the database ----------------------------------------------------------------
 
+namespace {
+
+// SQLite marks the functions that answer alike for alike arguments; of its
+// own, the date and time functions are marked so too but read the clock
+// when asked for 'now'. Its aggregates are steady but carry no mark.
+bool learnSteadyFunctions(SqliteHandle& h) {
+  sqlite3_stmt* list = nullptr;
+  const char* sql =
+      "SELECT DISTINCT lower(name) FROM pragma_function_list WHERE "
+      "(flags & 0x800 AND name NOT IN ('date', 'time', 'datetime', 'julianday', 'strftime', "
+      "'unixepoch', 'timediff')) OR (builtin AND type IN ('a', 'w'))";
+  if (sqlite3_prepare_v2(h.db, sql, -1, &list, nullptr) != SQLITE_OK) return false;
+  while (sqlite3_step(list) == SQLITE_ROW) {
+    h.steadyFunctions.emplace(reinterpret_cast<const char*>(sqlite3_column_text(list, 0)));
+  }
+  return sqlite3_finalize(list) == SQLITE_OK;
+}
+
+// Asked while a statement is prepared, for each thing it does; it allows
+// everything and notes what makes the statement's answer unsteady.
+int watchUnsteady(void* data, int action, const char*, const char* function, const char*,
+                  const char*) {
+  auto& h = *static_cast<SqliteHandle*>(data);
+  if (action == SQLITE_PRAGMA) h.unsteady = true;
+  if (action == SQLITE_FUNCTION && function != nullptr) {
+    std::string name(function);
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (!h.steadyFunctions.contains(name)) h.unsteady = true;
+  }
+  return SQLITE_OK;
+}
+
+}  // namespace
+
 SqliteDatabase::SqliteDatabase(std::shared_ptr<SqliteHandle> handle) noexcept
     : handle_(std::move(handle)) {}
 
@@ -156,6 +208,8 @@ DatabaseResult<SqliteDatabase> SqliteDatabase::open(const std::string& path, Mod
   auto handle = std::make_shared<SqliteHandle>(db, path);
   sqlite3_busy_timeout(db, 2000);
   if (!ds::registerPayrollFunctions(db)) return handle->failure();
+  if (!learnSteadyFunctions(*handle)) return handle->failure();
+  sqlite3_set_authorizer(db, watchUnsteady, handle.get());
   return SqliteDatabase(std::move(handle));
 }
 
@@ -170,6 +224,7 @@ DatabaseResult<> SqliteDatabase::execute(std::string_view sql) {
 }
 
 DatabaseResult<SqliteStatement> SqliteDatabase::prepare(std::string_view sql) {
+  handle_->unsteady = false;
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
                          nullptr) != SQLITE_OK) {
@@ -179,6 +234,7 @@ DatabaseResult<SqliteStatement> SqliteDatabase::prepare(std::string_view sql) {
 }
 
 DatabaseResult<std::optional<SqliteStatement>> SqliteDatabase::prepareNext(std::string_view& sql) {
+  handle_->unsteady = false;
   sqlite3_stmt* statement = nullptr;
   const char* tail = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
@@ -244,6 +300,23 @@ void SqliteDatabase::interruptWhen(const std::atomic<bool>* flag) noexcept {
     sqlite3_progress_handler(handle_->db, 4096, stopWhenRaised,
                              const_cast<std::atomic<bool>*>(flag));
   }
+}
+
+DatabaseResult<> SqliteDatabase::setCacheMiB(int mib) {
+  return execute("PRAGMA cache_size = -" + std::to_string(mib * 1024));
+}
+
+DatabaseResult<long long> SqliteDatabase::dataVersion() {
+  sqlite3_stmt*& st = handle_->dataVersion;
+  if (st == nullptr &&
+      sqlite3_prepare_v2(handle_->db, "PRAGMA data_version", -1, &st, nullptr) != SQLITE_OK) {
+    return handle_->failure();
+  }
+  const int rc = sqlite3_step(st);
+  const long long version = rc == SQLITE_ROW ? sqlite3_column_int64(st, 0) : -1;
+  sqlite3_reset(st);
+  if (rc != SQLITE_ROW) return handle_->failure();
+  return version;
 }
 
 }  // namespace korvex

@@ -21,6 +21,7 @@
 #include "cli/batch_report.hpp"
 #include "cli/batch_runner.hpp"
 #include "cli/command_fixture.hpp"
+#include "cli/demo_database.hpp"
 #include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 
@@ -130,17 +131,20 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
   s.changedRows = s.changedFields = 2;
   s.committed = true;
   s.seconds = 0.5;
+  s.statements = SqliteReuseCounts{120, 80};
   s.failures.push_back({2, u"E\"2", 2000, 3, u"件数为负 : 行号 3"});
   EXPECT_EQ(summaryJson(s),
             R"({"rows": 3, "done": 3, "succeeded": 2, "failed": 1, "changedRows": 2, )"
             R"("changedFields": 2, "dryRun": false, "committed": true, "interrupted": false, )"
-            R"("error": "", "seconds": 0.5, "rowsPerSecond": 6, "failures": [{"row": 2, )"
+            R"("error": "", "seconds": 0.5, "rowsPerSecond": 6, "statements": 120, "reused": 80, )"
+            R"("failures": [{"row": 2, )"
             R"("key": "E\"2", "errNum": 2000, "line": 3, "message": "件数为负 : 行号 3"}]})");
   // Keys and messages come from the database and the script: their control
   // characters are shown, not obeyed.
   s.failures[0].key = u"E\x1b[2J\t";
   s.failures[0].message = u"a\r\nb\x7f";
   const std::string text = summaryText(s);
+  EXPECT_NE(text.find("SQL 语句 120 条, 其中 80 条用已读的结果作答\n"), std::string::npos) << text;
   EXPECT_NE(text.find("  第 2 行 [E\\x1b[2J\\t] 行号 3, 错误 2000: a\\r\\nb\\x7f\n"),
             std::string::npos)
       << text;
@@ -164,7 +168,7 @@ TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
                        R"("changedFields": 5, )") +
            dryRunAndCommitted +
            R"(, "interrupted": false, "error": "", "seconds": 0, "rowsPerSecond": 0, )"
-           R"("failures": [{"row": 4, "key": "E4", "errNum": 2000, "line": 3, )"
+           R"("statements": 0, "reused": 0, "failures": [{"row": 4, "key": "E4", "errNum": 2000, "line": 3, )"
            R"("message": "negative : 行号 1 : 行号 3"}]})"
            "\n";
   };
@@ -226,6 +230,49 @@ TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
   EXPECT_FALSE(s.committed);
   db.reset();
   EXPECT_EQ(wages(f.db), kUnchanged);
+}
+
+// The demo's month computed with the workers sharing what they read and
+// with every statement run: the same table, value for value, and most
+// statements answered from what another row read.
+TEST(BatchCommand, SharedReadsComputeTheSameMonth) {
+  korvex::testing::ScratchDir dir;
+  std::string error, script;
+  const std::string shared = dir.file("shared.db"), unshared = dir.file("unshared.db");
+  ASSERT_TRUE(createDemoDatabase(shared, {.employees = 30, .months = 2}, error)) << error;
+  std::filesystem::copy_file(shared, unshared);
+  std::vector<std::filesystem::path> formulas(
+      std::filesystem::directory_iterator(KORVEX_PAYROLL_EXAMPLES), {});
+  std::sort(formulas.begin(), formulas.end());
+  for (const auto& f : formulas) {
+    std::ifstream in(f, std::ios::binary);
+    script += std::string((std::istreambuf_iterator<char>(in)), {}) + "\r\n";
+  }
+  std::ofstream(dir.file("month.bas"), std::ios::binary) << script;
+  const auto month = [&](const std::string& db, std::string_view reuse) {
+    const std::string_view record = "SELECT * FROM [工资表2025年02月]";
+    const Outcome r =
+        korvex(std::vector<std::string_view>{"batch", dir.file("month.bas"), "--db", db, "--record",
+                                             record, "--jobs", "2", "--json", reuse});
+    EXPECT_EQ(r.status, 0) << r.out << r.err;
+    std::string table;
+    for (const auto& row :
+         need(need(SqliteDatabase::open(db)).query(u"SELECT * FROM [工资表2025年02月] ORDER BY 1"))
+             .rows) {
+      for (const Value& v : row) table += korvex::testing::describe(v) + "|";
+    }
+    return std::pair(table, r.out);
+  };
+  const auto [withShared, sharedReport] = month(shared, "--json");
+  const auto [withoutShared, unsharedReport] = month(unshared, "--no-reuse");
+  EXPECT_EQ(withShared, withoutShared);
+  EXPECT_NE(withShared.find("Currency:"), std::string::npos);  // wages were written
+  EXPECT_EQ(unsharedReport.find("\"reused\""), std::string::npos) << unsharedReport;
+  const std::size_t sent = sharedReport.find("\"statements\": "),
+                    reused = sharedReport.find("\"reused\": ");
+  ASSERT_NE(reused, std::string::npos) << sharedReport;
+  EXPECT_GT(std::stol(sharedReport.substr(reused + 10)) * 2,
+            std::stol(sharedReport.substr(sent + 14)));
 }
 
 // A script's own SQL cannot write, whatever it tries: the connections it
