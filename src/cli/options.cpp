@@ -13,7 +13,7 @@ constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
     "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
     "      korvex batch SCRIPT --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
-    "                   [--dry-run] [--json]\n"
+    "                   [--dry-run] [--no-reuse] [--json]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
@@ -53,6 +53,7 @@ constexpr std::string_view kUsage =
     "  --set NAME=EXPR    批处理开始前计算一次, 每行运行前设为变量 (可重复)\n"
     "  --jobs N           用 N 个线程计算各行 (默认 1); 结果与 N 无关\n"
     "  --dry-run          只计算, 不写入数据库\n"
+    "  --no-reuse         每条 SQL 都发给数据库 (默认: 各行相同的只读查询共用已读的结果)\n"
     "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
     "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
 
