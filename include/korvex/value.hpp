@@ -268,6 +268,10 @@ inline void Value::retain() const noexcept {
 
 /// UTF-8 <-> UTF-16 at the edges (files, command line, JSON). Invalid input
 /// sequences become U+FFFD.
+/// Whether two values are of one type and hold the same value: what a field
+/// holds when it holds what it was read with. Objects and arrays never are.
+bool sameValue(const Value& a, const Value& b) noexcept;
+
 std::u16string fromUtf8(std::string_view utf8);
 std::string toUtf8(std::u16string_view utf16);
 

@@ -1,5 +1,6 @@
 #include "batch_report.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <ostream>
@@ -60,35 +61,85 @@ std::string summaryJson(const BatchSummary& s) {
            ", \"errNum\": " + std::to_string(f.errNum) + ", \"line\": " + std::to_string(f.line) +
            ", \"message\": " + jsonString(f.message) + "}";
   }
-  return out + "]}";
+  out += "]";
+  if (s.dryRun) {
+    out += ", \"computed\": [";
+    for (std::size_t i = 0; i < s.computed.size(); ++i) {
+      const RowFields& r = s.computed[i];
+      out += std::string(i > 0 ? ", " : "") + "{\"row\": " + count(r.row) +
+             ", \"key\": " + jsonString(r.key) + ", \"fields\": {";
+      for (std::size_t j = 0; j < r.fields.size(); ++j) {
+        out += std::string(j > 0 ? ", " : "") + jsonString(r.fields[j].first) + ": " +
+               valueJson(r.fields[j].second);
+      }
+      out += "}}";
+    }
+    out += "]";
+  }
+  return out + "}";
 }
 
+namespace {
+
+// Rows that failed alike (same line, error and message), in the order of
+// their first row: a mistake in the formula fails every row the same way.
+struct FailureGroup {
+  const RowFailure* first;
+  std::vector<const RowFailure*> rows;
+};
+
+std::vector<FailureGroup> grouped(const std::vector<RowFailure>& failures) {
+  std::vector<FailureGroup> groups;
+  for (const RowFailure& f : failures) {
+    const auto same = std::find_if(groups.begin(), groups.end(), [&f](const FailureGroup& g) {
+      return g.first->line == f.line && g.first->errNum == f.errNum &&
+             g.first->message == f.message;
+    });
+    if (same != groups.end()) {
+      same->rows.push_back(&f);
+    } else {
+      groups.push_back({&f, {&f}});
+    }
+  }
+  return groups;
+}
+
+constexpr std::size_t kRowsNamed = 5;
+
+}  // namespace
+
 std::string summaryText(const BatchSummary& s) {
+  // The failures first, each kind once, so that the summary ends the output.
   std::string out;
+  if (!s.failures.empty()) out += "失败的行:\n";
+  for (const FailureGroup& g : grouped(s.failures)) {
+    const RowFailure& f = *g.first;
+    out += "  " + (f.line > 0 ? "行号 " + std::to_string(f.line) : std::string("写回")) +
+           ", 错误 " + std::to_string(f.errNum) + ": " + printable(f.message) + "\n    " +
+           std::to_string(g.rows.size()) + " 行:";
+    for (std::size_t i = 0; i < g.rows.size() && i < kRowsNamed; ++i) {
+      out += std::string(i > 0 ? "," : "") + " 第 " + std::to_string(g.rows[i]->row) + " 行 [" +
+             printable(g.rows[i]->key) + "]";
+    }
+    out += g.rows.size() > kRowsNamed ? " …\n" : "\n";
+  }
   if (s.interrupted) {
     out += "批处理已中断: 已运行 " + std::to_string(s.done) + "/" + std::to_string(s.rows) +
            " 行, 数据库未改动\n";
-  } else {
-    out += std::string(s.dryRun ? "试运行完成: " : "批处理完成: ") + std::to_string(s.rows) +
-           " 行, 成功 " + std::to_string(s.done - s.failed) + " 行, 失败 " +
-           std::to_string(s.failed) + " 行; " + (s.dryRun ? "应写回 " : "写回 ") +
-           std::to_string(s.changedRows) + " 行共 " + std::to_string(s.changedFields) +
-           " 个字段 (" + fixed(s.seconds, 2) + " 秒, " +
-           fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
-    if (s.statements) {
-      out += "SQL 语句 " + std::to_string(s.statements->sent) + " 条, 其中 " +
-             std::to_string(s.statements->reused) + " 条用已读的结果作答\n";
-    }
-    if (s.dryRun) out += "试运行: 没有写入数据库\n";
-    if (!s.dryRun && !s.committed) {
-      out += "提交失败, 数据库未改动: " + printable(s.error) + "\n";
-    }
+    return out;
   }
-  if (!s.failures.empty()) out += "失败的行:\n";
-  for (const RowFailure& f : s.failures) {
-    out += "  第 " + std::to_string(f.row) + " 行 [" + printable(f.key) + "] ";
-    out += f.line > 0 ? "行号 " + std::to_string(f.line) : std::string("写回");
-    out += ", 错误 " + std::to_string(f.errNum) + ": " + printable(f.message) + "\n";
+  out += std::string(s.dryRun ? "试运行完成: " : "批处理完成: ") + std::to_string(s.rows) +
+         " 行, 成功 " + std::to_string(s.done - s.failed) + " 行, 失败 " +
+         std::to_string(s.failed) + " 行; " + (s.dryRun ? "应改动 " : "改动 ") +
+         std::to_string(s.changedRows) + " 行共 " + std::to_string(s.changedFields) + " 个字段 (" +
+         fixed(s.seconds, 2) + " 秒, " + fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
+  if (s.statements) {
+    out += "SQL 语句 " + std::to_string(s.statements->sent) + " 条, 其中 " +
+           std::to_string(s.statements->reused) + " 条用已读的结果作答\n";
+  }
+  if (s.dryRun) out += "试运行: 没有写入数据库\n";
+  if (!s.dryRun && !s.committed) {
+    out += "提交失败, 数据库未改动: " + printable(s.error) + "\n";
   }
   return out;
 }

@@ -76,8 +76,12 @@ RowResult runRow(const BatchTable& table, std::size_t row, const BatchJob& job,
     result.message = engine.ErrMsg();
     return result;
   }
+  // A field given back the value it was read with changes nothing.
   for (std::size_t column = 0; column < table.fieldNames.size(); ++column) {
-    if (record->assigned(0, column)) result.writes.push_back({column, record->cell(0, column)});
+    if (record->assigned(0, column) &&
+        !sameValue(record->cell(0, column), table.rows[row][column])) {
+      result.writes.push_back({column, record->cell(0, column)});
+    }
   }
   return result;
 }
@@ -118,8 +122,9 @@ BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter*
       summary.interrupted = true;
       break;
     }
+    std::size_t changed = result->writes.size();
     if (result->errNum == 0 && !result->writes.empty() && writer != nullptr) {
-      DispatchResult written = writer->write(row, result->writes);
+      DispatchResult written = writer->write(row, result->writes, changed);
       if (!written.ok()) {
         result->errNum = written.number;
         result->message = std::move(written.description);
@@ -129,9 +134,17 @@ BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter*
       ++summary.failed;
       summary.failures.push_back(
           {row + 1, keyOf(table, row), result->errNum, result->line, std::move(result->message)});
-    } else if (!result->writes.empty()) {
+    } else if (changed > 0) {
       ++summary.changedRows;
-      summary.changedFields += result->writes.size();
+      summary.changedFields += changed;
+      if (writer == nullptr) {
+        RowFields& fields = summary.computed.emplace_back();
+        fields.row = row + 1;
+        fields.key = keyOf(table, row);
+        for (FieldWrite& w : result->writes) {
+          fields.fields.emplace_back(table.fieldNames[w.column], std::move(w.value));
+        }
+      }
     }
     summary.done = row + 1;
     if (job.progress) job.progress(summary.done, summary.rows);

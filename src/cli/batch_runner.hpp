@@ -37,12 +37,14 @@ struct FieldWrite {
 
 /// Where the rows' assignments go. `write` is called from one thread, in
 /// row order, only for rows whose script succeeded and assigned something;
-/// it writes all of the row or, on failure, none of it. Nothing becomes
+/// it writes all of the row or, on failure, none of it, and counts in
+/// `changed` the fields whose stored value it changed. Nothing becomes
 /// visible before `commit`; `rollback` drops everything written.
 class BatchWriter {
  public:
   virtual ~BatchWriter() = default;
-  virtual DispatchResult write(std::size_t row, std::span<const FieldWrite> writes) = 0;
+  virtual DispatchResult write(std::size_t row, std::span<const FieldWrite> writes,
+                               std::size_t& changed) = 0;
   virtual DispatchResult commit() = 0;
   virtual void rollback() noexcept = 0;
 };
@@ -55,12 +57,19 @@ struct RowFailure {
   std::u16string message;
 };
 
+/// What a row's script computed for the fields it assigned.
+struct RowFields {
+  std::size_t row = 0;  // from 1
+  std::u16string key;
+  std::vector<std::pair<std::u16string, Value>> fields;  // name, value
+};
+
 struct BatchSummary {
   std::size_t rows = 0;           // rows of the table
   std::size_t done = 0;           // rows run (all of them unless interrupted)
   std::size_t failed = 0;         // rows whose script or write-back failed
-  std::size_t changedRows = 0;    // successful rows that assigned a field
-  std::size_t changedFields = 0;  // their assigned fields
+  std::size_t changedRows = 0;    // successful rows that changed a field
+  std::size_t changedFields = 0;  // the fields whose value changed
   bool dryRun = false;            // computed only, no writer
   bool committed = false;         // the writer committed every write
   bool interrupted = false;       // stopped early: nothing was written
@@ -70,6 +79,8 @@ struct BatchSummary {
   /// results other rows read; nullopt when nothing was shared.
   std::optional<SqliteReuseCounts> statements;
   std::vector<RowFailure> failures;  // in row order
+  /// A dry run's rows that changed fields, with the values computed.
+  std::vector<RowFields> computed;
 };
 
 struct BatchJob {

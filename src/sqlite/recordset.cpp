@@ -57,31 +57,6 @@ DispatchResult faultResult(const vb::RuntimeError& e) {
 
 std::u16string quoted(std::u16string_view name) { return doubleQuoted(name); }
 
-// Whether a field holds what it held when read: the same type and value.
-bool sameStored(const Value& a, const Value& b) {
-  if (a.type() != b.type()) return false;
-  switch (a.type()) {
-    case VarType::Integer:
-      return a.integerValue() == b.integerValue();
-    case VarType::Long:
-      return a.longValue() == b.longValue();
-    case VarType::Double:
-    case VarType::Date:
-      return a.doubleValue() == b.doubleValue();
-    case VarType::Currency:
-      return a.currencyValue() == b.currencyValue();
-    case VarType::Boolean:
-      return a.booleanValue() == b.booleanValue();
-    case VarType::String:
-      return a.stringValue() == b.stringValue();
-    case VarType::Empty:
-    case VarType::Null:
-      return true;
-    default:
-      return false;
-  }
-}
-
 DispatchResult untraceable() {
   return providerError(u"无法更新: 记录集的行不能追溯到同一个表的行 (联接或汇总的结果)。");
 }
@@ -110,7 +85,7 @@ DispatchResult RecordsetData::update() {
     for (std::size_t i = 0; i < columns.size(); ++i) {
       // A value put back as it was is not written: writing it could only
       // change how it is stored.
-      if (!changed[i] || sameStored(current()[i], original[i])) continue;
+      if (!changed[i] || sameValue(current()[i], original[i])) continue;
       const Value stored = storedValue(columns[i].type, current()[i], loc);
       if (!exactIn(columns[i].type, original[i]) || !exactIn(columns[i].type, stored)) {
         // A number computed from a neighbour of the stored one, or one that

@@ -121,4 +121,28 @@ const Array& Value::arrayValue() const noexcept {
 
 static_assert(sizeof(Value) == 16, "a value is a type tag and eight bytes");
 
+bool sameValue(const Value& a, const Value& b) noexcept {
+  if (a.type() != b.type()) return false;
+  switch (a.type()) {
+    case VarType::Integer:
+      return a.integerValue() == b.integerValue();
+    case VarType::Long:
+      return a.longValue() == b.longValue();
+    case VarType::Double:
+    case VarType::Date:
+      return a.doubleValue() == b.doubleValue();
+    case VarType::Currency:
+      return a.currencyValue() == b.currencyValue();
+    case VarType::Boolean:
+      return a.booleanValue() == b.booleanValue();
+    case VarType::String:
+      return a.stringValue() == b.stringValue();
+    case VarType::Empty:
+    case VarType::Null:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace korvex
