@@ -65,10 +65,10 @@ struct ArgumentCursor {
   }
 
   // Walks the remaining arguments: every option goes to
-  // `option(name, inlineValue)`, the one other argument is the script ("--"
-  // ends the options). False after a usage error or --help.
-  template <class Option>
-  bool walk(std::string& script, Option option) {
+  // `option(name, inlineValue)`, every other argument to `positional(arg)`
+  // ("--" ends the options). False after a usage error or --help.
+  template <class Positional, class Option>
+  bool walkAll(Positional positional, Option option) {
     bool optionsEnded = false;
     while (next < args.size()) {
       const std::string_view arg = args[next++];
@@ -90,11 +90,22 @@ struct ArgumentCursor {
         if (!option(name, inlineValue)) return false;
         continue;
       }
+      if (!positional(arg)) return false;
+    }
+    return true;
+  }
+
+  // The same for a command that takes one script.
+  template <class Option>
+  bool walk(std::string& script, Option option) {
+    const auto one = [&](std::string_view arg) {
       if (!script.empty()) {
         return fail("给出了多个脚本 ('" + script + "' 和 '" + std::string(arg) + "')");
       }
       script = std::string(arg);
-    }
+      return true;
+    };
+    if (!walkAll(one, option)) return false;
     if (script.empty()) return fail("缺少脚本文件");
     return true;
   }

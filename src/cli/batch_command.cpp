@@ -7,6 +7,7 @@
 
 #include "batch_database.hpp"
 #include "batch_report.hpp"
+#include "joined_script.hpp"
 #include "korvex/engine.hpp"
 #include "output.hpp"
 #include "presets.hpp"
@@ -60,14 +61,18 @@ int usageError(std::ostream& err, const std::string& message) {
 int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream& out,
                     std::ostream& err) {
   std::string error;
-  const std::optional<std::string> bytes = readScriptBytes(options.script, in, error);
-  if (!bytes) return usageError(err, error);
+  JoinedScript script;
+  for (const std::string& path : options.scripts) {
+    const std::optional<std::string> bytes = readScriptBytes(path, in, error);
+    if (!bytes) return usageError(err, error);
+    script.add(path.substr(path.find_last_of('/') + 1), decodeScript(*bytes, Encoding::Utf8));
+  }
   std::optional<BatchDatabase> db = openBatchDatabase(
       options.database, options.record, !options.dryRun, &gStop, error, options.reuse);
   if (!db) return usageError(err, error);
 
   BatchJob job;
-  job.script = decodeScript(*bytes, Encoding::Utf8);
+  job.script = script.text();
   job.jobs = options.jobs;
   job.openWorker = db->openWorker;
   {
@@ -97,6 +102,13 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
     summary = runBatch(db->table, job, options.dryRun ? nullptr : db->writer.get());
   }
   if (db->reuse) summary.statements = reuseCounts(*db->reuse);
+  // With several files, a line is told as the line of the file it is in.
+  for (RowFailure& f : summary.failures) {
+    if (script.files() < 2 || f.line <= 0) continue;
+    const auto [file, line] = script.locate(f.line);
+    f.file = std::string(file);
+    f.line = line;
+  }
   progress.finish();
 
   if (!writeOutcome(out, err, options.json ? summaryJson(summary) + '\n' : summaryText(summary))) {

@@ -42,8 +42,15 @@ struct BatchParser : ArgumentCursor {
 
   void parse() {
     result.action = CommandLine::Action::Batch;
-    if (!walk(result.batch.script, [this](auto name, auto v) { return option(name, v); })) return;
-    if (result.batch.database.empty()) {
+    std::vector<std::string>& scripts = result.batch.scripts;
+    const auto script = [&scripts](std::string_view arg) {
+      scripts.emplace_back(arg);
+      return true;
+    };
+    if (!walkAll(script, [this](auto name, auto v) { return option(name, v); })) return;
+    if (scripts.empty()) {
+      fail("缺少脚本文件");
+    } else if (result.batch.database.empty()) {
       fail("korvex batch 需要 --db PATH");
     } else if (result.batch.record.empty()) {
       fail("korvex batch 需要 --record SQL");

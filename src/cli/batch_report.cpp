@@ -58,8 +58,10 @@ std::string summaryJson(const BatchSummary& s) {
     const RowFailure& f = s.failures[i];
     if (i > 0) out += ", ";
     out += "{\"row\": " + count(f.row) + ", \"key\": " + jsonString(f.key) +
-           ", \"errNum\": " + std::to_string(f.errNum) + ", \"line\": " + std::to_string(f.line) +
-           ", \"message\": " + jsonString(f.message) + "}";
+           ", \"errNum\": " + std::to_string(f.errNum) +
+           (f.file.empty() ? "" : ", \"file\": " + jsonString(fromUtf8(f.file))) +
+           ", \"line\": " + std::to_string(f.line) + ", \"message\": " + jsonString(f.message) +
+           "}";
   }
   out += "]";
   if (s.dryRun) {
@@ -92,7 +94,7 @@ std::vector<FailureGroup> grouped(const std::vector<RowFailure>& failures) {
   std::vector<FailureGroup> groups;
   for (const RowFailure& f : failures) {
     const auto same = std::find_if(groups.begin(), groups.end(), [&f](const FailureGroup& g) {
-      return g.first->line == f.line && g.first->errNum == f.errNum &&
+      return g.first->line == f.line && g.first->file == f.file && g.first->errNum == f.errNum &&
              g.first->message == f.message;
     });
     if (same != groups.end()) {
@@ -114,8 +116,10 @@ std::string summaryText(const BatchSummary& s) {
   if (!s.failures.empty()) out += "失败的行:\n";
   for (const FailureGroup& g : grouped(s.failures)) {
     const RowFailure& f = *g.first;
-    out += "  " + (f.line > 0 ? "行号 " + std::to_string(f.line) : std::string("写回")) +
-           ", 错误 " + std::to_string(f.errNum) + ": " + printable(f.message) + "\n    " +
+    const std::string where =
+        f.file.empty() ? "行号 " + std::to_string(f.line) : f.file + ":" + std::to_string(f.line);
+    out += "  " + (f.line > 0 ? where : std::string("写回")) + ", 错误 " +
+           std::to_string(f.errNum) + ": " + printable(f.message) + "\n    " +
            std::to_string(g.rows.size()) + " 行:";
     for (std::size_t i = 0; i < g.rows.size() && i < kRowsNamed; ++i) {
       out += std::string(i > 0 ? "," : "") + " 第 " + std::to_string(g.rows[i]->row) + " 行 [" +

@@ -132,8 +132,12 @@ BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter*
     }
     if (result->errNum != 0) {
       ++summary.failed;
-      summary.failures.push_back(
-          {row + 1, keyOf(table, row), result->errNum, result->line, std::move(result->message)});
+      summary.failures.push_back({row + 1,
+                                  keyOf(table, row),
+                                  result->errNum,
+                                  result->line,
+                                  std::move(result->message),
+                                  {}});
     } else if (changed > 0) {
       ++summary.changedRows;
       summary.changedFields += changed;

@@ -55,6 +55,7 @@ struct RowFailure {
   std::int32_t errNum = 0;  // the script's error, or the database's
   std::int32_t line = 0;    // the script line; 0 when writing back failed
   std::u16string message;
+  std::string file;  // with several script files, the one the line is in
 };
 
 /// What a row's script computed for the fields it assigned.

@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kUsage =
     "用法: korvex run [选项] SCRIPT\n"
     "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
-    "      korvex batch SCRIPT --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
+    "      korvex batch SCRIPT... --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
     "                   [--dry-run] [--no-reuse] [--json]\n"
     "      korvex --help\n"
     "\n"
@@ -46,7 +46,8 @@ constexpr std::string_view kUsage =
     "退出状态: 0 脚本运行无错误; 1 运行出错; 2 用法错误, 脚本或工作簿无法读取,\n"
     "或工作簿无法保存。\n"
     "\n"
-    "korvex batch 对 --record 查询结果的每一行运行一次脚本 (该行为当前记录),\n"
+    "korvex batch 对 --record 查询结果的每一行运行一次脚本 (多个脚本文件按顺序\n"
+    "连成一个; 该行为当前记录),\n"
     "把字段赋值写回数据库; 整批写入在同一个事务中, 中断时数据库保持原样。\n"
     "  --db PATH          SQLite 数据库文件 (必须已存在)\n"
     "  --record SQL       给出各行的查询\n"

@@ -36,7 +36,9 @@ struct RunOptions {
 
 /// `korvex batch`: the script once for every row of a query.
 struct BatchOptions {
-  std::string script;           // a path, or "-" for standard input
+  /// Paths ("-": standard input), run in order as one script, as a month's
+  /// wage items are kept one file each.
+  std::vector<std::string> scripts;
   std::string database;         // --db: an existing SQLite file
   std::string record;           // --record: the query giving the rows
   std::vector<Preset> presets;  // --set, in command-line order

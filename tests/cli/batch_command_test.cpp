@@ -134,7 +134,7 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
   s.committed = true;
   s.seconds = 0.5;
   s.statements = SqliteReuseCounts{120, 80};
-  s.failures.push_back({2, u"E\"2", 2000, 3, u"件数为负 : 行号 3"});
+  s.failures.push_back({2, u"E\"2", 2000, 3, u"件数为负 : 行号 3", ""});
   EXPECT_EQ(summaryJson(s),
             R"({"rows": 3, "done": 3, "succeeded": 2, "failed": 1, "changedRows": 2, )"
             R"("changedFields": 2, "dryRun": false, "committed": true, "interrupted": false, )"
@@ -147,9 +147,10 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
   s.failures[0].key = u"E\x1b[2J\t";
   s.failures[0].message = u"a\r\nb\x7f";
   for (std::size_t row = 4; row < 10; ++row) {
-    s.failures.push_back({row, u"E" + fromUtf8(std::to_string(row)), 2000, 3, u"a\r\nb\x7f"});
+    s.failures.push_back({row, u"E" + fromUtf8(std::to_string(row)), 2000, 3, u"a\r\nb\x7f", ""});
   }
-  s.failures.push_back({10, u"E10", 13, 0, u"字段 工资 = abc: 类型不匹配"});
+  s.failures.push_back({10, u"E10", 13, 0, u"字段 工资 = abc: 类型不匹配", ""});
+  s.failures.push_back({11, u"E11", 11, 2, u"除数为零", "b.bas"});
   EXPECT_EQ(summaryText(s),
             "失败的行:\n"
             "  行号 3, 错误 2000: a\\r\\nb\\x7f\n"
@@ -157,6 +158,8 @@ TEST(BatchReport, JsonSummaryAndTextThatKeepsTheTerminalClean) {
             "第 7 行 [E7] …\n"
             "  写回, 错误 13: 字段 工资 = abc: 类型不匹配\n"
             "    1 行: 第 10 行 [E10]\n"
+            "  b.bas:2, 错误 11: 除数为零\n"
+            "    1 行: 第 11 行 [E11]\n"
             "批处理完成: 3 行, 成功 2 行, 失败 1 行; 改动 2 行共 2 个字段 (0.50 秒, 6 行/秒)\n"
             "SQL 语句 120 条, 其中 80 条用已读的结果作答\n");
 }
@@ -209,6 +212,23 @@ TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
   const Outcome r = run(f, {"--jobs", "2"});
   EXPECT_EQ(r.status, 1) << r.err;
   EXPECT_EQ(untimed(r.out), expected(R"("dryRun": false, "committed": true)", ""));
+  EXPECT_EQ(wages(f.db),
+            "E1=25.000000 E2=50.000000 E3=75.000000 E4=0.000000 E5=125.000000 E6=150.000000 ");
+}
+
+// A month kept as one file per item runs as one script; a failing line is
+// told as the line of its file (the first file's breaks are LF alone, its
+// last line has none).
+TEST(BatchCommand, SeveralScriptsRunAsOneAndTellTheirOwnLines) {
+  const Files f = makeFiles("several", "DIM rate\nrate = 2.5");
+  const std::string second = f.script.substr(0, f.script.rfind('/')) + "/wage.bas";
+  std::ofstream(second, std::ios::binary)
+      << "wage = pieces * rate\r\nIf pieces < 0 Then RaiseError \"negative\"\r\n";
+  const Outcome r = korvex(std::vector<std::string_view>{
+      "batch", f.script, second, "--db", f.db, "--record", "SELECT * FROM pay", "--json"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_NE(r.out.find(R"("errNum": 2000, "file": "wage.bas", "line": 2, )"), std::string::npos)
+      << r.out;
   EXPECT_EQ(wages(f.db),
             "E1=25.000000 E2=50.000000 E3=75.000000 E4=0.000000 E5=125.000000 E6=150.000000 ");
 }
