@@ -23,9 +23,8 @@ demo=build/demo.db
 if build/korvex demo --help >/dev/null 2>&1 && [ -d examples/payroll ]; then
   rm -f "$demo" "$demo-journal"
   build/korvex demo "$demo"
-  for f in examples/payroll/*.bas; do cat "$f"; echo; done >build/payroll_month.bas
   echo "setup: computing March 2025 on $demo"
-  build/korvex batch build/payroll_month.bas --db "$demo" \
+  build/korvex batch examples/payroll/*.bas --db "$demo" \
     --record "SELECT * FROM [工资表2025年03月]"
 else
   echo "setup: this build has no demo payroll yet; skipping the payroll batch"
