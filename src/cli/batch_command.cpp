@@ -67,7 +67,7 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   if (!db) return usageError(err, error);
 
   BatchJob job;
-  job.script = decodeScript(*bytes, Encoding::Utf8);
+  job.script = decodeScript(*bytes, options.encoding, &err);
   job.jobs = options.jobs;
   job.openWorker = db->openWorker;
   {

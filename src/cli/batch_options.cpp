@@ -25,6 +25,7 @@ struct BatchParser : ArgumentCursor {
     if (name == "--db") return text(name, inlineValue, batch.database);
     if (name == "--record") return text(name, inlineValue, batch.record);
     if (name == "--set") return preset(name, inlineValue, batch.presets);
+    if (name == "--encoding") return encoding(name, inlineValue, batch.encoding);
     if (name == "--jobs") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
@@ -42,7 +43,10 @@ struct BatchParser : ArgumentCursor {
 
   void parse() {
     result.action = CommandLine::Action::Batch;
-    if (!walk(result.batch.script, [this](auto name, auto v) { return option(name, v); })) return;
+    if (!walk(result.batch.script, [this](auto name, auto v) { return option(name, v); })) {
+      if (result.action == CommandLine::Action::Help) result.helpText = batchUsageText();
+      return;
+    }
     if (result.batch.database.empty()) {
       fail("korvex batch 需要 --db PATH");
     } else if (result.batch.record.empty()) {
