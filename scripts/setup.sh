@@ -21,8 +21,7 @@ build/korvex run --json examples/hello.bas
 # open month (the demo closes the months before it).
 demo=build/demo.db
 if build/korvex demo --help >/dev/null 2>&1 && [ -d examples/payroll ]; then
-  rm -f "$demo" "$demo-journal"
-  build/korvex demo "$demo"
+  build/korvex demo "$demo" --force
   for f in examples/payroll/*.bas; do cat "$f"; echo; done >build/payroll_month.bas
   echo "setup: computing March 2025 on $demo"
   build/korvex batch build/payroll_month.bas --db "$demo" \

@@ -17,6 +17,25 @@ bool sameMember(std::u16string_view a, std::u16string_view b) {
                     [&](char16_t x, char16_t y) { return lower(x) == lower(y); });
 }
 
+// The values written since the last Update, and those an Update kept.
+struct Notes {
+  std::shared_ptr<AssignedFieldList> assigned;
+  AssignedFieldList pending;
+
+  void keepPending() {
+    for (auto& [field, value] : pending) {
+      const auto same = std::find_if(assigned->begin(), assigned->end(),
+                                     [&](const auto& entry) { return entry.first == field; });
+      if (same != assigned->end()) {
+        same->second = std::move(value);
+      } else {
+        assigned->emplace_back(std::move(field), std::move(value));
+      }
+    }
+    pending.clear();
+  }
+};
+
 // Passes everything on to the wrapped object.
 class Forwarding : public HostObject {
  public:
@@ -41,8 +60,8 @@ class Forwarding : public HostObject {
 
 class TrackedField : public Forwarding {
  public:
-  TrackedField(ObjectRef field, std::shared_ptr<AssignedFieldList> assigned)
-      : Forwarding(std::move(field)), assigned_(std::move(assigned)) {}
+  TrackedField(ObjectRef field, std::shared_ptr<Notes> notes)
+      : Forwarding(std::move(field)), notes_(std::move(notes)) {}
 
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
                              const Value& value) override {
@@ -55,72 +74,77 @@ class TrackedField : public Forwarding {
   void note() {
     const DispatchResult name = inner_->getProperty(u"Name", {});
     DispatchResult value = inner_->getDefault({});
-    if (!name.ok() || !name.value.isString() || !value.ok()) return;
-    const std::u16string& field = name.value.stringValue();
-    const auto same = std::find_if(assigned_->begin(), assigned_->end(),
-                                   [&](const auto& entry) { return entry.first == field; });
-    if (same != assigned_->end()) {
-      same->second = std::move(value.value);
-    } else {
-      assigned_->emplace_back(field, std::move(value.value));
+    if (name.ok() && name.value.isString() && value.ok()) {
+      notes_->pending.emplace_back(name.value.stringValue(), std::move(value.value));
     }
   }
 
-  std::shared_ptr<AssignedFieldList> assigned_;
+  std::shared_ptr<Notes> notes_;
 };
 
 // A field handed out by the collection or the record set comes wrapped.
-DispatchResult wrapField(DispatchResult r, const std::shared_ptr<AssignedFieldList>& assigned) {
+DispatchResult wrapField(DispatchResult r, const std::shared_ptr<Notes>& notes) {
   if (r.ok() && r.value.isObject() && r.value.objectValue()) {
-    r.value = Value::object(std::make_shared<TrackedField>(r.value.objectValue(), assigned));
+    r.value = Value::object(std::make_shared<TrackedField>(r.value.objectValue(), notes));
   }
   return r;
 }
 
 class TrackedFields : public Forwarding {
  public:
-  TrackedFields(ObjectRef fields, std::shared_ptr<AssignedFieldList> assigned)
-      : Forwarding(std::move(fields)), assigned_(std::move(assigned)) {}
+  TrackedFields(ObjectRef fields, std::shared_ptr<Notes> notes)
+      : Forwarding(std::move(fields)), notes_(std::move(notes)) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
     DispatchResult r = inner_->getProperty(name, args);
-    return sameMember(name, u"Item") ? wrapField(std::move(r), assigned_) : r;
+    return sameMember(name, u"Item") ? wrapField(std::move(r), notes_) : r;
   }
   DispatchResult getDefault(std::span<const Value> args) override {
-    return wrapField(inner_->getDefault(args), assigned_);
+    return wrapField(inner_->getDefault(args), notes_);
   }
 
  private:
-  std::shared_ptr<AssignedFieldList> assigned_;
+  std::shared_ptr<Notes> notes_;
 };
 
 class TrackedRecord : public Forwarding {
  public:
-  TrackedRecord(ObjectRef record, std::shared_ptr<AssignedFieldList> assigned)
-      : Forwarding(std::move(record)), assigned_(std::move(assigned)) {}
+  TrackedRecord(ObjectRef record, std::shared_ptr<Notes> notes)
+      : Forwarding(std::move(record)), notes_(std::move(notes)) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
     DispatchResult r = inner_->getProperty(name, args);
     if (!sameMember(name, u"Fields")) return r;
     // Fields(i) is a field, Fields the collection.
-    if (!args.empty()) return wrapField(std::move(r), assigned_);
+    if (!args.empty()) return wrapField(std::move(r), notes_);
     if (!r.ok() || !r.value.isObject() || !r.value.objectValue()) return r;
-    r.value = Value::object(std::make_shared<TrackedFields>(r.value.objectValue(), assigned_));
+    r.value = Value::object(std::make_shared<TrackedFields>(r.value.objectValue(), notes_));
     return r;
   }
   DispatchResult getDefault(std::span<const Value> args) override {
-    return wrapField(inner_->getDefault(args), assigned_);
+    return wrapField(inner_->getDefault(args), notes_);
+  }
+  // A field write counts once Update took it.
+  DispatchResult callMethod(std::u16string_view name, std::span<const Value> args) override {
+    DispatchResult r = inner_->callMethod(name, args);
+    if (sameMember(name, u"Update")) {
+      if (r.ok()) notes_->keepPending();
+      notes_->pending.clear();
+    }
+    return r;
   }
 
  private:
-  std::shared_ptr<AssignedFieldList> assigned_;
+  std::shared_ptr<Notes> notes_;
 };
 
 }  // namespace
 
 ObjectRef trackAssignments(ObjectRef record, std::shared_ptr<AssignedFieldList> assigned) {
   if (!record) return record;
-  return std::make_shared<TrackedRecord>(std::move(record), std::move(assigned));
+  auto notes = std::make_shared<Notes>();
+  notes->assigned = std::move(assigned);
+  return std::make_shared<TrackedRecord>(std::move(record), std::move(notes));
 }
 
 }  // namespace korvex::cli

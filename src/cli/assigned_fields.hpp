@@ -1,7 +1,7 @@
 // The fields of the current record a script assigned: the record set the
 // engine sees is a wrapper that passes every member on to the real one and
-// notes each field whose Value was written, with the value the record set
-// holds afterwards.
+// notes each field whose Value was written and then kept by Update, with the
+// value the record set holds afterwards.
 #pragma once
 
 #include <memory>

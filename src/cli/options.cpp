@@ -26,7 +26,7 @@ constexpr std::string_view kRunHelp =
     "\n"
     "选项:\n"
     "  --set NAME=EXPR    运行前把变量 NAME 设为表达式 EXPR 的值 (可重复, 依次执行),\n"
-    "                     例如 --set A=5, --set S=\"abc\", --set D=#2005-03-01#,\n"
+    "                     例如 --set A=5, --set 'S=\"abc\"', --set D=#2005-03-01#,\n"
     "                     --set N=NULL\n"
     "  --locale LOCALE    区域设置: zh-CN (默认) 或 en-US\n"
     "  --answer TEXT      下一个输入框的回答 (可重复); 回答用完后的输入框视为取消。\n"
