@@ -21,8 +21,7 @@ build/korvex run --json examples/hello.bas
 # open month (the demo closes the months before it).
 demo=build/demo.db
 if build/korvex demo --help >/dev/null 2>&1 && [ -d examples/payroll ]; then
-  rm -f "$demo" "$demo-journal"
-  build/korvex demo "$demo"
+  build/korvex demo "$demo" --force
   echo "setup: computing March 2025 on $demo"
   build/korvex batch examples/payroll/*.bas --db "$demo" \
     --record "SELECT * FROM [工资表2025年03月]"

@@ -53,6 +53,25 @@ struct ArgumentCursor {
     return true;
   }
 
+  // --encoding: utf-8 (utf8), or the Chinese code page by any of its names
+  // (gbk, gb2312, cp936, gb18030); any case.
+  bool encoding(std::string_view option, std::optional<std::string_view> inlineValue,
+                Encoding& target) {
+    const auto v = value(option, inlineValue);
+    if (!v) return false;
+    std::string lower;
+    for (char c : *v) lower += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    if (lower == "utf-8" || lower == "utf8") {
+      target = Encoding::Utf8;
+    } else if (lower == "gbk" || lower == "gb2312" || lower == "cp936" || lower == "gb18030") {
+      target = Encoding::Gbk;
+    } else {
+      return fail("未知的编码 '" + std::string(*v) +
+                  "' (可用 utf-8 或 gbk, gb2312, cp936, gb18030)");
+    }
+    return true;
+  }
+
   // --set NAME=EXPR, kept in command-line order.
   bool preset(std::string_view option, std::optional<std::string_view> inlineValue,
               std::vector<Preset>& presets) {

@@ -65,7 +65,8 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   for (const std::string& path : options.scripts) {
     const std::optional<std::string> bytes = readScriptBytes(path, in, error);
     if (!bytes) return usageError(err, error);
-    script.add(path.substr(path.find_last_of('/') + 1), decodeScript(*bytes, Encoding::Utf8));
+    script.add(path.substr(path.find_last_of('/') + 1),
+               decodeScript(*bytes, options.encoding, &err));
   }
   std::optional<BatchDatabase> db = openBatchDatabase(
       options.database, options.record, !options.dryRun, &gStop, error, options.reuse);

@@ -25,6 +25,7 @@ struct BatchParser : ArgumentCursor {
     if (name == "--db") return text(name, inlineValue, batch.database);
     if (name == "--record") return text(name, inlineValue, batch.record);
     if (name == "--set") return preset(name, inlineValue, batch.presets);
+    if (name == "--encoding") return encoding(name, inlineValue, batch.encoding);
     if (name == "--jobs") {
       const auto v = value(name, inlineValue);
       if (!v) return false;
@@ -47,7 +48,10 @@ struct BatchParser : ArgumentCursor {
       scripts.emplace_back(arg);
       return true;
     };
-    if (!walkAll(script, [this](auto name, auto v) { return option(name, v); })) return;
+    if (!walkAll(script, [this](auto name, auto v) { return option(name, v); })) {
+      if (result.action == CommandLine::Action::Help) result.helpText = batchUsageText();
+      return;
+    }
     if (scripts.empty()) {
       fail("缺少脚本文件");
     } else if (result.batch.database.empty()) {

@@ -6,26 +6,61 @@
 
 namespace korvex::cli {
 
+DatabaseSession::~DatabaseSession() {
+  if (database_) (void)database_->rollback();
+}
+
 bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std::string& error) {
   if (options.traceSql) log_ = std::make_shared<SqlLog>();
   const std::shared_ptr<ObjectFactory> objects = sqliteObjectFactory(log_);
-  engine.SetObjectFactory(objects);
+  // The connections the script's functions open themselves ("use NAME")
+  // cannot join the run's transaction: in a dry run they only read.
+  SqliteAccess readOnly;
+  readOnly.readOnly = true;
+  engine.SetObjectFactory(options.dryRun ? sqliteObjectFactory(log_, readOnly) : objects);
   if (options.db.empty()) return true;
 
   ObjectRef connect;
   if (!openDatabaseOption(*objects, options.db, connect, error)) return false;
   engine.SetParent(connectParent(connect));
+  // A connection of the SQLite factory, open: it always has a database.
+  SqliteDatabase database = *databaseOf(connect);
+  if (const DatabaseResult<> begun = database.begin(); !begun.ok()) {
+    error = "无法开始事务: " + toUtf8(begun.error().message);
+    return false;
+  }
+  database_ = database;
+  if (options.dryRun) {
+    DatabaseResult<SqliteDatabase> guard =
+        SqliteDatabase::open(options.db, SqliteDatabase::Mode::ReadOnly);
+    DatabaseResult<> held = guard.ok() ? guard.value().begin() : guard.error();
+    if (held.ok()) {
+      const DatabaseResult<SqlResult> read = guard.value().query(u"SELECT 1 FROM sqlite_master");
+      if (!read.ok()) held = read.error();
+    }
+    if (!held.ok()) {
+      error = "无法试运行: " + toUtf8(held.error().message);
+      return false;
+    }
+    guard_ = std::move(guard.value());
+  }
 
   if (options.record) {
-    // A connection of the SQLite factory, open: it always has a database.
-    if (!checkRecordQuery(*databaseOf(connect), *options.record, error)) return false;
+    if (!checkRecordQuery(database, *options.record, error)) return false;
     const std::array<Value, 1> sql{Value::string(fromUtf8(*options.record))};
     DispatchResult rs = connect->callMethod(u"Execute", sql);
     if (!rs.ok()) {
       error = "--record " + *options.record + ": " + toUtf8(rs.description);
       return false;
     }
-    engine.SetRecordSet(rs.value.objectValue());
+    const ObjectRef record = rs.value.objectValue();
+    const DispatchResult eof = record->getProperty(u"EOF", {});
+    if (eof.ok() && eof.value.booleanValue()) {
+      error = "--record 的查询没有返回任何行: '" + *options.record + "'";
+      return false;
+    }
+    assigned_ = std::make_shared<AssignedFieldList>();
+    engine.SetRecordSet(trackAssignments(record, assigned_));
     if (engine.ErrNum() != 0) {
       error = "--record " + *options.record + ": " + toUtf8(engine.ErrMsg());
       return false;
@@ -36,11 +71,28 @@ bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std
   return true;
 }
 
+bool DatabaseSession::finish(bool keep, std::string& error) {
+  if (!database_) return true;
+  SqliteDatabase database = *database_;
+  database_.reset();
+  const DatabaseResult<> ended = keep ? database.commit() : database.rollback();
+  guard_.reset();
+  if (ended.ok()) return true;
+  error = std::string(keep ? "无法提交" : "无法回滚") +
+          "运行的事务 (脚本自己结束事务时也会如此): " + toUtf8(ended.error().message);
+  return false;
+}
+
 std::optional<std::vector<std::u16string>> DatabaseSession::traced() const {
   if (!log_) return std::nullopt;
   const auto& all = log_->texts();
   return std::vector<std::u16string>(all.begin() + static_cast<std::ptrdiff_t>(firstTraced_),
                                      all.end());
+}
+
+std::optional<AssignedFieldList> DatabaseSession::assigned() const {
+  if (!assigned_) return std::nullopt;
+  return *assigned_;
 }
 
 }  // namespace korvex::cli

@@ -7,13 +7,15 @@
 #include <string>
 
 #include "demo_database.hpp"
+#include "korvex/system_error.hpp"
 
 namespace korvex::cli {
 namespace {
 
 constexpr std::string_view kDemoUsage =
-    "用法: korvex demo PATH [--employees N] [--months M] [--seed S]\n"
+    "用法: korvex demo PATH [--employees N] [--months M] [--seed S] [--force]\n"
     "在新文件 PATH 中建立演示用的工资数据库 (SQLite)。\n"
+    "  --force         PATH 已存在时替换它 (否则不覆盖)\n"
     "  --employees N   员工人数, 1 到 1000000 (默认 200)\n"
     "  --months M      月份数, 从 2025年1月 起, 1 到 120 (默认 3)\n"
     "  --seed S        随机种子, 同一种子得到同样的数据 (默认 1)\n";
@@ -38,11 +40,16 @@ int usageError(std::ostream& err, const std::string& message) {
 int runDemo(std::span<const std::string_view> args, std::ostream& out, std::ostream& err) {
   DemoSettings settings;
   std::optional<std::string> path;
+  bool force = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
     std::string_view arg = args[i];
     if (arg == "--help" || arg == "-h") {
       out << kDemoUsage;
       return 0;
+    }
+    if (arg == "--force") {
+      force = true;
+      continue;
     }
     if (!arg.starts_with("--")) {
       if (path) return usageError(err, "只能给一个文件路径");
@@ -78,15 +85,32 @@ int runDemo(std::span<const std::string_view> args, std::ostream& out, std::ostr
   }
   if (!path) return usageError(err, "缺少数据库文件路径");
   std::error_code ec;
-  if (std::filesystem::exists(*path, ec)) {
-    err << "korvex demo: 文件已存在, 不会覆盖: " << *path << "\n";
+  const bool exists = std::filesystem::exists(*path, ec);
+  if (exists && !force) {
+    err << "korvex demo: 文件已存在, 不会覆盖 (用 --force 替换它): " << *path << "\n";
     return 2;
   }
+  // A file replaced is built beside it first, so that a failure keeps the
+  // old one.
+  const std::string target = exists ? *path + ".korvex-new" : *path;
+  if (exists) std::filesystem::remove(target, ec);
   std::string error;
-  const std::optional<DemoSummary> s = createDemoDatabase(*path, settings, error);
+  const std::optional<DemoSummary> s = createDemoDatabase(target, settings, error);
   if (!s) {
     err << "korvex demo: " << error << "\n";
     return 1;
+  }
+  if (exists) {
+    std::filesystem::rename(target, *path, ec);
+    if (ec) {
+      err << "korvex demo: 无法替换 " << *path << ": " << systemErrorText(ec.value()) << "\n";
+      std::filesystem::remove(target, ec);
+      return 1;
+    }
+    // The old file's journals would be taken for the new one's.
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+      std::filesystem::remove(*path + suffix, ec);
+    }
   }
   out << "已建立演示数据库 " << *path << ": " << s->employees << " 名员工, " << s->months
       << " 个月, 计件记录 " << s->jobRows << " 条, 考核记录 " << s->assessmentRows

@@ -261,15 +261,20 @@ std::string outcomeJson(const RunOutcome& r) {
     out += "\": ";
     out += std::to_string(number);
   }
-  out += ", \"variables\": {";
-  bool first = true;
-  for (const auto& [name, value] : r.variables) {
-    if (!first) out += ", ";
-    first = false;
-    out += jsonString(name);
-    out += ": ";
-    appendValue(out, value);
-  }
+  const auto object = [&out](const std::vector<std::pair<std::u16string, Value>>& entries) {
+    out += '{';
+    bool first = true;
+    for (const auto& [name, value] : entries) {
+      if (!first) out += ", ";
+      first = false;
+      out += jsonString(name);
+      out += ": ";
+      appendValue(out, value);
+    }
+    out += '}';
+  };
+  out += ", \"variables\": ";
+  object(r.variables);
   const auto list = [&out](const std::vector<std::u16string>& texts) {
     out += '[';
     for (std::size_t i = 0; i < texts.size(); ++i) {
@@ -278,8 +283,12 @@ std::string outcomeJson(const RunOutcome& r) {
     }
     out += ']';
   };
-  out += "}, \"messages\": ";
+  out += ", \"messages\": ";
   list(r.messages);
+  if (r.fields) {
+    out += ", \"fields\": ";
+    object(*r.fields);
+  }
   if (r.sql) {
     out += ", \"sql\": ";
     list(*r.sql);

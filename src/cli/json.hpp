@@ -47,7 +47,10 @@ struct RunOutcome {
   std::int32_t flagCount = 0;
   std::vector<std::pair<std::u16string, Value>> variables;  // table order
   std::vector<std::u16string> messages;                     // order shown
-  std::optional<std::vector<std::u16string>> sql;           // with --trace-sql
+  /// With --record: the record's fields the script assigned, in the order
+  /// first assigned, each with its value afterwards.
+  std::optional<std::vector<std::pair<std::u16string, Value>>> fields;
+  std::optional<std::vector<std::u16string>> sql;  // with --trace-sql
 };
 
 /// The outcome as one JSON object on one line (no trailing newline).

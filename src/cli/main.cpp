@@ -28,7 +28,10 @@ int dispatch(int argc, char** argv) {
   const CommandLine cmd = korvex::cli::parseCommandLine(args);
   switch (cmd.action) {
     case CommandLine::Action::Help:
-      std::cout << korvex::cli::usageText();
+      std::cout << (cmd.helpText.empty() ? korvex::cli::usageText() : cmd.helpText);
+      return korvex::cli::kExitSuccess;
+    case CommandLine::Action::Version:
+      std::cout << korvex::cli::versionText();
       return korvex::cli::kExitSuccess;
     case CommandLine::Action::Run:
       return korvex::cli::runScript(cmd.run, std::cin, std::cout, std::cerr);

@@ -208,12 +208,6 @@ std::optional<std::string> readScriptBytes(const std::string& path, std::istream
   return readAll(path, in, error);
 }
 
-std::u16string decodeScript(std::string_view bytes, Encoding encoding) {
-  if (encoding == Encoding::Gbk) return korvex::decodeGbk(bytes);
-  if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());
-  return fromUtf8(bytes);
-}
-
 int runScript(const RunOptions& options, std::istream& in, std::ostream& out, std::ostream& err) {
   std::string readError;
   const std::optional<std::string> bytes = readAll(options.script, in, readError);
@@ -252,16 +246,22 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
     return kExitUsage;
   }
 
-  engine.SetCodeBlock(decodeScript(*bytes, options.encoding));
+  engine.SetCodeBlock(decodeScript(*bytes, options.encoding, &err));
   {
     InterruptGuard guard(engine);
     engine.SetLineHook(countInterruptsAfresh);
     engine.Execute();
   }
 
-  // Cells written before an error are kept, as in an open spreadsheet.
+  // The database keeps the run's writes only when it succeeded.
+  std::string endError;
+  const bool ended = database.finish(!options.dryRun && engine.ErrNum() == 0, endError);
+  if (!ended) err << "korvex: " << endError << '\n';
+
+  // Cells written before an error are kept, as in an open spreadsheet; a
+  // dry run writes the workbook only to a --save target.
   bool saved = true;
-  if (book && book->modified()) {
+  if (book && book->modified() && (!options.dryRun || !options.save.empty())) {
     std::u16string error;
     saved = book->save(options.save.empty() ? options.workbook : options.save, error);
     if (!saved) err << "korvex: " << toUtf8(error) << '\n';
@@ -271,6 +271,7 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
   if (options.json) {
     RunOutcome outcome = outcomeOf(engine, *recorder);
     outcome.sql = database.traced();
+    outcome.fields = database.assigned();
     outcomeText = outcomeJson(outcome) + '\n';
   }
   if (!writeOutcome(out, err, outcomeText)) return kExitUsage;
@@ -279,7 +280,7 @@ int runScript(const RunOptions& options, std::istream& in, std::ostream& out, st
         << toUtf8(engine.ErrMsg()) << '\n';
   }
   if (!saved) return kExitUsage;
-  return engine.ErrNum() == 0 ? kExitSuccess : kExitScriptFailed;
+  return engine.ErrNum() == 0 && ended ? kExitSuccess : kExitScriptFailed;
 }
 
 }  // namespace korvex::cli

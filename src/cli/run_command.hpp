@@ -16,8 +16,12 @@ inline constexpr int kExitScriptFailed = 1;
 inline constexpr int kExitUsage = 2;
 
 /// The script text from its raw bytes: UTF-8 with an optional byte-order
-/// mark, or GBK. Line breaks are kept exactly as written.
-std::u16string decodeScript(std::string_view bytes, Encoding encoding);
+/// mark, or the Chinese code page (GBK, GB18030). Encoding::Auto reads
+/// bytes that are no UTF-8 as that code page when they decode as such,
+/// saying so in one line on `notes`. Line breaks are kept exactly as
+/// written.
+std::u16string decodeScript(std::string_view bytes, Encoding encoding,
+                            std::ostream* notes = nullptr);
 
 /// The bytes of a script file, or of `in` for "-"; nullopt with `error` set
 /// (a Chinese one-line reason) when it cannot be read.

@@ -86,8 +86,14 @@ TEST(DemoCommand, RefusesExistingFilesAndBadOptions) {
   std::string err;
   EXPECT_EQ(demo({path}, &err), 2);
   EXPECT_NE(err.find("文件已存在"), std::string::npos);
+  EXPECT_NE(err.find("--force"), std::string::npos);
   std::ifstream in(path);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "keep");
+  // --force replaces it, and the stale journal beside it goes.
+  std::ofstream(path + "-journal") << "stale";
+  ASSERT_EQ(demo({path, "--force", "--employees", "5", "--months", "1"}), 0);
+  EXPECT_NE(contents(path).find("Employes"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(path + "-journal"));
 
   const std::string fresh = dir.file("new.db");
   const std::vector<std::vector<std::string_view>> bad = {

@@ -21,13 +21,53 @@ TEST(Options, HelpForms) {
   EXPECT_NE(usageText().find("korvex run [选项] SCRIPT"), std::string_view::npos);
 }
 
+// Each command's --help is its own; --version names the version.
+TEST(Options, CommandHelpAndVersion) {
+  const struct {
+    std::vector<std::string_view> args;
+    std::string_view mentions, omits;
+  } kCases[] = {
+      {{"--help"}, "--jobs", ""},
+      {{"run", "s.bas", "--help"}, "--dry-run", "--jobs"},
+      {{"batch", "-h"}, "--jobs", "--answer"},
+  };
+  for (const auto& c : kCases) {
+    const CommandLine r = parseCommandLine(c.args);
+    ASSERT_EQ(r.action, CommandLine::Action::Help) << c.args.front();
+    const std::string_view text = r.helpText.empty() ? usageText() : r.helpText;
+    EXPECT_NE(text.find(c.mentions), std::string_view::npos) << text;
+    if (!c.omits.empty()) {
+      EXPECT_EQ(text.find(c.omits), std::string_view::npos) << text;
+    }
+  }
+  EXPECT_EQ(parse({"--version"}).action, CommandLine::Action::Version);
+  EXPECT_EQ(versionText().rfind("korvex ", 0), 0u);
+}
+
+// The Chinese code page by any of its names, for run and batch alike.
+TEST(Options, EncodingNames) {
+  const struct {
+    std::string_view name;
+    Encoding encoding;
+  } kCases[] = {{"gbk", Encoding::Gbk},     {"GB2312", Encoding::Gbk}, {"cp936", Encoding::Gbk},
+                {"Gb18030", Encoding::Gbk}, {"UTF-8", Encoding::Utf8}, {"utf8", Encoding::Utf8}};
+  for (const auto& c : kCases) {
+    const CommandLine r =
+        parseCommandLine(std::vector<std::string_view>{"run", "--encoding", c.name, "s.bas"});
+    EXPECT_EQ(r.run.encoding, c.encoding) << c.name << r.error;
+    const CommandLine b = parseCommandLine(std::vector<std::string_view>{
+        "batch", "s.bas", "--db", "p", "--record", "q", "--encoding", c.name});
+    EXPECT_EQ(b.batch.encoding, c.encoding) << c.name << b.error;
+  }
+}
+
 TEST(Options, RunWithEveryOptionAndWithNone) {
   // clang-format off
   const CommandLine c =
       parse({"run", "--set", "A=5", "--set=S=\"a=b\"", "--set", " B = 1", "--locale", "en-US",
              "--answer", "one", "--answer=", "--json", "--encoding", "GBK", "--db", "pay.db",
              "--record=select 1", "--trace-sql", "script.bas", "--workbook", "w.xlsx", "--sheet=2",
-             "--save", "o.xlsx"});
+             "--save", "o.xlsx", "--dry-run"});
   // clang-format on
   ASSERT_EQ(c.action, CommandLine::Action::Run) << c.error;
   const std::vector<Preset> presets{{"A", "5"}, {"S", "\"a=b\""}, {"B", " 1"}};
@@ -44,6 +84,7 @@ TEST(Options, RunWithEveryOptionAndWithNone) {
   EXPECT_EQ(c.run.workbook, "w.xlsx");
   EXPECT_EQ(c.run.sheet, "2");
   EXPECT_EQ(c.run.save, "o.xlsx");
+  EXPECT_TRUE(c.run.dryRun);
 
   const CommandLine d = parse({"run", "s.bas"});
   ASSERT_EQ(d.action, CommandLine::Action::Run);
@@ -51,7 +92,8 @@ TEST(Options, RunWithEveryOptionAndWithNone) {
   EXPECT_EQ(d.run.locale, "zh-CN");
   EXPECT_FALSE(d.run.answersGiven);
   EXPECT_FALSE(d.run.json);
-  EXPECT_EQ(d.run.encoding, Encoding::Utf8);
+  EXPECT_EQ(d.run.encoding, Encoding::Auto);
+  EXPECT_FALSE(d.run.dryRun);
 }
 
 // Script, --db, --record, --dry-run and --json are parsed in the command's

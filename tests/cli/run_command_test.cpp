@@ -36,6 +36,30 @@ TEST(DecodeScript, KeepsLineBreaksAndSkipsTheByteOrderMark) {
   EXPECT_EQ(decodeScript("", Encoding::Utf8), u"");
 }
 
+// Bytes that are no UTF-8 read as the Chinese code page when they decode
+// as that, with a note; forced encodings and other bytes give no note.
+TEST(DecodeScript, ReadsTheChineseCodePageWhenTheBytesAreNoUtf8) {
+  const struct {
+    std::string_view bytes;
+    Encoding encoding;
+    std::u16string text;
+    std::string note;
+  } kCases[] = {
+      {"\xD6\xD0\xCE\xC4", Encoding::Auto, u"中文", "GBK"},
+      {"\x81\x30\x81\x30\xD6\xD0", Encoding::Auto, u"\u0080中", "GB18030"},
+      {"\xE4\xB8\xAD", Encoding::Auto, u"中", ""},            // UTF-8 stays UTF-8
+      {"\xD6\xD0", Encoding::Utf8, u"\uFFFD\uFFFD", ""},      // forced
+      {"\xE4\xB8\xAD", Encoding::Gbk, u"涓\uFFFD", ""},       // forced
+      {"caf\xE9\r\n", Encoding::Auto, u"caf\uFFFD\r\n", ""},  // neither
+  };
+  for (const auto& c : kCases) {
+    std::ostringstream notes;
+    EXPECT_EQ(decodeScript(c.bytes, c.encoding, &notes), c.text) << c.bytes;
+    EXPECT_EQ(notes.str(),
+              c.note.empty() ? "" : "korvex: 脚本不是 UTF-8, 按 " + c.note + " 读取\n");
+  }
+}
+
 using Answer = UserInterface::Answer;
 using Buttons = UserInterface::Buttons;
 
@@ -202,6 +226,77 @@ TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
   ::close(output[0]);
   EXPECT_TRUE(prompted);
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+}
+
+std::string fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// One transaction per run: kept only when the run succeeds and is no dry
+// run; a record query without rows runs nothing.
+TEST(RunDatabase, OnlyASucceedingRunChangesTheFile) {
+  const std::string all = "select * from pay order by code";
+  const struct {
+    const char* name;
+    std::vector<std::string_view> options;
+    std::string record;
+    const char* script;
+    int status;
+    std::string wages;  // empty: the file keeps its bytes
+    const char* said;   // in the JSON outcome, or on standard error
+  } kCases[] = {
+      {"dry",
+       {"--dry-run"},
+       all,
+       "wage = 7\r\nDIM n\r\nn = DoSQL(\"update pay set pieces = 0\")\r\n",
+       0,
+       "",
+       R"("messages": [], "fields": {"wage": {"type": "Double", "value": 7}}})"},
+      {"dry_commit",
+       {"--dry-run"},
+       all,
+       "wage = 7\r\nDIM n\r\nn = DoSQL(\"commit\")\r\n",
+       1,
+       "",
+       "database is locked"},
+      {"failing",
+       {},
+       all,
+       "wage = 1\r\nMoveNext\r\nwage = 2\r\nRaiseError \"x\"\r\n",
+       1,
+       "",
+       R"("fields": {"wage": {"type": "Double", "value": 2}}})"},
+      {"empty",
+       {},
+       "select * from pay where code = 'none'",
+       "wage = 1\r\n",
+       2,
+       "",
+       "没有返回任何行"},
+      {"written",
+       {},
+       all,
+       "wage = 3\r\nMoveNext\r\nwage = pieces\r\n",
+       0,
+       "E1=3.000000 E2=20.000000 E3=0.000000 E4=0.000000 E5=0.000000 E6=0.000000 ",
+       R"("fields": {"wage": {"type": "Double", "value": 20}}})"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
+    const Files f = makeFiles(std::string("run_") + c.name, c.script);
+    const std::string before = fileBytes(f.db);
+    std::vector<std::string_view> args{"--json", "--db", f.db, "--record", c.record, f.script};
+    args.insert(args.begin(), c.options.begin(), c.options.end());
+    const Outcome r = run(args);
+    EXPECT_EQ(r.status, c.status) << r.err;
+    EXPECT_NE((r.out + r.err).find(c.said), std::string::npos) << r.out << r.err;
+    if (c.wages.empty()) {
+      EXPECT_EQ(fileBytes(f.db), before);
+    } else {
+      EXPECT_EQ(wages(f.db), c.wages);
+    }
+  }
 }
 
 // Cell (row, column) of the first sheet of the workbook on disk, as text.
