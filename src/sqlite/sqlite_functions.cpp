@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "sqlite/column_checks.hpp"
 #include "sqlite/field_types.hpp"
 
 namespace korvex::ds {
@@ -121,7 +122,7 @@ bool registerPayrollFunctions(sqlite3* db) {
       return false;
     }
   }
-  return true;
+  return registerColumnCheckFunctions(db);
 }
 
 }  // namespace korvex::ds
