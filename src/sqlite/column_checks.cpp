@@ -129,13 +129,13 @@ void FilterRewrites::forgetIfChanged(SqliteDatabase& db) {
   seen_ = now;
 }
 
-// The column is one of a table of the main database (not a view, nor one a
-// temporary table hides) whose changes the connection counts, and no value
-// of it is of another kind. Nothing when a query failed.
+// The column is one of a table of the main database (not a view or a
+// virtual table, nor one a temporary table hides), and no value of it is of
+// another kind. Nothing when a query failed.
 std::optional<bool> FilterRewrites::check(SqliteDatabase& db, std::string_view table,
                                           std::string_view column, ColumnKind kind) {
   DatabaseResult<SqliteStatement> tables = db.prepare(
-      "SELECT schema = 'main' AND type = 'table' AND wr = 0 FROM pragma_table_list"
+      "SELECT schema = 'main' AND type = 'table' FROM pragma_table_list"
       " WHERE name = ?1 COLLATE NOCASE AND schema IN ('main', 'temp')");
   if (!tables.ok() || !tables.value().bind(1, std::string(table)).ok()) return std::nullopt;
   bool plain = false;
