@@ -20,7 +20,7 @@ struct FunctionRename {
 ///   written as ISO text ('2005-03-01', '2005-03-01 08:30:00'), so that it
 ///   compares as a date with the stored ISO dates;
 /// - every call of a renamed function (the name followed by "(") renamed.
-/// Quoted and bracketed names and all other text are kept as written.
+/// Quoted names, comments and all other text are kept as written.
 std::u16string adaptSql(std::u16string_view sql, std::span<const FunctionRename> renames);
 
 }  // namespace korvex::ds

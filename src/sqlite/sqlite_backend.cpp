@@ -12,6 +12,7 @@
 
 #include "korvex/sqlite.hpp"
 #include "sqlite/backend.hpp"
+#include "sqlite/column_checks.hpp"
 #include "sqlite/field_types.hpp"
 #include "sqlite/objects.hpp"
 #include "sqlite/read_reuse.hpp"
@@ -136,7 +137,9 @@ class SqliteBackend final : public Backend {
     ResultSet result;
     while (!rest.empty()) {
       const std::string_view statement = rest;
-      std::optional<SqliteStatement> st = valueOrThrow(db_.prepareNext(rest));
+      // Prepared with index-friendly filters where the stored values allow
+      // (column_checks.hpp); errors and the SQL log keep the text as written.
+      std::optional<SqliteStatement> st = valueOrThrow(rewrites_.prepareNext(db_, rest));
       if (!st) continue;  // blanks or a comment
       const std::string_view own = statement.substr(0, statement.size() - rest.size());
       const std::vector<SqlParameter> values = boundValues(*st, params);
@@ -396,6 +399,7 @@ class SqliteBackend final : public Backend {
   SqliteDatabase db_;
   std::shared_ptr<SqliteReuse> reuse_;
   long long seenVersion_ = -1;  // the data version when last asked
+  FilterRewrites rewrites_;
   std::optional<SqliteStatement> schemaVersion_;
   std::unordered_map<std::string, std::vector<std::string>> identities_;
   long long identitiesVersion_ = -1;

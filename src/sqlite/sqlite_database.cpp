@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "korvex/sqlite.hpp"
+#include "sqlite/column_checks.hpp"
 #include "sqlite/objects.hpp"
 #include "sqlite/sql_dialect.hpp"
 #include "sqlite/sqlite_functions.hpp"
@@ -33,6 +34,9 @@ struct SqliteHandle {
   std::unordered_set<std::string> steadyFunctions;
   bool unsteady = false;
   sqlite3_stmt* dataVersion = nullptr;  // "PRAGMA data_version", once asked
+  // Rollbacks of transactions and to savepoints: what kept answers about
+  // the data were computed from may be undone.
+  std::int64_t rollbacks = 0;
 };
 
 namespace {
@@ -172,10 +176,16 @@ bool learnSteadyFunctions(SqliteHandle& h) {
 }
 
 // Asked while a statement is prepared, for each thing it does; it allows
-// everything and notes what makes the statement's answer unsteady.
-int watchUnsteady(void* data, int action, const char*, const char* function, const char*,
-                  const char*) {
+// everything, notes what makes the statement's answer unsteady and counts
+// rollbacks to savepoints (which call no hook), when prepared: before they
+// run.
+int watchStatement(void* data, int action, const char* operation, const char* function, const char*,
+                   const char*) {
   auto& h = *static_cast<SqliteHandle*>(data);
+  if (action == SQLITE_SAVEPOINT && operation != nullptr &&
+      std::string_view(operation) == "ROLLBACK") {
+    ++h.rollbacks;
+  }
   if (action == SQLITE_PRAGMA) h.unsteady = true;
   if (action == SQLITE_FUNCTION && function != nullptr) {
     std::string name(function);
@@ -208,8 +218,12 @@ DatabaseResult<SqliteDatabase> SqliteDatabase::open(const std::string& path, Mod
   auto handle = std::make_shared<SqliteHandle>(db, path);
   sqlite3_busy_timeout(db, 2000);
   if (!ds::registerPayrollFunctions(db)) return handle->failure();
-  if (!learnSteadyFunctions(*handle)) return handle->failure();
-  sqlite3_set_authorizer(db, watchUnsteady, handle.get());
+  if (!learnSteadyFunctions(*handle) || !ds::registerColumnCheckFunctions(db, &handle->rollbacks)) {
+    return handle->failure();
+  }
+  sqlite3_set_authorizer(db, watchStatement, handle.get());
+  sqlite3_rollback_hook(
+      db, [](void* h) { ++static_cast<SqliteHandle*>(h)->rollbacks; }, handle.get());
   return SqliteDatabase(std::move(handle));
 }
 
