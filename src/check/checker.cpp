@@ -319,7 +319,8 @@ void Checker::statement(std::u16string_view s, bool inTail) {
     case kStmtSyntaxError: {
       const stmt::detail::Word second = stmt::detail::readLooseWord(s, wordEnd);
       const bool isDo = equalsNoCase(word, u"DO");
-      const std::u16string_view meant = nearestStatement(word, second.text);
+      const std::u16string_view meant =
+          nearestStatement(std::u16string(word) + std::u16string(second.text), u"");
       std::u16string message = quoted(word) + u" 之后应为 ";
       message += isDo ? u"WHILE 或 UNTIL" : equalsNoCase(word, u"END") ? u"IF 或 DO" : u"DO";
       if (meant.find(u' ') != std::u16string_view::npos)
@@ -530,6 +531,8 @@ void Checker::expression(std::u16string_view e, bool blanksDropped) {
       opens.push_back(i);
     } else if (c == u')' && !opens.empty()) {
       opens.pop_back();
+    } else if (written_[static_cast<std::size_t>(e.data() + i - base_)] != c) {
+      return;  // a full-width character, reported as such
     } else {
       report(e.data() + i, Severity::Error, c == u')' ? "unbalanced-parenthesis" : "bad-character",
              c == u')' ? std::u16string(u"多余的右括号 )")
