@@ -15,6 +15,7 @@ constexpr std::string_view kUsageHead =
     "      korvex demo PATH [--employees N] [--months M] [--seed S] [--force]\n"
     "      korvex batch SCRIPT... --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
     "                   [--dry-run] [--no-reuse] [--encoding ENC] [--json]\n"
+    "      korvex check [--json] [--db PATH --record SQL] FILE...\n"
     "      korvex --help | --version\n"
     "      korvex 命令 --help   (只显示该命令的说明)\n"
     "\n";
@@ -72,7 +73,13 @@ constexpr std::string_view kBatchHelp =
     "  --no-reuse         每条 SQL 都发给数据库 (默认: 各行相同的只读查询共用已读的结果)\n"
     "  --encoding ENC     脚本编码, 同 korvex run\n"
     "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
-    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
+    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n"
+    "\n"
+    "korvex check 不运行脚本, 只读出其中的错误 (未闭合的字符串和块, 拼错的语句,\n"
+    "全角标点, 未知的函数, 参数个数, 没有赋值的名称, ...), 按文件和行列出。\n"
+    "  --db PATH --record SQL  记录的字段 (只读取查询的列名) 可以不赋值就读\n"
+    "  --json             把全部发现作为一个 JSON 数组输出\n"
+    "退出状态: 0 没有发现; 1 有发现; 2 用法错误或文件无法读取。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);

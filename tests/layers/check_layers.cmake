@@ -17,14 +17,16 @@ set(rank_engine 3)
 set(rank_functions 4)
 set(rank_eval 5)
 set(rank_statements 6)
-set(rank_facade 7)
-set(rank_cli 8)
+set(rank_check 7)
+set(rank_facade 8)
+set(rank_cli 9)
 
 # Public headers that belong to a layer above the shared types.
 set(public_engine.hpp facade)
 set(public_datasource.hpp sqlite)
 set(public_sqlite.hpp sqlite)
 set(public_workbook.hpp workbook)
+set(public_check.hpp check)
 
 file(GLOB_RECURSE sources RELATIVE "${SRC}" "${SRC}/*.cpp" "${SRC}/*.hpp")
 set(violations "")

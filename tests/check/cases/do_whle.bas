@@ -1,0 +1,2 @@
+Do Whle 1 > 2
+Loop

@@ -1,0 +1,2 @@
+Do While 1 > 2
+MsgBox 1

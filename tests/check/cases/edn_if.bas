@@ -1,0 +1,3 @@
+If 1 > 0 Then
+MsgBox 1
+Edn If

@@ -1,0 +1,3 @@
+If 1 > 0 Then
+Else If 2 > 1 Then
+End If

@@ -1,0 +1,2 @@
+Else
+MsgBox 1

@@ -1,0 +1,2 @@
+If 1 > 0 Then
+End Iff

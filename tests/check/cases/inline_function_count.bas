@@ -1,0 +1,1 @@
+MsgBox Abs(1, 2)

@@ -1,0 +1,1 @@
+MsgBox Lefft("a"，1)

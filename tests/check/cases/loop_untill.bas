@@ -1,0 +1,2 @@
+Do While 1 > 2
+Loop Untill 1 > 2

@@ -1,0 +1,3 @@
+If 1 > 0
+MsgBox 1
+End If

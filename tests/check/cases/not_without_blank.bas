@@ -1,0 +1,1 @@
+If Not(1 > 2) Then MsgBox 1

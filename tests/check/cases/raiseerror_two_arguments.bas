@@ -1,0 +1,1 @@
+RaiseError "a", "b"

@@ -1,0 +1,4 @@
+If 1 > 0 Then
+Else
+Else
+End If

@@ -1,0 +1,1 @@
+MoveNext 1

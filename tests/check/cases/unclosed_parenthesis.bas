@@ -1,0 +1,1 @@
+MsgBox Left("abc", 2

@@ -1,0 +1,1 @@
+MsgBox Lefft("abc", 2)
