@@ -7,6 +7,7 @@
 
 #include "batch_command.hpp"
 #include "demo_command.hpp"
+#include "functions_command.hpp"
 #include "options.hpp"
 #include "run_command.hpp"
 
@@ -23,6 +24,9 @@ int dispatch(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) args.emplace_back(argv[i]);
   if (!args.empty() && args.front() == "demo") {
     return korvex::cli::runDemo(std::span(args).subspan(1), std::cout, std::cerr);
+  }
+  if (!args.empty() && args.front() == "functions") {
+    return korvex::cli::runFunctions(std::span(args).subspan(1), std::cout, std::cerr);
   }
 
   const CommandLine cmd = korvex::cli::parseCommandLine(args);

@@ -14,6 +14,7 @@ constexpr std::string_view kUsage =
     "      korvex demo PATH [--employees N] [--months M] [--seed S]\n"
     "      korvex batch SCRIPT --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
     "                   [--dry-run] [--no-reuse] [--json]\n"
+    "      korvex functions [NAME] [--json]\n"
     "      korvex --help\n"
     "\n"
     "运行一个工资公式脚本。SCRIPT 是脚本文件 (UTF-8, 可带字节顺序标记),\n"
@@ -55,7 +56,10 @@ constexpr std::string_view kUsage =
     "  --dry-run          只计算, 不写入数据库\n"
     "  --no-reuse         每条 SQL 都发给数据库 (默认: 各行相同的只读查询共用已读的结果)\n"
     "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
-    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
+    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n"
+    "\n"
+    "korvex functions 列出全部内置函数的用法、结果和说明; 给出函数名 NAME 时\n"
+    "显示该函数的全部条目 (参数、可能的错误、工资函数发出的 SQL); --json 输出 JSON。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
