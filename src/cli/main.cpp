@@ -8,6 +8,7 @@
 #include "batch_command.hpp"
 #include "check_command.hpp"
 #include "demo_command.hpp"
+#include "functions_command.hpp"
 #include "options.hpp"
 #include "run_command.hpp"
 
@@ -27,6 +28,9 @@ int dispatch(int argc, char** argv) {
   }
   if (!args.empty() && args.front() == "check") {
     return korvex::cli::runCheck(std::span(args).subspan(1), std::cout, std::cerr);
+  }
+  if (!args.empty() && args.front() == "functions") {
+    return korvex::cli::runFunctions(std::span(args).subspan(1), std::cout, std::cerr);
   }
 
   const CommandLine cmd = korvex::cli::parseCommandLine(args);

@@ -16,6 +16,7 @@ constexpr std::string_view kUsageHead =
     "      korvex batch SCRIPT... --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
     "                   [--dry-run] [--no-reuse] [--encoding ENC] [--json]\n"
     "      korvex check [--json] [--db PATH --record SQL] FILE...\n"
+    "      korvex functions [NAME] [--json]\n"
     "      korvex --help | --version\n"
     "      korvex 命令 --help   (只显示该命令的说明)\n"
     "\n";
@@ -73,13 +74,18 @@ constexpr std::string_view kBatchHelp =
     "  --no-reuse         每条 SQL 都发给数据库 (默认: 各行相同的只读查询共用已读的结果)\n"
     "  --encoding ENC     脚本编码, 同 korvex run\n"
     "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
-    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n"
+    "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
+// The commands that only read: told in the general help.
+constexpr std::string_view kReadingHelp =
     "\n"
     "korvex check 不运行脚本, 只读出其中的错误 (未闭合的字符串和块, 拼错的语句,\n"
     "全角标点, 未知的函数, 参数个数, 没有赋值的名称, ...), 按文件和行列出。\n"
     "  --db PATH --record SQL  记录的字段 (只读取查询的列名) 可以不赋值就读\n"
     "  --json             把全部发现作为一个 JSON 数组输出\n"
-    "退出状态: 0 没有发现; 1 有发现; 2 用法错误或文件无法读取。\n";
+    "退出状态: 0 没有发现; 1 有发现; 2 用法错误或文件无法读取。\n"
+    "\n"
+    "korvex functions 列出全部内置函数的用法、结果和说明; 给出函数名 NAME 时\n"
+    "显示该函数的全部条目 (参数、可能的错误、工资函数发出的 SQL); --json 输出 JSON。\n";
 
 std::string_view trimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -184,8 +190,8 @@ CommandLine parseCommandLine(std::span<const std::string_view> args) {
 }
 
 std::string_view usageText() noexcept {
-  static const std::string text =
-      std::string(kUsageHead) + std::string(kRunHelp) + std::string(kBatchHelp);
+  static const std::string text = std::string(kUsageHead) + std::string(kRunHelp) +
+                                  std::string(kBatchHelp) + std::string(kReadingHelp);
   return text;
 }
 

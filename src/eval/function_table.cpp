@@ -40,6 +40,20 @@ constexpr Row kOwnRows[] = {
 };
 // clang-format on
 
+// What the reference shows of the functions above; a test checks that each
+// name is one of theirs.
+constexpr fn::ResultKind kNumber = fn::ResultKind::Number;
+// clang-format off
+constexpr InlineFunction kInlineFunctions[] = {
+    {u"ABS", {u"数值", kNumber, u"绝对值; 整数保持其类型, 文本和日期得双精度数, Null 得 Null"}},
+    {u"LEN", {u"值", kNumber, u"文本形式的字符数; Null 得 Null"}},
+    {u"SQR", {u"数值", kNumber, u"平方根; 负数为错误 5"}},
+    {u"YEAR", {u"日期", kNumber, u"日期中的年; Null 得 Null"}},
+    {u"TRIM", {u"值", fn::ResultKind::String, u"去掉两端空格的文本; Null 得 Null"}},
+    {u"INT", {u"数值", kNumber, u"向零取整: INT(-2.5) 为 -2; Null 为错误 94"}},
+};
+// clang-format on
+
 const Row* ownRow(std::u16string_view upperName) noexcept {
   for (const Row& r : kOwnRows) {
     if (r.key == upperName) return &r;
@@ -58,6 +72,8 @@ std::optional<NameEntry> lookupName(std::u16string_view upperName) noexcept {
   if (function != nullptr) return NameEntry{NameKind::Function, 0, function};
   return std::nullopt;
 }
+
+std::span<const InlineFunction> inlineFunctions() noexcept { return kInlineFunctions; }
 
 bool isOwnName(std::u16string_view upperName) noexcept { return ownRow(upperName) != nullptr; }
 

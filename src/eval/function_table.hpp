@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "functions/protocol.hpp"
@@ -31,6 +32,14 @@ struct NameEntry {
 /// The cell functions come first, then the constants, then every other
 /// function.
 std::optional<NameEntry> lookupName(std::u16string_view upperName) noexcept;
+
+/// A function the evaluator computes itself, as the function reference
+/// shows it.
+struct InlineFunction {
+  std::u16string_view name;
+  fn::FunctionDoc doc;
+};
+std::span<const InlineFunction> inlineFunctions() noexcept;
 
 /// Whether an upper-cased name is one of the evaluator's own (a constant or
 /// a function it computes itself), which no host function may take.

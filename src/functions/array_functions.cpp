@@ -20,10 +20,14 @@ std::int32_t bound(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"LBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<false>},
-    {{u"UBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<true>},
+    {{u"LBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<false>,
+     {u"数组[, 维]", ResultKind::Number, u"数组第 维 维 (默认 1) 的下界; 没有该维是错误 9"}},
+    {{u"UBound"}, 1, 2, {ArgCheck::Array, ArgCheck::Numeric, ArgCheck::Any}, bound<true>,
+     {u"数组[, 维]", ResultKind::Number, u"数组第 维 维 (默认 1) 的上界; 没有该维是错误 9"}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -41,6 +41,19 @@ std::span<const Family> families() noexcept {
   return kFamilies;
 }
 
+std::span<const std::u16string_view> familyTitles() noexcept {
+  // clang-format off
+  static constexpr std::array<std::u16string_view, 14> kTitles = {
+      u"单元格函数",
+      u"字符串函数", u"数值函数", u"转换函数", u"日期函数",
+      u"变量函数", u"输入函数", u"数组函数", u"金额大写",
+      u"SQL 函数",
+      u"工资函数: 计件与部门", u"工资函数: 考核与班组", u"工资函数: 属性",
+      u"工资函数: 产量"};
+  // clang-format on
+  return kTitles;
+}
+
 const FunctionEntry* findFunction(std::u16string_view upperName) noexcept {
   static const Map map = buildMap();
   const auto it = map.find(upperName);

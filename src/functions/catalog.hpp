@@ -24,6 +24,9 @@ struct NameHash {
 /// functions first.
 std::span<const Family> families() noexcept;
 
+/// The title of each family, in the order of families().
+std::span<const std::u16string_view> familyTitles() noexcept;
+
 /// The function an upper-cased script name stands for, or nullptr. Where
 /// two families had the same name, the earlier one would win.
 const FunctionEntry* findFunction(std::u16string_view upperName) noexcept;

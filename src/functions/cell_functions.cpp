@@ -116,11 +116,18 @@ std::int32_t setCellFormula(Call& call, Value&) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"GetCell"}, 2, 3, {S, N, A}, getCell},
-    {{u"SetCell"}, 3, 4, {S, N, A}, setCell},
-    {{u"SetCellFormula"}, 3, 4, {S, N, A}, setCellFormula},
+    {{u"GetCell"}, 2, 3, {S, N, A}, getCell,
+     {u"列, 行[, 工作表]", ResultKind::Any,
+      u"单元格的值; 列为字母 A 到 ZZ, 工作表为序号或名称 (默认活动工作表)"}},
+    {{u"SetCell"}, 3, 4, {S, N, A}, setCell,
+     {u"列, 行, 值[, 工作表]", ResultKind::Nothing,
+      u"写入单元格; 值为数组时从该单元格起写入一块"}},
+    {{u"SetCellFormula"}, 3, 4, {S, N, A}, setCellFormula,
+     {u"列, 行, 公式[, 工作表]", ResultKind::Nothing, u"把公式 (如 \"=C5*1.1\") 写入单元格"}},
 };
+// clang-format on
 
 }  // namespace
 

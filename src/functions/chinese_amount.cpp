@@ -66,14 +66,14 @@ namespace {
 
 // Evaluation errors are not looked at before the numeric test, and the
 // type message carries no suffix.
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"大写", u"Num2Chinese"},
-     1,
-     1,
-     {ArgCheck::Numeric, ArgCheck::Any, ArgCheck::Any},
+    {{u"大写", u"Num2Chinese"}, 1, 1, {ArgCheck::Numeric, ArgCheck::Any, ArgCheck::Any},
      num2Chinese,
+     {u"金额", ResultKind::String, u"金额的中文大写, 如 壹佰元整 (四舍五入到分)"},
      static_cast<std::uint8_t>(kEngineStatus | kPlainTypeMessage)},
 };
+// clang-format on
 
 }  // namespace
 

@@ -34,13 +34,18 @@ std::int32_t isEmpty(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"CLng"}, 1, 1, {N, A, A}, convert<asLong>},
-    {{u"CDbl"}, 1, 1, {N, A, A}, convert<asDouble>},
-    {{u"CDate"}, 1, 1, {ArgCheck::Date, A, A}, convert<asDate>},
-    {{u"IsNumeric"}, 1, 1, {A, A, A}, convert<isNumeric>},
-    {{u"IsEmpty"}, 1, 1, {A, A, A}, isEmpty},
+    {{u"CLng"}, 1, 1, {N, A, A}, convert<asLong>,
+     {u"值", ResultKind::Number, u"四舍六入五成双的长整数 (Long)"}},
+    {{u"CDbl"}, 1, 1, {N, A, A}, convert<asDouble>, {u"值", ResultKind::Number, u"双精度数"}},
+    {{u"CDate"}, 1, 1, {ArgCheck::Date, A, A}, convert<asDate>, {u"值", ResultKind::Date, u"日期"}},
+    {{u"IsNumeric"}, 1, 1, {A, A, A}, convert<isNumeric>,
+     {u"值", ResultKind::Boolean, u"值是否为数值或可读作数值的文本"}},
+    {{u"IsEmpty"}, 1, 1, {A, A, A}, isEmpty,
+     {u"值", ResultKind::Any, u"空值、Null 或只含空格的文本得 -1, 否则结果为空值 (不是 0)"}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -72,16 +72,29 @@ std::int32_t maxDay(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"Date"}, -1, -1, {A, A, A}, today},
-    {{u"Time"}, -1, -1, {A, A, A}, timeOfDay},
-    {{u"Day"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::day>},
-    {{u"Month"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::month>},
-    {{u"Hour"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>},
-    {{u"Minute"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>},
-    {{u"WeekDayName"}, 1, 1, {D, A, A}, weekDayName},
-    {{u"MaxDay"}, 1, 2, {A, A, A}, maxDay},
+    {{u"Date"}, -1, -1, {A, A, A}, today,
+     {u"", ResultKind::Date, u"今天的日期 (不检查参数个数, 给出的参数求值后不用)"}},
+    {{u"Time"}, -1, -1, {A, A, A}, timeOfDay,
+     {u"", ResultKind::Date, u"现在的时刻 (不检查参数个数, 给出的参数求值后不用)"}},
+    {{u"Day"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::day>,
+     {u"日期", ResultKind::Number, u"日期中的日 (1-31)"}},
+    {{u"Month"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::month>,
+     {u"日期", ResultKind::Number, u"日期中的月 (1-12)"}},
+    {{u"Hour"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::hour>,
+     {u"日期", ResultKind::Number, u"日期中的小时 (0-23)"}},
+    {{u"Minute"}, 1, 1, {D, A, A}, datePart<&vb::DateParts::minute>,
+     {u"日期", ResultKind::Number, u"日期中的分钟 (0-59)"}},
+    {{u"WeekDayName"}, 1, 1, {D, A, A}, weekDayName,
+     {u"日期", ResultKind::String, u"日期是星期几的名称 (按区域设置)"}},
+    // Month first: MaxDay(2025, 2) reads "2025/1/2", a day in January: 31.
+    {{u"MaxDay"}, 1, 2, {A, A, A}, maxDay,
+     {u"日期或月[, 年]", ResultKind::Number,
+      u"该月的天数: MaxDay(日期) 或 MaxDay(月, 年); 先年后月不报错而得错的月份",
+      u"一个参数时不是日期; 两个参数时 月 或 年 不是数值"}},
 };
+// clang-format on
 
 }  // namespace
 

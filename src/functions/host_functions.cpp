@@ -40,6 +40,7 @@ HostFunctionEntry::HostFunctionEntry(HostFunction function)
              static_cast<std::int8_t>(function_.maxArgs),
              {},
              runHostFunction,
+             {},
              fn::kNoQuirk,
              {},
              this} {}

@@ -23,9 +23,12 @@ std::int32_t input(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"Input"}, 1, 3, {T, T, T}, input},
+    {{u"Input"}, 1, 3, {T, T, T}, input,
+     {u"提示[, 标题[, 默认值]]", ResultKind::String, u"输入框中输入的文本; 取消时为 \"\""}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -42,14 +42,20 @@ std::int32_t exp(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"Round"}, 1, 2, {ArgCheck::NumericOrNull, A, A}, round},
-    {{u"Atn"}, 1, 1, {N, A, A}, apply<atan>},
-    {{u"Cos"}, 1, 1, {N, A, A}, apply<cos>},
-    {{u"Sin"}, 1, 1, {N, A, A}, apply<sin>},
-    {{u"Tan"}, 1, 1, {N, A, A}, apply<tan>},
-    {{u"Exp"}, 1, 1, {N, A, A}, exp},
+    {{u"Round"}, 1, 2, {ArgCheck::NumericOrNull, A, A}, round,
+     {u"数值[, 小数位数]", ResultKind::Number,
+      u"四舍六入五成双到 小数位数 位 (默认 0); Null 得 0; 位数为负是错误 5"}},
+    {{u"Atn"}, 1, 1, {N, A, A}, apply<atan>, {u"数值", ResultKind::Number, u"反正切 (弧度)"}},
+    {{u"Cos"}, 1, 1, {N, A, A}, apply<cos>, {u"弧度", ResultKind::Number, u"余弦"}},
+    {{u"Sin"}, 1, 1, {N, A, A}, apply<sin>, {u"弧度", ResultKind::Number, u"正弦"}},
+    {{u"Tan"}, 1, 1, {N, A, A}, apply<tan>, {u"弧度", ResultKind::Number, u"正切"}},
+    {{u"Exp"}, 1, 1, {N, A, A}, exp,
+     {u"数值", ResultKind::Number, u"e 的 数值 次幂",
+      u"数值大于 709.782712893 (信息的 } 前加 参数不能大于709.782712893)"}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "korvex/host_function.hpp"
 #include "korvex/locale.hpp"
@@ -43,6 +44,31 @@ class Call;
 /// error already stored through the Call's helpers.
 using Operation = std::int32_t (*)(Call& call, Value& result);
 
+/// What a function gives back, as the function reference names it.
+enum class ResultKind : std::uint8_t { Number, String, Date, Boolean, Array, Any, Nothing };
+
+/// A call with sample arguments and the SQL text it sends, made by the same
+/// builder the function's operation uses.
+struct SqlExample {
+  std::u16string call;
+  std::u16string sql;
+};
+
+/// What `korvex functions` shows of a function, kept in its row.
+struct FunctionDoc {
+  /// The arguments by name, in order, the optional ones in brackets:
+  /// u"字符串, 开始[, 长度]", u"提示[, 标题[, 默认值]]".
+  std::u16string_view arguments;
+  ResultKind result;
+  /// One line: what the function gives.
+  std::u16string_view summary;
+  /// The tests the operation makes itself that fail with 类型不匹配 (beyond
+  /// `checks`), as one line.
+  std::u16string_view ownTypeTests = {};
+  /// The wage functions: sample calls and the SQL they send.
+  std::vector<SqlExample> (*sql)() = nullptr;
+};
+
 /// Everything about one function. A family's table is an array of them.
 struct FunctionEntry {
   /// The names scripts call it by, matched case-insensitively; the first is
@@ -52,6 +78,7 @@ struct FunctionEntry {
   std::int8_t maxArgs;
   std::array<ArgCheck, 3> checks;  // per argument position
   Operation operation;
+  FunctionDoc doc = {};
   std::uint8_t quirks = kNoQuirk;
   /// When not empty, replaces the "{函数:...}" decoration of every message.
   std::u16string_view fixedSuffix = {};

@@ -199,10 +199,16 @@ std::int32_t doSqlEx(Call& call, Value& result) {
   return runSqlScript(call, sql, true, header, result, call.entry().displayName());
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"DoSQL", u"ExecuteSQL"}, 1, 1, {ArgCheck::Any}, executeSql},
-    {{u"DoSqlEx"}, 1, 2, {ArgCheck::Any, ArgCheck::Any}, doSqlEx},
+    {{u"DoSQL", u"ExecuteSQL"}, 1, 1, {ArgCheck::Any}, executeSql,
+     {u"SQL", ResultKind::Any,
+      u"逐行执行 SQL (可含 use 库名, go); 得最后结果第一行第一个字段, 无行为 Null"}},
+    {{u"DoSqlEx"}, 1, 2, {ArgCheck::Any, ArgCheck::Any}, doSqlEx,
+     {u"SQL[, 含标题]", ResultKind::Array,
+      u"如 DoSQL, 但得最后结果的二维数组; 含标题为 True 时第 0 行为字段名"}},
 };
+// clang-format on
 
 }  // namespace
 

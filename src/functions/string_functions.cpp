@@ -105,20 +105,35 @@ std::int32_t mid(Call& call, Value& result) {
   return 0;
 }
 
+constexpr ResultKind kText = ResultKind::String;
+
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"Left"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<true>},
-    {{u"Right"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<false>},
-    {{u"Asc"}, 1, 1, {A, A, A}, asc},
-    {{u"Chr"}, 1, 1, {N, A, A}, chr},
-    {{u"CStr"}, 1, 1, {A, A, A}, cstr},
-    {{u"LCase"}, 1, 1, {A, A, A}, changeCase<vb::lowerCase>},
-    {{u"UCase"}, 1, 1, {A, A, A}, changeCase<vb::upperCase>},
-    {{u"Hex"}, 1, 1, {N, A, A}, hex},
-    {{u"Format"}, 1, 2, {A, A, A}, format},
+    {{u"Left"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<true>,
+     {u"字符串, 长度", kText, u"字符串左边的 长度 个字符 (非文本取其文本形式; Null 得 Null)"}},
+    {{u"Right"}, 2, 2, {A, ArgCheck::NonNegative, A}, takeEnd<false>,
+     {u"字符串, 长度", kText, u"字符串右边的 长度 个字符 (非文本取其文本形式; Null 得 Null)"}},
+    {{u"Asc"}, 1, 1, {A, A, A}, asc,
+     {u"字符串", ResultKind::Number, u"第一个字符的 ANSI (GBK) 代码"}},
+    {{u"Chr"}, 1, 1, {N, A, A}, chr,
+     {u"代码", kText, u"ANSI (GBK) 代码对应的字符; 代码页之外为错误 5"}},
+    {{u"CStr"}, 1, 1, {A, A, A}, cstr,
+     {u"值", kText, u"值的文本形式"}},
+    {{u"LCase"}, 1, 1, {A, A, A}, changeCase<vb::lowerCase>,
+     {u"字符串", kText, u"改为小写的文本; Null 得 Null"}},
+    {{u"UCase"}, 1, 1, {A, A, A}, changeCase<vb::upperCase>,
+     {u"字符串", kText, u"改为大写的文本; Null 得 Null"}},
+    {{u"Hex"}, 1, 1, {N, A, A}, hex,
+     {u"数值", kText, u"十六进制文本: Integer 按 16 位 (-1 为 FFFF), 其余按 32 位"}},
+    {{u"Format"}, 1, 2, {A, A, A}, format,
+     {u"值[, 格式]", kText, u"按格式 (如 \"0.00\", \"yyyy-mm-dd\") 写成的文本"}},
     // Mid keeps an older shape: its own message marker, and a first
     // argument that really must be a String.
-    {{u"MID"}, 2, 3, {ArgCheck::String, N, N}, mid, kRequiresParenthesis, u"{MID()}"},
+    {{u"MID"}, 2, 3, {ArgCheck::String, N, N}, mid,
+     {u"字符串, 开始[, 长度]", kText, u"从第 开始 个字符 (从 1 起) 起 长度 个字符; 无长度到末尾"},
+     kRequiresParenthesis, u"{MID()}"},
 };
+// clang-format on
 
 }  // namespace
 

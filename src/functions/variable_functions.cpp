@@ -35,11 +35,16 @@ std::int32_t isVarExist(Call& call, Value& result) {
   return 0;
 }
 
+// clang-format off
 constexpr FunctionEntry kTable[] = {
-    {{u"SetVar"}, 2, 2, {S, A, A}, setVar},
-    {{u"GetVar"}, 1, 1, {S, A, A}, getVar},
-    {{u"IsVarExist"}, 1, 1, {S, A, A}, isVarExist},
+    {{u"SetVar"}, 2, 2, {S, A, A}, setVar,
+     {u"变量名, 值", ResultKind::Boolean, u"把名为 变量名 的变量设为 值 (没有则建立); 得 True"}},
+    {{u"GetVar"}, 1, 1, {S, A, A}, getVar,
+     {u"变量名", ResultKind::Any, u"名为 变量名 的变量的值; 没有该变量是错误 5 变量未定义"}},
+    {{u"IsVarExist"}, 1, 1, {S, A, A}, isVarExist,
+     {u"变量名", ResultKind::Boolean, u"是否有名为 变量名 的变量"}},
 };
+// clang-format on
 
 }  // namespace
 

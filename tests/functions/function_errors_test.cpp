@@ -7,6 +7,7 @@
 
 #include "eval/function_table.hpp"
 #include "functions/catalog.hpp"
+#include "korvex/function_reference.hpp"
 #include "support.hpp"
 #include "values/text_scan.hpp"
 
@@ -165,6 +166,43 @@ TEST(Catalog, EveryScriptNameResolvesToItsEntryAndIsExpected) {
   EXPECT_EQ(names, expected);
 }
 
+// The reference of every row, found by each of its names: a description,
+// a result, and as many required and optional arguments as the row's
+// counts (none for a row whose count is not checked); the evaluator's own
+// functions the same against the one argument they take.
+TEST(Catalog, EveryRowHasAReferenceAgreeingWithItsCounts) {
+  const auto agrees = [](const FunctionReference& r, int min, int max) {
+    const auto required = std::count_if(r.arguments.begin(), r.arguments.end(),
+                                        [](const FunctionArgument& a) { return !a.optional; });
+    const auto total = static_cast<int>(r.arguments.size());
+    EXPECT_FALSE(r.description.empty()) << u8(r.signature);
+    EXPECT_FALSE(r.result.empty()) << u8(r.signature);
+    EXPECT_EQ(required, min < 0 ? 0 : min) << u8(r.signature);
+    EXPECT_EQ(total, min < 0 ? 0 : max) << u8(r.signature);
+  };
+  std::size_t rows = 0;
+  ASSERT_EQ(fn::familyTitles().size(), fn::families().size());
+  for (const fn::Family family : fn::families()) {
+    for (const fn::FunctionEntry& entry : family) {
+      ++rows;
+      const FunctionReference* r = findFunctionReference(entry.displayName());
+      ASSERT_NE(r, nullptr) << u8(entry.displayName());
+      for (const std::u16string_view name : entry.names) {
+        if (name.empty()) continue;
+        EXPECT_EQ(findFunctionReference(lowerAscii(std::u16string(name))), r) << u8(name);
+      }
+      agrees(*r, entry.minArgs, entry.maxArgs);
+    }
+  }
+  for (const eval::InlineFunction& f : eval::inlineFunctions()) {
+    ++rows;
+    const auto seen = eval::lookupName(f.name);
+    ASSERT_TRUE(seen && seen->kind == eval::NameKind::Inline) << u8(f.name);
+    agrees(*findFunctionReference(f.name), 1, 1);
+  }
+  EXPECT_EQ(functionReferences().size(), rows);
+}
+
 TEST(Catalog, FailingCallsShowTheDisplayName) {
   // A trailing comma fails the argument list of every function, whatever
   // its counts, before any argument is evaluated; the names are written in
@@ -180,6 +218,10 @@ TEST(Catalog, FailingCallsShowTheDisplayName) {
       EXPECT_EQ(got.errNum, 6) << u8(name);
       EXPECT_EQ(got.errMsg, toUtf8(message)) << u8(name);
     }
+    // The reference shows the same text, "(…)" standing for the arguments.
+    std::u16string shown = findFunctionReference(e.display)->errors.at(0).text;
+    if (const auto at = shown.find(u"(…)"); at != std::u16string::npos) shown.replace(at, 3, args);
+    EXPECT_EQ(shown, message) << u8(e.display);
   }
 }
 

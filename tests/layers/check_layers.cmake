@@ -23,6 +23,7 @@ set(rank_cli 9)
 
 # Public headers that belong to a layer above the shared types.
 set(public_engine.hpp facade)
+set(public_function_reference.hpp eval)
 set(public_datasource.hpp sqlite)
 set(public_sqlite.hpp sqlite)
 set(public_workbook.hpp workbook)

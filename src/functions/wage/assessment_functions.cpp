@@ -98,11 +98,40 @@ std::int32_t workGroupWage(Call& call, Value& result) {
   return 0;
 }
 
+// The reference's samples: the texts the builders above make for them.
+std::vector<SqlExample> assessmentExamples() {
+  const Period march = samplePeriods().back().period;
+  return {{u"_考核项目合计(\"出勤天数\", #2025-03-01#, #2025-03-31#, \"00001\")",
+           assessmentSql(u"出勤天数", march.start, march.end, u"00001")}};
+}
+std::vector<SqlExample> substituteWageExamples() {
+  const Period march = samplePeriods().back().period;
+  return {{u"_顶班工资合计(#2025-03-01#, #2025-03-31#, \"00001\")",
+           substituteWageSql(march.start, march.end, u"00001")}};
+}
+// Not a text: the command's procedure and its parameters, as appended above.
+std::vector<SqlExample> workGroupExamples() {
+  return {{u"_班组工资(\"00001\", #2025-03-01#, #2025-03-31#)",
+           u"存储过程 CalcByWorkGroup (工号 varchar(10), 开始日期, 结束日期, 文本1 varchar(30), "
+           u"文本2 varchar(30), 输出: 工资 double); 结果为输出参数"}};
+}
+
+// clang-format off
 constexpr fn::FunctionEntry kTable[] = {
-    {{u"_考核项目合计", u"考核项目合计"}, 3, 4, {A, A, A}, assessmentTotal},
-    {{u"_顶班工资合计"}, 2, 3, {A, A, A}, substituteWage},
-    {{u"_班组工资", u"班组工资"}, 3, 5, {A, A, A}, workGroupWage},
+    {{u"_考核项目合计", u"考核项目合计"}, 3, 4, {A, A, A}, assessmentTotal,
+     {u"考核项目, 开始日期, 结束日期[, 工号]", ResultKind::Number,
+      u"WA_KaoHe 中一段日期内 考核项目 的考核数量之和, 可限于一名员工",
+      u"考核项目或工号不是字符串; 开始或结束日期不是日期", assessmentExamples}},
+    {{u"_顶班工资合计"}, 2, 3, {A, A, A}, substituteWage,
+     {u"开始日期, 结束日期[, 工号]", ResultKind::Number,
+      u"一段日期内顶班 (是否顶班 = 1) 的计件工资之和, 可限于一名员工",
+      u"开始或结束日期不是日期; 工号不是字符串", substituteWageExamples}},
+    {{u"_班组工资", u"班组工资"}, 3, 5, {A, A, A}, workGroupWage,
+     {u"工号, 开始日期, 结束日期[, 文本1[, 文本2]]", ResultKind::Number,
+      u"数据库的存储过程 CalcByWorkGroup 算出的班组工资; 两个文本的含义由该过程决定",
+      u"工号或文本不是字符串; 开始或结束日期不是日期", workGroupExamples}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -160,14 +160,76 @@ std::int32_t outputValue(Call& call, Value& result) {
 }
 
 // Four of them exist only in the underscore form.
+// The reference's samples: the texts the builders above make for them.
+std::vector<SqlExample> departmentTotalSql() {
+  return {{u"_部门工资合计(2025, 3, \"01\", \"应发工资\")",
+           departmentWageSql(false, u"应发工资", wageTableName(2025, 3), u"01")}};
+}
+std::vector<SqlExample> departmentAverageSql() {
+  return {{u"_部门平均工资(2025, 3, \"01\", \"应发工资\")",
+           departmentWageSql(true, u"应发工资", wageTableName(2025, 3), u"01")}};
+}
+std::vector<SqlExample> pieceWageExamples() {
+  return periodExamples(u"_计件工资额", u", \"00001\"",
+                        [](const Period& p) { return pieceWageSql(p, u"00001"); });
+}
+std::vector<SqlExample> departmentPieceWageExamples() {
+  return periodExamples(u"_部门计件工资额", u", \"0101\"",
+                        [](const Period& p) { return departmentPieceWageSql(p, u"0101"); });
+}
+std::vector<SqlExample> processPieceWageExamples() {
+  std::vector<SqlExample> out = periodExamples(
+      u"_工序计件工资额", u", \"男式衬衫\", \"04\", \"00001\"",
+      [](const Period& p) { return processPieceWageSql(p, u"男式衬衫", u"04", u"00001"); });
+  // By range the process is a name, not an index.
+  out.push_back(
+      periodExamples(u"_工序计件工资额", u", \"男式衬衫\", \"缝合\"", [](const Period& p) {
+        return processPieceWageSql(p, u"男式衬衫", u"缝合", u"");
+      }).back());
+  return out;
+}
+std::vector<SqlExample> outputValueExamples() {
+  std::vector<SqlExample> out =
+      periodExamples(u"_产品产值", u", \"男式衬衫\"",
+                     [](const Period& p) { return outputValueSql(p, u"男式衬衫"); });
+  for (SqlExample& e :
+       periodExamples(u"_产品产值", u"", [](const Period& p) { return outputValueSql(p, u""); })) {
+    out.push_back(std::move(e));
+  }
+  return out;
+}
+
+constexpr std::u16string_view kPeriodTest = u"年和月不都是数值, 也不都是日期";
+
+// Four of them exist only in the underscore form.
+// clang-format off
 constexpr fn::FunctionEntry kTable[] = {
-    {{u"_部门工资合计"}, 4, 4, {A, A, A}, departmentTotal},
-    {{u"_部门平均工资", u"部门平均工资"}, 4, 4, {A, A, A}, departmentAverage},
-    {{u"_计件工资额", u"计件工资额"}, 2, 3, {A, A, A}, pieceWage},
-    {{u"_部门计件工资额", u"部门计件工资额"}, 3, 3, {A, A, A}, departmentPieceWage},
-    {{u"_工序计件工资额", u"工序计件工资额"}, 3, 5, {A, A, A}, processPieceWage},
-    {{u"_产品产值"}, 2, 3, {A, A, A}, outputValue},
+    {{u"_部门工资合计"}, 4, 4, {A, A, A}, departmentTotal,
+     {u"年, 月, 部门编号, 工资项目", ResultKind::Number,
+      u"该月工资表中编号以 部门编号 开头的部门的 工资项目 之和",
+      u"年或月不是数值 (小于 0 时为错误 6); 部门编号或工资项目不是字符串", departmentTotalSql}},
+    {{u"_部门平均工资", u"部门平均工资"}, 4, 4, {A, A, A}, departmentAverage,
+     {u"年, 月, 部门编号, 工资项目", ResultKind::Number,
+      u"该月工资表中编号以 部门编号 开头的部门的 工资项目 平均值",
+      u"年或月不是数值 (小于 0 时为错误 6); 部门编号或工资项目不是字符串", departmentAverageSql}},
+    {{u"_计件工资额", u"计件工资额"}, 2, 3, {A, A, A}, pieceWage,
+     {u"年或开始日期, 月或结束日期[, 工号]", ResultKind::Number,
+      u"计件工资 (WA_JobData 的工资合计) 之和: 一个月或一段日期, 可限于一名员工",
+      kPeriodTest, pieceWageExamples}},
+    {{u"_部门计件工资额", u"部门计件工资额"}, 3, 3, {A, A, A}, departmentPieceWage,
+     {u"年或开始日期, 月或结束日期, 部门编号", ResultKind::Number,
+      u"编号以 部门编号 开头的部门的计件工资之和",
+      u"年和月不都是数值, 也不都是日期; 部门编号不是字符串", departmentPieceWageExamples}},
+    {{u"_工序计件工资额", u"工序计件工资额"}, 3, 5, {A, A, A}, processPieceWage,
+     {u"年或开始日期, 月或结束日期, 产品名称[, 工序[, 工号]]", ResultKind::Number,
+      u"一种产品 (一道工序) 的计件工资之和; 按月时工序为序号 cWkIndex, 按日期时为工序名称",
+      u"年和月不都是数值, 也不都是日期; 产品名称、工序或工号不是字符串",
+      processPieceWageExamples}},
+    {{u"_产品产值"}, 2, 3, {A, A, A}, outputValue,
+     {u"年或开始日期, 月或结束日期[, 产品名称]", ResultKind::Number,
+      u"产值 (计件数量 * 单位产值) 之和, 全部产品或一种产品", kPeriodTest, outputValueExamples}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -32,6 +32,12 @@ std::u16string productPropertySql(std::u16string_view product, bool byCode, std:
          std::u16string(product) + u"' and 年 = " + decimal(year) + u" and 月 = " + decimal(month);
 }
 
+std::u16string wageItemSql(std::int16_t year, std::int16_t month, std::u16string_view code,
+                           std::u16string_view item) {
+  return u"select [" + std::u16string(item) + u"] as WA_Value from [" + wageTableName(year, month) +
+         u"] Where (工号 = '" + std::u16string(code) + u"')";
+}
+
 // ---- The functions. ----
 
 namespace {
@@ -154,18 +160,52 @@ std::int32_t wageItem(fn::Call& call, Value& result) {
   if (!call.arg(3).isString() || !call.arg(4).isString()) return call.typeError();
   const std::u16string& code = call.arg(3).stringValue();
   const std::u16string& item = call.arg(4).stringValue();
-  const std::u16string sql = u"select [" + item + u"] as WA_Value from [" +
-                             wageTableName(year, month) + u"] Where (工号 = '" + code + u"')";
-  result = queryFieldOrFallback(call.context(), sql, u"WA_Value", call.arg(5));
+  result = queryFieldOrFallback(call.context(), wageItemSql(year, month, code, item), u"WA_Value",
+                                call.arg(5));
   return 0;
 }
 
+// The reference's samples: the texts the builders above make for them.
+std::vector<SqlExample> employeePropertyExamples() {
+  return {{u"_员工属性(\"00001\", \"岗位\")", employeePropertySql(u"00001")}};
+}
+std::vector<SqlExample> employeeCountExamples() {
+  return {{u"_员工人数(\"0101\", False, False)", employeeCountSql(u"0101", false, false)},
+          {u"_员工人数(\"0101\", True, True)", employeeCountSql(u"0101", true, true)}};
+}
+std::vector<SqlExample> productPropertyExamples() {
+  const std::u16string columns = std::u16string(kProductColumnsSql) + u"\n";
+  return {{u"_产品属性(\"1001\", \"定额\", 2025, 3)",
+           columns + productPropertySql(u"1001", true, 2025, 3)},
+          {u"_产品属性(\"男式衬衫\", \"定额\", 2025, 3)",
+           columns + productPropertySql(u"男式衬衫", false, 2025, 3)}};
+}
+std::vector<SqlExample> wageItemExamples() {
+  return {{u"_员工工资项目值(2025, 3, \"00001\", \"基本工资\", 0)",
+           wageItemSql(2025, 3, u"00001", u"基本工资")}};
+}
+
+// clang-format off
 constexpr fn::FunctionEntry kTable[] = {
-    {{u"_员工属性", u"员工属性"}, 2, 2, {A, A, A}, employeeProperty},
-    {{u"_员工人数", u"员工人数"}, 3, 3, {A, A, A}, employeeCount},
-    {{u"_产品属性", u"产品属性"}, 4, 4, {A, A, A}, productProperty},
-    {{u"_员工工资项目值"}, 5, 5, {}, wageItem, fn::kPlainTypeMessage},
+    {{u"_员工属性", u"员工属性"}, 2, 2, {A, A, A}, employeeProperty,
+     {u"工号, 属性名", ResultKind::Any,
+      u"员工 (Employes) 的一项属性, 如 岗位、入职日期; 未知属性名为错误 10003, 无此员工得 Null",
+      u"工号不是字符串", employeePropertyExamples}},
+    {{u"_员工人数", u"员工人数"}, 3, 3, {A, A, A}, employeeCount,
+     {u"部门编号, 含停发, 含离职", ResultKind::Number,
+      u"编号以 部门编号 开头的部门的员工人数; 含停发、含离职为 True 时也计停发工资、已离职的员工",
+      u"部门编号不是字符串; 含停发或含离职不是布尔值", employeeCountExamples}},
+    {{u"_产品属性", u"产品属性"}, 4, 4, {A, A, A}, productProperty,
+     {u"产品, 属性名, 年, 月", ResultKind::Any,
+      u"产品 (WA_WorkClass) 该月的一项属性; 产品为数值时按产品编号, 否则按产品名称",
+      {}, productPropertyExamples}},
+    {{u"_员工工资项目值"}, 5, 5, {}, wageItem,
+     {u"年, 月, 工号, 工资项目, 缺省值", ResultKind::Any,
+      u"员工该月工资表中 工资项目 的值; 无此行、值为 Null 或查询失败时得 缺省值",
+      u"年或月不是数值 (小于 0 时为错误 6); 工号或工资项目不是字符串", wageItemExamples},
+     fn::kPlainTypeMessage},
 };
+// clang-format on
 
 }  // namespace
 

@@ -45,10 +45,28 @@ std::int32_t turnout(Call& call, Value& result) {
   return 0;
 }
 
+// The reference's samples: the texts the builder above makes for them.
+std::vector<SqlExample> productTurnoutExamples() {
+  return periodExamples(u"_产品产量", u", \"男式衬衫\"",
+                        [](const Period& p) { return turnoutSql(p, u"男式衬衫", u""); });
+}
+std::vector<SqlExample> processTurnoutExamples() {
+  return periodExamples(u"_工序产量", u", \"男式衬衫\", \"04\"",
+                        [](const Period& p) { return turnoutSql(p, u"男式衬衫", u"04"); });
+}
+
+// clang-format off
 constexpr fn::FunctionEntry kTable[] = {
-    {{u"_产品产量", u"产品产量"}, 3, 3, {A, A, A}, turnout},
-    {{u"_工序产量", u"工序产量"}, 4, 4, {A, A, A}, turnout},
+    {{u"_产品产量", u"产品产量"}, 3, 3, {A, A, A}, turnout,
+     {u"年或开始日期, 月或结束日期, 产品名称", ResultKind::Number,
+      u"一种产品完工的件数: 只计末道工序 (wa_workindex.bEnd = 1) 的计件数量",
+      u"年和月不都是数值, 也不都是日期; 产品名称不是字符串", productTurnoutExamples}},
+    {{u"_工序产量", u"工序产量"}, 4, 4, {A, A, A}, turnout,
+     {u"年或开始日期, 月或结束日期, 产品名称, 工序", ResultKind::Number,
+      u"一道工序 (序号 cWkIndex) 的产量; 该工序不是末道工序时为 0",
+      u"年和月不都是数值, 也不都是日期; 产品名称或工序不是字符串", processTurnoutExamples}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -57,6 +57,13 @@ std::u16string monthDayYear(double serial) {
   return std::u16string(text, text + 10);
 }
 
+std::vector<SamplePeriod> samplePeriods() {
+  return {{u"2025, 3", Period{true, 2025, 3, 0, 0}},
+          {u"#2025-03-01#, #2025-03-31#",
+           Period{false, 0, 0, static_cast<double>(vb::daysFromCivil(2025, 3, 1)),
+                  static_cast<double>(vb::daysFromCivil(2025, 3, 31))}}};
+}
+
 std::u16string wageTableName(std::int16_t year, std::int16_t month) {
   const std::u16string twoDigits = u"00" + decimal(month);
   return u"工资表" + decimal(year) + u"年" + twoDigits.substr(twoDigits.size() - 2) + u"月";

@@ -10,10 +10,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
-namespace korvex::fn {
-class Call;
-}
+#include "functions/protocol.hpp"
 
 namespace korvex::fn::wage {
 
@@ -40,6 +39,28 @@ double queryTotal(const fn::Call& call, std::u16string_view sql, std::u16string_
 
 /// A date serial written "mm/dd/yyyy".
 std::u16string monthDayYear(double serial);
+/// The reference's sample period, March 2025, as a script writes it (the
+/// month, or the range of its days) and as the builders take it.
+struct SamplePeriod {
+  std::u16string_view arguments;
+  Period period;
+};
+/// Both forms: the month first, then the range.
+std::vector<SamplePeriod> samplePeriods();
+/// One example per sample period: name(period arguments + rest) and the
+/// text `build` makes for that period.
+template <class Build>
+std::vector<SqlExample> periodExamples(std::u16string_view name, std::u16string_view rest,
+                                       Build build) {
+  std::vector<SqlExample> out;
+  for (const SamplePeriod& p : samplePeriods()) {
+    out.push_back(
+        {std::u16string(name) + u"(" + std::u16string(p.arguments) + std::u16string(rest) + u")",
+         build(p.period)});
+  }
+  return out;
+}
+
 /// A whole number as decimal text.
 std::u16string decimal(long long n);
 /// "工资表" + year + "年" + two-digit month + "月".
@@ -60,6 +81,8 @@ std::u16string assessmentSql(std::u16string_view item, double start, double end,
 std::u16string substituteWageSql(double start, double end, std::u16string_view code);
 
 // Properties.
+std::u16string wageItemSql(std::int16_t year, std::int16_t month, std::u16string_view code,
+                           std::u16string_view item);
 std::u16string employeePropertySql(std::u16string_view code);
 std::u16string employeeCountSql(std::u16string_view dept, bool countStopped, bool countLeft);
 std::u16string productPropertySql(std::u16string_view product, bool byCode, std::int16_t year,
