@@ -302,7 +302,7 @@ CREATE TABLE WA_JobData (
   ID INTEGER PRIMARY KEY, 日期 DATE NOT NULL, 工号 TEXT NOT NULL, 部门编号 TEXT,
   产品名称 TEXT, 工序名称 TEXT, cWkIndex TEXT, 计件数量 INTEGER, 单价 MONEY, 单位产值 MONEY,
   nTotalPrice MONEY, 工资合计 MONEY, 是否顶班 BIT NOT NULL DEFAULT 0);
-CREATE INDEX WA_JobData_工号 ON WA_JobData (工号, 日期);
+CREATE INDEX WA_JobData_工号 ON WA_JobData (工号, 日期, 工资合计);
 CREATE INDEX WA_JobData_日期 ON WA_JobData (日期);
 CREATE INDEX WA_JobData_产品 ON WA_JobData (产品名称, cWkIndex);
 CREATE TABLE WA_KaoHe (

@@ -35,6 +35,16 @@ bool validParts(const vb::DateTimeParts& p) {
          p.minute < 60 && p.second >= 0 && p.second < 60;
 }
 
+// Exactly `count` ASCII digits at pos; -1 when any of them is not one.
+int fixedDigits(std::string_view s, std::size_t pos, std::size_t count) {
+  int n = 0;
+  for (std::size_t i = pos; i < pos + count; ++i) {
+    if (s[i] < '0' || s[i] > '9') return -1;
+    n = n * 10 + (s[i] - '0');
+  }
+  return n;
+}
+
 void appendNumber(std::u16string& out, int n, int width) {
   std::string s = std::to_string(n);
   while (static_cast<int>(s.size()) < width) s.insert(s.begin(), '0');
@@ -239,6 +249,25 @@ std::optional<vb::DateTimeParts> parseDateText(std::u16string_view s) {
   }
   if (!validParts(p)) return std::nullopt;
   return p;
+}
+
+std::optional<vb::DateTimeParts> parseDateUtf8(std::string_view s) {
+  const bool withTime = s.size() == 19;
+  if ((s.size() == 10 || withTime) && s[4] == '-' && s[7] == '-' &&
+      (!withTime || (s[10] == ' ' && s[13] == ':' && s[16] == ':'))) {
+    vb::DateTimeParts p;
+    p.year = fixedDigits(s, 0, 4);
+    p.month = fixedDigits(s, 5, 2);
+    p.day = fixedDigits(s, 8, 2);
+    p.hour = withTime ? fixedDigits(s, 11, 2) : 0;
+    p.minute = withTime ? fixedDigits(s, 14, 2) : 0;
+    p.second = withTime ? fixedDigits(s, 17, 2) : 0;
+    // A part that is not digits is -1, which validParts refuses. Refused
+    // texts are rare: the general reader decides on them, so that they read
+    // (or fail) exactly as they always did.
+    if (validParts(p)) return p;
+  }
+  return parseDateText(fromUtf8(s));
 }
 
 std::u16string isoDateText(const vb::DateTimeParts& p) {

@@ -49,6 +49,10 @@ SqlParameter writtenParameter(std::int32_t type, const Value& stored);
 /// "2005-3-1", "2005/03/01", each optionally followed by a blank and
 /// "HH:MM" or "HH:MM:SS" (ISO text with a "T" too).
 std::optional<vb::DateTimeParts> parseDateText(std::u16string_view text);
+/// parseDateText of UTF-8 text. The stored forms "YYYY-MM-DD" and
+/// "YYYY-MM-DD HH:MM:SS" are read straight from the bytes, without
+/// converting the text; every other text goes through parseDateText.
+std::optional<vb::DateTimeParts> parseDateUtf8(std::string_view text);
 /// ISO text of a date serial: the time is left out when it is midnight.
 std::u16string isoDateText(double serial);
 std::u16string isoDateText(const vb::DateTimeParts& p);

@@ -38,7 +38,7 @@ std::int64_t charCount(std::string_view s) {
 
 void datePart(sqlite3_context* ctx, int, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) return sqlite3_result_null(ctx);
-  const auto parts = parseDateText(fromUtf8(textOf(argv[0])));
+  const auto parts = parseDateUtf8(textOf(argv[0]));
   if (!parts) {
     return sqlite3_result_error(ctx, "Conversion failed when converting date from text.", -1);
   }

@@ -1,7 +1,7 @@
 // The SQLite handle hosts use: parameters stored exactly as bound, texts of
-// several statements, the query-only switch, transactions, and finding the
-// database under an open Connection (the batch's write-back through the
-// handle's record sets is the batch tests').
+// several statements, the date functions, the query-only switch,
+// transactions, and finding the database under an open Connection (the
+// batch's write-back through the handle's record sets is the batch tests').
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -9,6 +9,7 @@
 
 #include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
+#include "sqlite/field_types.hpp"
 #include "support.hpp"
 
 namespace korvex::testing {
@@ -47,6 +48,53 @@ TEST_F(Database, ParametersAreStoredAsBound) {
             (std::vector<std::string>{"a=int 7", "b=real 160.000000", "c=text 张三", "d=null"}));
   EXPECT_EQ(stored(db, "select x'4142' as b, year('2005-03-01') as y"),
             (std::vector<std::string>{"b=blob AB", "y=int 2005"}));
+}
+
+// YEAR, MONTH and DAY read the stored forms straight from the UTF-8 bytes;
+// every text reads as the general date reader reads it.
+TEST_F(Database, DatePartsReadEveryTextAsTheGeneralReader) {
+  const struct {
+    const char* text;
+    const char* parts;  // "y-m-d h:m:s", or "" when it is no date
+  } cases[] = {
+      {"2025-03-01", "2025-3-1 0:0:0"},
+      {"2025-03-01 08:30:15", "2025-3-1 8:30:15"},
+      {"2024-02-29 23:59:59", "2024-2-29 23:59:59"},
+      {"2025-13-01", ""},
+      {"2025-02-30", ""},
+      {"2025-03-01 24:00:00", ""},
+      {"0099-03-01", ""},
+      {"2025-03-01x", ""},
+      {"2025-03-0x", ""},
+      {"2025-03-01 08:30:1x", ""},
+      {"2025-03-01 08:30", "2025-3-1 8:30:0"},
+      {"2025-03-01T08:30:15", "2025-3-1 8:30:15"},
+      {"03/01/2025", "2025-3-1 0:0:0"},
+      {"2025/3/1", "2025-3-1 0:0:0"},
+      {"2025-3-1", "2025-3-1 0:0:0"},
+      {"", ""},
+  };
+  const auto show = [](const std::optional<vb::DateTimeParts>& p) {
+    if (!p) return std::string();
+    return std::to_string(p->year) + "-" + std::to_string(p->month) + "-" + std::to_string(p->day) +
+           " " + std::to_string(p->hour) + ":" + std::to_string(p->minute) + ":" +
+           std::to_string(p->second);
+  };
+  SqliteDatabase db = need(SqliteDatabase::open(newFile("d"), SqliteDatabase::Mode::Create));
+  for (const auto& c : cases) {
+    const std::optional<vb::DateTimeParts> fast = ds::parseDateUtf8(c.text);
+    EXPECT_EQ(show(fast), c.parts) << c.text;
+    EXPECT_EQ(fast, ds::parseDateText(fromUtf8(c.text))) << c.text;
+    const auto year = db.query(u"select year('" + fromUtf8(c.text) + u"')");
+    if (fast) {
+      EXPECT_EQ(need(year).rows.at(0).at(0).longValue(), fast->year) << c.text;
+    } else {
+      ASSERT_FALSE(year.ok()) << c.text;
+      EXPECT_EQ(toUtf8(year.error().message), "Conversion failed when converting date from text.");
+    }
+  }
+  EXPECT_EQ(stored(db, "select month(null) as m, day('2025-03-17 08:00:00') as d"),
+            (std::vector<std::string>{"m=null", "d=int 17"}));
 }
 
 TEST_F(Database, TextsOfSeveralStatementsRunOneByOne) {
