@@ -19,6 +19,7 @@ set(rank_eval 5)
 set(rank_statements 6)
 set(rank_facade 7)
 set(rank_cli 8)
+set(rank_capi 8)
 
 # Public headers that belong to a layer above the shared types.
 set(public_engine.hpp facade)
