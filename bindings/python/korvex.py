@@ -191,7 +191,7 @@ class Engine:
         self._callbacks = []  # the C callbacks must live as long as the engine
 
     def close(self):
-        if self._handle:
+        if getattr(self, "_handle", None):
             _lib.korvex_engine_free(self._handle)
             self._handle = None
 
