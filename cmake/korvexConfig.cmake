@@ -7,3 +7,6 @@ find_dependency(EXPAT)
 find_dependency(PkgConfig)
 pkg_check_modules(LIBZIP REQUIRED IMPORTED_TARGET libzip)
 include("${CMAKE_CURRENT_LIST_DIR}/korvexTargets.cmake")
+# korvex::korvex_c is the shared library with the C interface (korvex.h);
+# a host linking only it needs none of the above, but they are looked for
+# all the same, since the exported targets name them.

@@ -72,7 +72,8 @@ class DatabaseTest : public ::testing::Test {
   Outcome evaluate(std::string_view expression) {
     const std::size_t before = log_->texts().size();
     Outcome o = EvaluateOn(engine_, expression);
-    sent_.assign(log_->texts().begin() + static_cast<std::ptrdiff_t>(before), log_->texts().end());
+    const std::vector<std::u16string> texts = log_->texts();
+    sent_.assign(texts.begin() + static_cast<std::ptrdiff_t>(before), texts.end());
     return o;
   }
   std::vector<std::string> sent() const {

@@ -30,6 +30,7 @@
 #include "korvex/host_object.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/statement_kind.hpp"
+#include "korvex/stop_reason.hpp"
 #include "korvex/user_interface.hpp"
 #include "korvex/value.hpp"
 
@@ -39,14 +40,17 @@ class BasicEngine;
 struct HostFunction;  // <korvex/host_function.hpp>
 class Context;        // the run context behind the engine
 
-/// What Run reports: the error number (0 = success), its text, and the line
-/// where the run stopped.
+/// What Run reports: the error number (0 = success), its text, the line
+/// where the run stopped, and whether it was stopped before its end (a run
+/// stopped has no error, but did not finish).
 struct RunResult {
   std::int32_t errNum = 0;
   std::u16string errMsg;
   std::int16_t line = 0;
+  StopReason stopReason = StopReason::None;
 
   bool ok() const noexcept { return errNum == 0; }
+  bool stopped() const noexcept { return stopReason != StopReason::None; }
 };
 
 class BasicEngine {
@@ -127,7 +131,8 @@ class BasicEngine {
 
   /// Thread-safe: asks the running script to stop. At the top of the next
   /// line the engine asks "确信终止程序吗?" (Yes/No) through the user
-  /// interface; Yes ends the run without an error.
+  /// interface; Yes ends the run without an error (StoppedBy tells). A
+  /// request made while no run is active is dropped when the next run starts.
   void RequestStop() noexcept;
 
   /// Called once per line, before the line runs, with the line number (the
@@ -136,6 +141,20 @@ class BasicEngine {
   /// error 51 (7 when out of memory).
   using LineHook = std::function<bool(std::int16_t line)>;
   void SetLineHook(LineHook hook) noexcept;
+
+  /// Limits for each later run, checked where the line hook is called (0,
+  /// the default: none). A run that would start line n+1 of the host's
+  /// script with a step limit of n, or a line after the time limit has
+  /// passed since the run began, ends there without an error and without
+  /// asking; StoppedBy tells which. A line that takes long is not cut short.
+  void SetStepLimit(std::int64_t lines) noexcept;
+  void SetTimeLimit(std::int64_t milliseconds) noexcept;
+  /// Why the last run (or the one in progress) was stopped; None when it
+  /// ended by itself, with or without an error.
+  StopReason StoppedBy() const noexcept;
+  /// Lines of the host's script the last run started (single-line IF tails
+  /// not counted).
+  std::int64_t LinesRun() const noexcept;
 
   /// Adds a function scripts can call by name, checked and called like the
   /// built-in ones (see <korvex/host_function.hpp>). Returns false, and
@@ -148,13 +167,22 @@ class BasicEngine {
 
   bool IsVarDefined(std::u16string_view name) const noexcept;
   /// Value of a variable; an undefined name leaves ErrNum 5 and gives Empty.
+  /// That error does not fail the next Execute (unless the host set ErrNum
+  /// or ErrMsg since).
   Value GetVarValue(std::u16string_view name) noexcept;
-  /// Assigns an existing variable; an undefined name leaves ErrNum 5.
+  /// Assigns an existing variable; an undefined name leaves ErrNum 5, as
+  /// GetVarValue does.
   void Vaule(std::u16string_view name, const Value& value) noexcept;
   /// Defines the variable, or assigns it if it exists.
   void SetSysVar(std::u16string_view name, const Value& value) noexcept;
   /// The variables in the table's order: (upper-cased name, value).
   std::vector<std::pair<std::u16string, Value>> Variables() const noexcept;
+  /// For reusing the engine with another record: forgets every variable and
+  /// the bound objects (Parent, RecordSet, ExcelBook, ActiveExcelSheet), and
+  /// clears the error, the line, the counters and the statement-flag stack.
+  /// The script, host functions, object factory, user interface, locale,
+  /// line hook and limits stay.
+  void ClearVariables() noexcept;
 
   /// Evaluates one expression with this engine's variables and record, as
   /// an assignment would. On failure returns Empty with ErrNum/ErrMsg set.

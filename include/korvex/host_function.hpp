@@ -95,7 +95,9 @@ struct HostFunction {
   /// Fills `result` and returns 0, or returns an error number after
   /// reporting it through the call (fail, typeError, countError). A number
   /// returned without a report still ends the run with that number. An
-  /// exception thrown here ends the run with error 51 "内部错误".
+  /// exception thrown here is reported as error 51 with the exception's text
+  /// (what(), UTF-8; "内部错误" when it has none; 7 "内存溢出" for
+  /// std::bad_alloc), like any failure of the function.
   std::function<std::int32_t(const HostFunctionCall& call, Value& result)> operation;
 };
 

@@ -41,6 +41,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -57,13 +58,22 @@ struct sqlite3_stmt;
 namespace korvex {
 
 /// The SQL texts the objects were given to run, in order, exactly as
-/// written (before any adaptation to the database's dialect).
+/// written (before any adaptation to the database's dialect). Thread-safe:
+/// engines on several threads may share one log.
 class SqlLog {
  public:
-  void add(std::u16string_view sql) { texts_.emplace_back(sql); }
-  const std::vector<std::u16string>& texts() const noexcept { return texts_; }
+  void add(std::u16string_view sql) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    texts_.emplace_back(sql);
+  }
+  /// A copy of the texts so far.
+  std::vector<std::u16string> texts() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return texts_;
+  }
 
  private:
+  mutable std::mutex mutex_;
   std::vector<std::u16string> texts_;
 };
 

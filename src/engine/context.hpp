@@ -12,6 +12,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -25,6 +26,7 @@
 #include "korvex/host_object.hpp"
 #include "korvex/locale.hpp"
 #include "korvex/statement_kind.hpp"
+#include "korvex/stop_reason.hpp"
 #include "korvex/user_interface.hpp"
 #include "values/error.hpp"
 
@@ -195,6 +197,18 @@ class Context {
 
   std::atomic<bool> stopRequested{false};
   std::function<bool(std::int16_t)> lineHook;
+  // Limits of one run of the host's script, checked where the line hook is
+  // called (0: none): lines started, and time since the run began.
+  std::int64_t stepLimit = 0;
+  std::chrono::milliseconds timeLimit{0};
+  // The run in progress, or the last one: lines started, when it began and
+  // why it was stopped.
+  std::int64_t steps = 0;
+  std::chrono::steady_clock::time_point runStart;
+  StopReason stoppedBy = StopReason::None;
+  // The host frame's error was left by a host-side variable access (an
+  // undefined name), not by a run: the next run does not fail on it.
+  bool lookupError = false;
   std::int32_t language = 0;
 
  private:

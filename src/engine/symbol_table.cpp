@@ -11,6 +11,12 @@ namespace korvex {
 
 SymbolTable::SymbolTable(Context* owner) noexcept : owner_(owner), generation_(nextGeneration()) {}
 
+void SymbolTable::clear() {
+  entries_.clear();
+  nextOrder_ = 0;
+  generation_ = nextGeneration();
+}
+
 SymbolTable::Entry* SymbolTable::slot(std::u16string_view upperName) {
   keyBuffer_.assign(upperName);
   const auto it = entries_.find(keyBuffer_);

@@ -40,6 +40,9 @@ class SymbolTable {
   const Value* find(std::u16string_view name) const;
   std::int32_t Count() const noexcept { return static_cast<std::int32_t>(entries_.size()); }
 
+  /// Forgets every variable; slots found before are stale.
+  void clear();
+
   /// (upper-cased name, value) in table order.
   std::vector<std::pair<std::u16string, Value>> entries() const;
 

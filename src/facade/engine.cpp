@@ -3,10 +3,14 @@
 // that nothing is ever thrown towards the host.
 #include "korvex/engine.hpp"
 
+#include <chrono>
+#include <exception>
+#include <new>
 #include <utility>
 
 #include "engine/classify.hpp"
 #include "engine/context.hpp"
+#include "engine/messages.hpp"
 #include "eval/eval.hpp"
 #include "eval/function_table.hpp"
 #include "facade/faults.hpp"
@@ -73,7 +77,18 @@ void BasicEngine::SetCodeBlock(std::u16string text) noexcept {
 // ---- the run ---------------------------------------------------------------
 
 void BasicEngine::Execute() noexcept {
-  reported(*ctx_, [&] { RunScript(*ctx_); });
+  Context& c = *ctx_;
+  // An undefined name the host looked up is no failure of this run.
+  if (c.lookupError && c.top().error.number == msg::kUndefinedVariable.number) {
+    c.top().error.clear();
+  }
+  c.lookupError = false;
+  // A request made while no run was active is not for this one.
+  c.stopRequested.store(false);
+  c.stoppedBy = StopReason::None;
+  c.steps = 0;
+  c.runStart = std::chrono::steady_clock::now();
+  reported(c, [&] { RunScript(c); });
 }
 
 RunResult BasicEngine::Run() noexcept {
@@ -82,6 +97,7 @@ RunResult BasicEngine::Run() noexcept {
   RunResult r;
   r.errNum = ErrNum();
   r.line = CurrentLineNum();
+  r.stopReason = StoppedBy();
   try {
     r.errMsg = ErrMsg();
   } catch (...) {  // out of memory for the copy: the number still tells
@@ -90,10 +106,14 @@ RunResult BasicEngine::Run() noexcept {
 }
 
 std::int32_t BasicEngine::ErrNum() const noexcept { return ctx_->top().error.number; }
-void BasicEngine::SetErrNum(std::int32_t n) noexcept { ctx_->top().error.number = n; }
+void BasicEngine::SetErrNum(std::int32_t n) noexcept {
+  ctx_->top().error.number = n;
+  ctx_->lookupError = false;
+}
 const std::u16string& BasicEngine::ErrMsg() const noexcept { return ctx_->top().error.text; }
 void BasicEngine::SetErrMsg(std::u16string msg) noexcept {
   ctx_->top().error.text = std::move(msg);
+  ctx_->lookupError = false;
 }
 
 std::int16_t BasicEngine::CurrentLineNum() const noexcept { return ctx_->top().currentLine; }
@@ -152,12 +172,34 @@ void BasicEngine::SetUserInterface(std::shared_ptr<UserInterface> ui) noexcept {
 
 void BasicEngine::RequestStop() noexcept { ctx_->stopRequested.store(true); }
 void BasicEngine::SetLineHook(LineHook hook) noexcept { ctx_->lineHook = std::move(hook); }
+void BasicEngine::SetStepLimit(std::int64_t lines) noexcept { ctx_->stepLimit = lines; }
+void BasicEngine::SetTimeLimit(std::int64_t milliseconds) noexcept {
+  ctx_->timeLimit = std::chrono::milliseconds(milliseconds);
+}
+StopReason BasicEngine::StoppedBy() const noexcept { return ctx_->stoppedBy; }
+std::int64_t BasicEngine::LinesRun() const noexcept { return ctx_->steps; }
 
 bool BasicEngine::RegisterFunction(HostFunction function) noexcept {
   return reported(*ctx_, false, [&] {
     // The evaluator's own names (constants, inline functions) cannot be
     // replaced either.
     if (eval::isOwnName(upperName(function.name))) return false;
+    if (!function.operation) return false;
+    // An exception from the host's operation is reported like any failure
+    // of the function, keeping its text; the run adds the line.
+    function.operation = [op = std::move(function.operation)](const HostFunctionCall& call,
+                                                              Value& result) -> std::int32_t {
+      try {
+        return op(call, result);
+      } catch (const std::bad_alloc&) {
+        return call.fail(7, u"内存溢出");
+      } catch (const std::exception& e) {
+        const std::u16string text = fromUtf8(e.what());
+        return call.fail(51, text.empty() ? std::u16string(u"内部错误") : text);
+      } catch (...) {
+        return call.fail(51, u"内部错误");
+      }
+    };
     return registerHostFunction(*ctx_, std::move(function));
   });
 }
@@ -168,10 +210,16 @@ bool BasicEngine::IsVarDefined(std::u16string_view name) const noexcept {
   return answered(false, [&] { return ctx_->symbolDefined(name); });
 }
 Value BasicEngine::GetVarValue(std::u16string_view name) noexcept {
-  return reported(*ctx_, Value(), [&] { return ctx_->symbolValue(name); });
+  return reported(*ctx_, Value(), [&] {
+    if (!ctx_->symbolDefined(name)) ctx_->lookupError = true;
+    return ctx_->symbolValue(name);
+  });
 }
 void BasicEngine::Vaule(std::u16string_view name, const Value& value) noexcept {
-  reported(*ctx_, [&] { ctx_->symbols().setValue(name, value); });
+  reported(*ctx_, [&] {
+    if (!ctx_->symbolDefined(name)) ctx_->lookupError = true;
+    ctx_->symbols().setValue(name, value);
+  });
 }
 void BasicEngine::SetSysVar(std::u16string_view name, const Value& value) noexcept {
   reported(*ctx_, [&] { ctx_->setSymbol(name, value); });
@@ -179,6 +227,19 @@ void BasicEngine::SetSysVar(std::u16string_view name, const Value& value) noexce
 std::vector<std::pair<std::u16string, Value>> BasicEngine::Variables() const noexcept {
   return answered(std::vector<std::pair<std::u16string, Value>>{},
                   [&] { return ctx_->symbols().entries(); });
+}
+
+void BasicEngine::ClearVariables() noexcept {
+  Context& c = *ctx_;
+  c.symbols().clear();
+  reported(c, [&] { c.setRecord(nullptr); });
+  c.setParent(nullptr);
+  c.setExcelBook(nullptr);
+  c.setActiveSheet(nullptr);
+  c.top().reset();
+  c.lookupError = false;
+  c.stoppedBy = StopReason::None;
+  c.steps = 0;
 }
 
 Value BasicEngine::Evaluate(std::u16string_view expression) noexcept {

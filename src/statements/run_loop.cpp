@@ -5,6 +5,7 @@
 #include "statements/run_loop.hpp"
 
 #include <array>
+#include <chrono>
 #include <string>
 
 #include "engine/checked.hpp"
@@ -111,6 +112,29 @@ const Arm* armFor(std::int16_t kind) noexcept {
   throw vb::RuntimeError(number, std::move(description));
 }
 
+// Whether the run ends before this line of the host's script, and why. The
+// limits end it at once; a stop request (the host's, or the line hook's)
+// is put to the user first.
+StopReason stopBefore(Context& ctx, std::int16_t line) {
+  if (ctx.stepLimit > 0 && ctx.steps >= ctx.stepLimit) return StopReason::StepLimit;
+  if (ctx.timeLimit.count() > 0 &&
+      std::chrono::steady_clock::now() - ctx.runStart >= ctx.timeLimit) {
+    return StopReason::TimeLimit;
+  }
+  StopReason reason = StopReason::Request;
+  if (ctx.lineHook && !ctx.lineHook(line)) {
+    ctx.stopRequested.store(true);
+    reason = StopReason::LineHook;
+  }
+  if (ctx.stopRequested.load()) {
+    const auto answer = ctx.ui().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
+    ctx.stopRequested.store(false);
+    if (answer == UserInterface::Answer::Yes) return reason;
+  }
+  ++ctx.steps;
+  return StopReason::None;
+}
+
 }  // namespace
 
 void RunScript(Context& ctx) {
@@ -127,13 +151,8 @@ void RunScript(Context& ctx) {
     // The point where the run yields to its host, once per line; a tail
     // runs within its line and is neither hooked nor stopped.
     if (!f.tail) {
-      if (ctx.lineHook && !ctx.lineHook(f.currentLine)) ctx.stopRequested.store(true);
-      if (ctx.stopRequested.load()) {
-        const auto answer =
-            ctx.ui().messageBox(msg::kConfirmStop, UserInterface::Buttons::YesNo, u"");
-        ctx.stopRequested.store(false);
-        if (answer == UserInterface::Answer::Yes) return;
-      }
+      ctx.stoppedBy = stopBefore(ctx, f.currentLine);
+      if (ctx.stoppedBy != StopReason::None) return;
     }
 
     // The host may have moved the line (a line hook can).

@@ -170,12 +170,18 @@ TEST(RunLoop, AStopRequestIsAskedOnceYesEndsWithoutErrorNoGoesOn) {
       h.ui = std::make_shared<SayNo>();
       h.engine.SetUserInterface(h.ui);
     }
-    h.engine.RequestStop();
+    h.engine.RequestStop();  // no run is active: dropped when the run starts
+    h.engine.SetLineHook([&](std::int16_t line) {
+      if (line == 2) h.engine.RequestStop();
+      return true;
+    });
     h.run("'a\n'b\nExit For");
     EXPECT_EQ(h.engine.ErrNum(), yes ? 0 : 19);
-    EXPECT_EQ(h.engine.CurrentLineNum(), yes ? 1 : 3);
+    EXPECT_EQ(h.engine.CurrentLineNum(), yes ? 2 : 3);
+    EXPECT_EQ(h.engine.StoppedBy(), yes ? StopReason::Request : StopReason::None);
     EXPECT_EQ(h.messages(), std::vector<std::string>{"确信终止程序吗?"});
     // The request was answered: the next run is not asked again.
+    h.engine.SetLineHook(nullptr);
     h.engine.SetErrNum(0);
     h.run("'a");
     EXPECT_EQ(h.messages().size(), 1u);
@@ -212,6 +218,7 @@ TEST(RunLoop, HookSeesEveryLineAndCanStopTheRun) {
   EXPECT_EQ(seen, (std::vector<std::int16_t>{1, 2, 3}));
   EXPECT_EQ(h.engine.ErrNum(), 0);
   EXPECT_EQ(h.engine.CurrentLineNum(), 3);
+  EXPECT_EQ(h.engine.StoppedBy(), StopReason::LineHook);
   EXPECT_EQ(h.messages(), std::vector<std::string>{"确信终止程序吗?"});
 }
 

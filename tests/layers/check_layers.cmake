@@ -20,6 +20,7 @@ set(rank_statements 6)
 set(rank_check 7)
 set(rank_facade 8)
 set(rank_cli 9)
+set(rank_capi 9)
 
 # Public headers that belong to a layer above the shared types.
 set(public_engine.hpp facade)
