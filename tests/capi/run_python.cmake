@@ -5,7 +5,9 @@ if(NOT PYTHON)
   return()
 endif()
 set(ENV{KORVEX_LIBRARY} ${LIBRARY})
-execute_process(COMMAND ${PYTHON} -m unittest -v test_korvex WORKING_DIRECTORY ${BINDINGS}
+set(ENV{PYTHONPATH} ${BINDINGS})
+execute_process(COMMAND ${PYTHON} -m unittest -v test_korvex
+                WORKING_DIRECTORY ${CMAKE_CURRENT_LIST_DIR}
                 RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "the Python host's tests failed")
