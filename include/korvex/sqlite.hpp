@@ -248,6 +248,10 @@ class SqliteStatement {
 
   /// Whether the statement changes nothing in the database.
   bool readsOnly() const noexcept;
+  /// What a statement that begins or ends a transaction does (BEGIN,
+  /// COMMIT or END, ROLLBACK without TO); None for any other.
+  enum class Control : std::uint8_t { None, Begin, Commit, Rollback };
+  Control control() const noexcept { return control_; }
   /// Whether it gives the same rows whenever the data are the same: it
   /// returns rows, changes nothing and calls no function whose answer can
   /// change (the clock, random numbers, the connection's state) and no
@@ -261,6 +265,7 @@ class SqliteStatement {
   std::shared_ptr<SqliteHandle> db_;
   sqlite3_stmt* statement_;
   bool steady_ = false;
+  Control control_ = Control::None;
 };
 
 /// An open SQLite file. Copies share the one connection, which closes with
@@ -288,6 +293,15 @@ class SqliteDatabase {
   std::int64_t changes() const noexcept;
 
   DatabaseResult<> begin();
+  /// Begins a transaction that encloses whatever the connection's users do
+  /// (the data-access objects, the scripts' SQL): a transaction they begin
+  /// while it is open is a savepoint inside it, their commit releases the
+  /// savepoint and their rollback undoes it, with the messages of a
+  /// transaction of their own. Only commit() or rollback() ends it.
+  DatabaseResult<> beginEnclosing();
+  /// A transaction statement of the connection's users: run as it is, or
+  /// inside the enclosing transaction while there is one.
+  DatabaseResult<> userTransaction(SqliteStatement::Control control);
   /// Begins a transaction that holds the write lock from the start: until
   /// it ends no other connection writes. Refused when the file cannot be
   /// written, or another connection holds the lock (after a short wait).

@@ -25,26 +25,14 @@ bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std
   engine.SetParent(connectParent(connect));
   // A connection of the SQLite factory, open: it always has a database.
   SqliteDatabase database = *databaseOf(connect);
-  if (const DatabaseResult<> begun = database.begin(); !begun.ok()) {
+  // The run's transaction encloses the script's own: a script that begins
+  // and commits works as it always has, and its commit is kept only if the
+  // whole run succeeds.
+  if (const DatabaseResult<> begun = database.beginEnclosing(); !begun.ok()) {
     error = "无法开始事务: " + toUtf8(begun.error().message);
     return false;
   }
   database_ = database;
-  if (options.dryRun) {
-    DatabaseResult<SqliteDatabase> guard =
-        SqliteDatabase::open(options.db, SqliteDatabase::Mode::ReadOnly);
-    DatabaseResult<> held = guard.ok() ? guard.value().begin() : guard.error();
-    if (held.ok()) {
-      const DatabaseResult<SqlResult> read = guard.value().query(u"SELECT 1 FROM sqlite_master");
-      if (!read.ok()) held = read.error();
-    }
-    if (!held.ok()) {
-      error = "无法试运行: " + toUtf8(held.error().message);
-      return false;
-    }
-    guard_ = std::move(guard.value());
-  }
-
   if (options.record) {
     if (!checkRecordQuery(database, *options.record, error)) return false;
     const std::array<Value, 1> sql{Value::string(fromUtf8(*options.record))};
@@ -76,7 +64,6 @@ bool DatabaseSession::finish(bool keep, std::string& error) {
   SqliteDatabase database = *database_;
   database_.reset();
   const DatabaseResult<> ended = keep ? database.commit() : database.rollback();
-  guard_.reset();
   if (ended.ok()) return true;
   error = std::string(keep ? "无法提交" : "无法回滚") +
           "运行的事务 (脚本自己结束事务时也会如此): " + toUtf8(ended.error().message);

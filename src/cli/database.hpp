@@ -46,7 +46,6 @@ class DatabaseSession {
   std::optional<SqliteDatabase> database_;  // while the transaction is open
   // In a dry run, a second connection that reads the file for as long as the
   // run lasts: a commit the script itself sends cannot take the file then.
-  std::optional<SqliteDatabase> guard_;
   std::shared_ptr<AssignedFieldList> assigned_;
 };
 

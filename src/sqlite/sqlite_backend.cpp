@@ -142,6 +142,13 @@ class SqliteBackend final : public Backend {
       std::optional<SqliteStatement> st = valueOrThrow(rewrites_.prepareNext(db_, rest));
       if (!st) continue;  // blanks or a comment
       const std::string_view own = statement.substr(0, statement.size() - rest.size());
+      if (st->control() != SqliteStatement::Control::None) {
+        // BEGIN, COMMIT, ROLLBACK: inside a host's transaction, if one is open.
+        if (st->control() == SqliteStatement::Control::Rollback && reuse_) reuse_->forget();
+        valueOrThrow(db_.userTransaction(st->control()));
+        result = ResultSet{};
+        continue;
+      }
       const std::vector<SqlParameter> values = boundValues(*st, params);
       result = reuse_ ? answerOrReuse(*st, own, values) : answer(*st, own, values);
     }
@@ -159,11 +166,11 @@ class SqliteBackend final : public Backend {
     return result;
   }
 
-  void begin() override { valueOrThrow(db_.begin()); }
-  void commit() override { valueOrThrow(db_.commit()); }
+  void begin() override { valueOrThrow(db_.userTransaction(SqliteStatement::Control::Begin)); }
+  void commit() override { valueOrThrow(db_.userTransaction(SqliteStatement::Control::Commit)); }
   void rollback() override {
     if (reuse_) reuse_->forget();  // what was kept may hold what is undone
-    valueOrThrow(db_.rollback());
+    valueOrThrow(db_.userTransaction(SqliteStatement::Control::Rollback));
   }
 
   std::u16string adapt(std::u16string_view sql) const override {

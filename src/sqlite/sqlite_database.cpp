@@ -37,6 +37,12 @@ struct SqliteHandle {
   // Rollbacks of transactions and to savepoints: what kept answers about
   // the data were computed from may be undone.
   std::int64_t rollbacks = 0;
+  // The statement being prepared begins or ends a transaction.
+  SqliteStatement::Control control = SqliteStatement::Control::None;
+  // A host's transaction encloses the users' (beginEnclosing), and whether
+  // they have one open inside it.
+  bool enclosing = false;
+  bool userOpen = false;
 };
 
 namespace {
@@ -53,12 +59,14 @@ SqliteStatement::SqliteStatement(std::shared_ptr<SqliteHandle> db, sqlite3_stmt*
     : db_(std::move(db)),
       statement_(statement),
       steady_(!db_->unsteady && sqlite3_stmt_readonly(statement) != 0 &&
-              sqlite3_column_count(statement) > 0) {}
+              sqlite3_column_count(statement) > 0),
+      control_(db_->control) {}
 
 SqliteStatement::SqliteStatement(SqliteStatement&& other) noexcept
     : db_(other.db_),
       statement_(std::exchange(other.statement_, nullptr)),
-      steady_(other.steady_) {}
+      steady_(other.steady_),
+      control_(other.control_) {}
 
 bool SqliteStatement::readsOnly() const noexcept { return sqlite3_stmt_readonly(statement_) != 0; }
 
@@ -187,6 +195,12 @@ int watchStatement(void* data, int action, const char* operation, const char* fu
     ++h.rollbacks;
   }
   if (action == SQLITE_PRAGMA) h.unsteady = true;
+  if (action == SQLITE_TRANSACTION && operation != nullptr) {
+    const std::string_view op(operation);
+    h.control = op == "BEGIN"    ? SqliteStatement::Control::Begin
+                : op == "COMMIT" ? SqliteStatement::Control::Commit
+                                 : SqliteStatement::Control::Rollback;
+  }
   if (action == SQLITE_FUNCTION && function != nullptr) {
     std::string name(function);
     for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -239,6 +253,7 @@ DatabaseResult<> SqliteDatabase::execute(std::string_view sql) {
 
 DatabaseResult<SqliteStatement> SqliteDatabase::prepare(std::string_view sql) {
   handle_->unsteady = false;
+  handle_->control = SqliteStatement::Control::None;
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
                          nullptr) != SQLITE_OK) {
@@ -249,6 +264,7 @@ DatabaseResult<SqliteStatement> SqliteDatabase::prepare(std::string_view sql) {
 
 DatabaseResult<std::optional<SqliteStatement>> SqliteDatabase::prepareNext(std::string_view& sql) {
   handle_->unsteady = false;
+  handle_->control = SqliteStatement::Control::None;
   sqlite3_stmt* statement = nullptr;
   const char* tail = nullptr;
   if (sqlite3_prepare_v2(handle_->db, sql.data(), static_cast<int>(sql.size()), &statement,
@@ -290,8 +306,48 @@ DatabaseResult<> SqliteDatabase::beginWriting() {
   }
   return execute("BEGIN IMMEDIATE");
 }
-DatabaseResult<> SqliteDatabase::commit() { return execute("COMMIT"); }
-DatabaseResult<> SqliteDatabase::rollback() { return execute("ROLLBACK"); }
+DatabaseResult<> SqliteDatabase::commit() {
+  handle_->enclosing = handle_->userOpen = false;
+  return execute("COMMIT");
+}
+DatabaseResult<> SqliteDatabase::rollback() {
+  handle_->enclosing = handle_->userOpen = false;
+  return execute("ROLLBACK");
+}
+
+DatabaseResult<> SqliteDatabase::beginEnclosing() {
+  DatabaseResult<> begun = begin();
+  if (begun.ok()) handle_->enclosing = true;
+  return begun;
+}
+
+DatabaseResult<> SqliteDatabase::userTransaction(SqliteStatement::Control control) {
+  using Control = SqliteStatement::Control;
+  SqliteHandle& h = *handle_;
+  if (!h.enclosing) {
+    return execute(control == Control::Begin    ? "BEGIN"
+                   : control == Control::Commit ? "COMMIT"
+                                                : "ROLLBACK");
+  }
+  // Inside the host's transaction: a savepoint of the users' own, failing
+  // as a transaction of theirs would.
+  if (control == Control::Begin) {
+    if (h.userOpen) return DatabaseFailure{u"cannot start a transaction within a transaction"};
+    DatabaseResult<> done = execute("SAVEPOINT korvex_user");
+    h.userOpen = done.ok();
+    return done;
+  }
+  if (!h.userOpen) {
+    return DatabaseFailure{control == Control::Commit
+                               ? u"cannot commit - no transaction is active"
+                               : u"cannot rollback - no transaction is active"};
+  }
+  DatabaseResult<> done =
+      execute(control == Control::Commit ? "RELEASE korvex_user"
+                                         : "ROLLBACK TO korvex_user; RELEASE korvex_user");
+  if (done.ok()) h.userOpen = false;
+  return done;
+}
 
 DatabaseResult<> SqliteDatabase::setQueryOnly(bool on) {
   return execute(on ? "PRAGMA query_only = 1" : "PRAGMA query_only = 0");
