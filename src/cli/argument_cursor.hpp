@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "korvex/locale.hpp"
 #include "options.hpp"
 
 namespace korvex::cli {
@@ -55,6 +56,18 @@ struct ArgumentCursor {
 
   // --encoding: utf-8 (utf8), or the Chinese code page by any of its names
   // (gbk, gb2312, cp936, gb18030); any case.
+  // --locale zh-CN|en-US.
+  bool locale(std::string_view option, std::optional<std::string_view> inlineValue,
+              std::string& target) {
+    const auto v = value(option, inlineValue);
+    if (!v) return false;
+    if (Locale::byName(*v) == nullptr) {
+      return fail("未知的区域设置 '" + std::string(*v) + "' (可用 zh-CN 或 en-US)");
+    }
+    target = std::string(*v);
+    return true;
+  }
+
   bool encoding(std::string_view option, std::optional<std::string_view> inlineValue,
                 Encoding& target) {
     const auto v = value(option, inlineValue);

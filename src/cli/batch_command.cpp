@@ -75,10 +75,12 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   BatchJob job;
   job.script = script.text();
   job.jobs = options.jobs;
+  job.locale = Locale::byName(options.locale);
   job.openWorker = db->openWorker;
   {
     // Evaluated once, with the database at hand but no current row.
     BasicEngine engine;
+    engine.SetLocale(*job.locale);
     if (const BatchJob::EngineSetup setup = db->openWorker()) setup(engine);
     if (!evaluatePresets(engine, options.presets, error, [&job](std::u16string name, Value value) {
           job.presets.emplace_back(std::move(name), std::move(value));

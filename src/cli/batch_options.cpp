@@ -26,6 +26,7 @@ struct BatchParser : ArgumentCursor {
     if (name == "--record") return text(name, inlineValue, batch.record);
     if (name == "--set") return preset(name, inlineValue, batch.presets);
     if (name == "--encoding") return encoding(name, inlineValue, batch.encoding);
+    if (name == "--locale") return locale(name, inlineValue, batch.locale);
     if (name == "--jobs") {
       const auto v = value(name, inlineValue);
       if (!v) return false;

@@ -63,6 +63,7 @@ RowResult runRow(const BatchTable& table, std::size_t row, const BatchJob& job,
   BasicEngine engine;
   const auto record = MemoryRecordset::create(table.fieldNames, {table.rows[row]});
   if (setup) setup(engine);
+  engine.SetLocale(*job.locale);
   engine.SetRecordSet(record);
   for (const auto& [name, value] : job.presets) engine.SetSysVar(name, value);
   engine.SetLineHook([stop = job.stop](std::int16_t) { return !stopped(stop); });

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "korvex/host_object.hpp"
+#include "korvex/locale.hpp"
 #include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
@@ -89,6 +90,8 @@ struct BatchJob {
   /// Variables every row's engine starts with.
   std::vector<std::pair<std::u16string, Value>> presets;
   unsigned jobs = 1;
+  /// The locale every row's engine formats and reads numbers and dates in.
+  const Locale* locale = &Locale::zhCN();
   /// Called once on each worker thread, on that thread; what it returns
   /// prepares each engine of that thread before its row runs (hands over
   /// a Parent with a connection of the thread's own). May be empty.

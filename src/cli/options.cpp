@@ -14,7 +14,7 @@ constexpr std::string_view kUsageHead =
     "用法: korvex run [选项] SCRIPT\n"
     "      korvex demo PATH [--employees N] [--months M] [--seed S] [--force]\n"
     "      korvex batch SCRIPT... --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
-    "                   [--dry-run] [--no-reuse] [--encoding ENC] [--json]\n"
+    "                   [--dry-run] [--no-reuse] [--encoding ENC] [--locale L] [--json]\n"
     "      korvex check [--json] [--db PATH --record SQL] FILE...\n"
     "      korvex functions [NAME] [--json]\n"
     "      korvex --help | --version\n"
@@ -60,7 +60,7 @@ constexpr std::string_view kRunHelp =
     "工作簿无法读取, 或工作簿无法保存。\n";
 constexpr std::string_view kBatchUsage =
     "用法: korvex batch SCRIPT... --db PATH --record SQL [--set NAME=EXPR] [--jobs N]\n"
-    "                   [--dry-run] [--no-reuse] [--encoding ENC] [--json]\n";
+    "                   [--dry-run] [--no-reuse] [--encoding ENC] [--locale L] [--json]\n";
 constexpr std::string_view kBatchHelp =
     "\n"
     "korvex batch 对 --record 查询结果的每一行运行一次脚本 (多个脚本文件按顺序\n"
@@ -73,6 +73,7 @@ constexpr std::string_view kBatchHelp =
     "  --dry-run          只计算, 不写入数据库\n"
     "  --no-reuse         每条 SQL 都发给数据库 (默认: 各行相同的只读查询共用已读的结果)\n"
     "  --encoding ENC     脚本编码, 同 korvex run\n"
+    "  --locale LOCALE    区域设置, 同 korvex run\n"
     "  --json             把汇总作为一个 JSON 对象输出到标准输出\n"
     "退出状态: 0 每行都成功; 1 有行失败 (或提交失败); 2 用法错误; 130 被中断。\n";
 // The commands that only read: told in the general help.
@@ -111,16 +112,7 @@ struct Parser : ArgumentCursor {
       return true;
     }
     if (name == "--set") return preset(name, inlineValue, run.presets);
-    if (name == "--locale") {
-      const auto v = value(name, inlineValue);
-      if (!v) return false;
-      const Locale* loc = Locale::byName(*v);
-      if (loc == nullptr) {
-        return fail("未知的区域设置 '" + std::string(*v) + "' (可用 zh-CN 或 en-US)");
-      }
-      run.locale = std::string(*v);
-      return true;
-    }
+    if (name == "--locale") return locale(name, inlineValue, run.locale);
     if (name == "--answer") {
       const auto v = value(name, inlineValue);
       if (!v) return false;

@@ -50,6 +50,7 @@ struct BatchOptions {
   bool json = false;                   // --json: the summary as one JSON line
   bool reuse = true;                   // off with --no-reuse: every statement runs
   Encoding encoding = Encoding::Auto;  // --encoding: how the script's bytes are read
+  std::string locale = "zh-CN";        // --locale
 };
 
 struct CommandLine {

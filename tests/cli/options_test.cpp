@@ -99,9 +99,11 @@ TEST(Options, RunWithEveryOptionAndWithNone) {
 // Script, --db, --record, --dry-run and --json are parsed in the command's
 // own tests (batch_command_test.cpp).
 TEST(Options, Batch) {
-  const CommandLine c =
-      parse({"batch", "pay.bas", "--db=p.db", "--record", "q", "--set", "M=3", "--jobs", "4"});
+  const CommandLine c = parse({"batch", "pay.bas", "more.bas", "--db=p.db", "--record", "q",
+                               "--set", "M=3", "--jobs", "4", "--locale", "en-US"});
   ASSERT_EQ(c.action, CommandLine::Action::Batch) << c.error;
+  EXPECT_EQ(c.batch.scripts, (std::vector<std::string>{"pay.bas", "more.bas"}));
+  EXPECT_EQ(c.batch.locale, "en-US");
   EXPECT_EQ(c.batch.database, "p.db");
   EXPECT_EQ(c.batch.presets, (std::vector<Preset>{{"M", "3"}}));
   EXPECT_EQ(c.batch.jobs, 4u);
@@ -150,7 +152,7 @@ TEST(Options, UsageErrors) {
       {{"batch", "--db", "p.db", "--record", "q"}, "缺少脚本文件"},
       {{"batch", "s.bas", "--db", "p", "--record", "q", "--jobs", "0"}, "--jobs 需要 1 到 64"},
       {{"batch", "s.bas", "--db", "p", "--record", "q", "--jobs", "2x"}, "--jobs 需要 1 到 64"},
-      {{"batch", "s.bas", "--db", "p", "--record", "q", "--locale", "en-US"}, "未知的选项"},
+      {{"batch", "s.bas", "--db", "p", "--record", "q", "--locale", "xx"}, "未知的区域设置 'xx'"},
       {{"batch", "s.bas", "--db", "p", "--record", "q", "--dry-run=1"}, "--dry-run 不带值"},
   };
   // clang-format on
