@@ -1,5 +1,7 @@
 # Installs the build in BUILD into WORK/prefix, builds the program in SOURCE
-# against it alone and runs it.
+# against it alone and runs it; then configures the same program with
+# KORVEX's tree (TREE) as its subproject, which must register none of
+# KORVEX's tests in the host's.
 file(REMOVE_RECURSE ${WORK})
 function(step)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE out)
@@ -15,3 +17,8 @@ step(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -DCMAKE_CXX_COMPILER=${CXX}
      -DCMAKE_PREFIX_PATH=${WORK}/prefix)
 step(${CMAKE_COMMAND} --build ${WORK}/build)
 step(${WORK}/build/embed)
+step(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/sub -DCMAKE_CXX_COMPILER=${CXX} -DKORVEX_SOURCE=${TREE})
+execute_process(COMMAND ${CMAKE_CTEST_COMMAND} -N WORKING_DIRECTORY ${WORK}/sub OUTPUT_VARIABLE listed)
+if(NOT listed MATCHES "Total Tests: 0")
+  message(FATAL_ERROR "the subproject registered tests in the host:\n${listed}")
+endif()
