@@ -17,6 +17,18 @@ step(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -DCMAKE_CXX_COMPILER=${CXX}
      -DCMAKE_PREFIX_PATH=${WORK}/prefix)
 step(${CMAKE_COMMAND} --build ${WORK}/build)
 step(${WORK}/build/embed)
+# A C host that knows the installed copy through pkg-config alone.
+find_program(PKG_CONFIG pkg-config)
+find_program(C_COMPILER cc)
+if(PKG_CONFIG AND C_COMPILER AND CAPI_TEST)
+  set(ENV{PKG_CONFIG_PATH} ${WORK}/prefix/lib/pkgconfig)
+  execute_process(COMMAND ${PKG_CONFIG} --cflags --libs korvex OUTPUT_VARIABLE flags
+                  OUTPUT_STRIP_TRAILING_WHITESPACE)
+  separate_arguments(flags)
+  step(${C_COMPILER} -std=c99 ${CAPI_TEST} ${flags} -lpthread -o ${WORK}/capi_host)
+  set(ENV{LD_LIBRARY_PATH} ${WORK}/prefix/lib)
+  step(${WORK}/capi_host ${WORK}/capi_host.db)
+endif()
 step(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/sub -DCMAKE_CXX_COMPILER=${CXX} -DKORVEX_SOURCE=${TREE})
 execute_process(COMMAND ${CMAKE_CTEST_COMMAND} -N WORKING_DIRECTORY ${WORK}/sub OUTPUT_VARIABLE listed)
 if(NOT listed MATCHES "Total Tests: 0")
