@@ -17,6 +17,7 @@
 #include "sqlite/objects.hpp"
 #include "sqlite/read_reuse.hpp"
 #include "sqlite/sql_dialect.hpp"
+#include "sqlite/sql_tokens.hpp"
 #include "sqlite/sqlite_functions.hpp"
 #include "values/text_scan.hpp"
 
@@ -73,47 +74,29 @@ std::string quotedName(std::string_view name) { return doubleQuoted(name); }
 // several rows, a join of several tables, and other statements have no
 // select list.
 std::optional<std::size_t> selectListEnd(std::string_view sql) {
-  struct Word {
-    std::string_view text;
-    std::size_t start;
-  };
-  std::vector<Word> words;          // outside parentheses, quotes and comments
+  std::vector<SqlToken> words;      // outside parentheses
   std::vector<std::size_t> commas;  // the same
   int depth = 0;
-  for (std::size_t i = 0; i < sql.size();) {
-    const char c = sql[i];
-    if (c == '-' && sql.substr(i, 2) == "--") {
-      i = std::min(sql.find('\n', i), sql.size());
-    } else if (c == '/' && sql.substr(i, 2) == "/*") {
-      const std::size_t close = sql.find("*/", i + 2);
-      i = close == std::string_view::npos ? sql.size() : close + 2;
-    } else if (c == '\'' || c == '"' || c == '`' || c == '[') {
-      const std::size_t close = sql.find(c == '[' ? ']' : c, i + 1);
-      i = close == std::string_view::npos ? sql.size() : close + 1;
-    } else if (std::isalnum(static_cast<unsigned char>(c)) || c == '_' ||
-               static_cast<unsigned char>(c) >= 0x80) {
-      const std::size_t start = i;
-      while (i < sql.size() && (std::isalnum(static_cast<unsigned char>(sql[i])) || sql[i] == '_' ||
-                                static_cast<unsigned char>(sql[i]) >= 0x80)) {
-        ++i;
-      }
-      if (depth == 0) words.push_back({sql.substr(start, i - start), start});
-    } else {
-      if (c == ',' && depth == 0) commas.push_back(i);
-      depth += c == '(' ? 1 : c == ')' ? -1 : 0;
-      ++i;
-    }
+  for (const SqlToken& t : sqlTokens(sql)) {
+    const std::string_view text = sql.substr(t.begin, t.size);
+    if (t.kind == SqlTokenKind::Word && depth == 0) words.push_back(t);
+    if (t.kind != SqlTokenKind::Symbol) continue;
+    if (text == "," && depth == 0) commas.push_back(t.begin);
+    depth += text == "(" ? 1 : text == ")" ? -1 : 0;
   }
-  if (words.empty() || !equalsAsciiNoCase(words[0].text, "SELECT")) return std::nullopt;
+  const auto word = [&](const SqlToken& t, std::string_view upper) {
+    return isWord(sql.substr(t.begin, t.size), upper);
+  };
+  if (words.empty() || !word(words[0], "SELECT")) return std::nullopt;
   std::optional<std::size_t> from;
   std::size_t fromEnd = sql.size();
-  for (const Word& w : words) {
+  for (const SqlToken& w : words) {
     for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT", "JOIN"}) {
-      if (equalsAsciiNoCase(w.text, many)) return std::nullopt;
+      if (word(w, many)) return std::nullopt;
     }
-    if (!from && equalsAsciiNoCase(w.text, "FROM")) from = w.start;
+    if (!from && word(w, "FROM")) from = w.begin;
     for (std::string_view next : {"WHERE", "ORDER", "LIMIT", "WINDOW"}) {
-      if (from && fromEnd == sql.size() && equalsAsciiNoCase(w.text, next)) fromEnd = w.start;
+      if (from && fromEnd == sql.size() && word(w, next)) fromEnd = w.begin;
     }
   }
   // FROM a, b: a join.
