@@ -11,9 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/batch_database.hpp"
-#include "cli/batch_runner.hpp"
 #include "cli/demo_database.hpp"
+#include "korvex/batch.hpp"
 
 namespace {
 
@@ -68,18 +67,17 @@ void BM_PayrollBatch(benchmark::State& state) {
   std::size_t rows = 0;
   for (auto _ : state) {
     std::string error;
-    std::optional<korvex::cli::BatchDatabase> db =
-        korvex::cli::openBatchDatabase(path, kRecord, true, nullptr, error);
+    std::optional<korvex::BatchDatabase> db =
+        korvex::openBatchDatabase(path, kRecord, true, nullptr, error);
     if (!db) {
       state.SkipWithError(error.c_str());
       break;
     }
-    korvex::cli::BatchJob job;
+    korvex::BatchJob job;
     job.script = std::u16string(state.range(1) == 0 ? kWageFormula : kSqlFormula);
     job.jobs = static_cast<unsigned>(state.range(0));
     job.openWorker = db->openWorker;
-    const korvex::cli::BatchSummary summary =
-        korvex::cli::runBatch(db->table, job, db->writer.get());
+    const korvex::BatchSummary summary = korvex::runBatch(db->table, job, db->writer.get());
     if (summary.failed != 0 || !summary.committed) {
       state.SkipWithError("the payroll batch failed");
       break;

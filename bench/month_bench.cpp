@@ -16,10 +16,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/batch_database.hpp"
-#include "cli/batch_runner.hpp"
 #include "cli/demo_database.hpp"
 #include "cli/run_command.hpp"
+#include "korvex/batch.hpp"
 
 namespace {
 
@@ -83,18 +82,17 @@ void BM_PayrollMonth(benchmark::State& state) {
     fs::copy_file(demo.path, copy, fs::copy_options::overwrite_existing);
     state.ResumeTiming();
     std::string error;
-    std::optional<korvex::cli::BatchDatabase> db =
-        korvex::cli::openBatchDatabase(copy.string(), demo.recordQuery, true, nullptr, error);
+    std::optional<korvex::BatchDatabase> db =
+        korvex::openBatchDatabase(copy.string(), demo.recordQuery, true, nullptr, error);
     if (!db) {
       state.SkipWithError(error.c_str());
       break;
     }
-    korvex::cli::BatchJob job;
+    korvex::BatchJob job;
     job.script = script;
     job.jobs = static_cast<unsigned>(state.range(1));
     job.openWorker = db->openWorker;
-    const korvex::cli::BatchSummary summary =
-        korvex::cli::runBatch(db->table, job, db->writer.get());
+    const korvex::BatchSummary summary = korvex::runBatch(db->table, job, db->writer.get());
     if (summary.failed != 0 || !summary.committed || summary.done == 0) {
       state.SkipWithError("the month's batch failed");
       break;

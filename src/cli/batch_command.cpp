@@ -5,9 +5,9 @@
 #include <csignal>
 #include <iostream>
 
-#include "batch_database.hpp"
 #include "batch_report.hpp"
 #include "joined_script.hpp"
+#include "korvex/batch.hpp"
 #include "korvex/engine.hpp"
 #include "output.hpp"
 #include "presets.hpp"

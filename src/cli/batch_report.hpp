@@ -7,7 +7,7 @@
 #include <iosfwd>
 #include <string>
 
-#include "batch_runner.hpp"
+#include "korvex/batch.hpp"
 
 namespace korvex::cli {
 

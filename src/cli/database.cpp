@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "database_options.hpp"
+#include "korvex/batch.hpp"
 
 namespace korvex::cli {
 
@@ -21,7 +21,7 @@ bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std
   if (options.db.empty()) return true;
 
   ObjectRef connect;
-  if (!openDatabaseOption(*objects, options.db, connect, error)) return false;
+  if (!openDatabaseFile(*objects, options.db, connect, error)) return false;
   engine.SetParent(connectParent(connect));
   // A connection of the SQLite factory, open: it always has a database.
   SqliteDatabase database = *databaseOf(connect);

@@ -17,12 +17,11 @@
 #include <thread>
 #include <tuple>
 
-#include "cli/batch_database.hpp"
 #include "cli/batch_report.hpp"
-#include "cli/batch_runner.hpp"
 #include "cli/command_fixture.hpp"
 #include "cli/demo_database.hpp"
 #include "database_fixture.hpp"
+#include "korvex/batch.hpp"
 #include "korvex/sqlite.hpp"
 
 namespace korvex::cli {

@@ -1,12 +1,16 @@
-// The batch runner: one script run for every row of a table, each row with
-// an engine of its own, computed on worker threads, the rows' field
-// assignments handed to a single writer in row order.
+// A month's batch for any host: one script run for every row of a table,
+// each row with an engine of its own, computed on worker threads, the rows'
+// field assignments handed to a single writer in row order; and the SQLite
+// side of it: the rows of a record query, a read-only connection for every
+// worker, and the writer that puts the rows back in one transaction (library
+// korvex_batch).
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,10 +23,8 @@
 #include "korvex/value.hpp"
 
 namespace korvex {
-class BasicEngine;
-}
 
-namespace korvex::cli {
+class BasicEngine;
 
 /// The rows of a batch, read once before the first row runs.
 struct BatchTable {
@@ -107,4 +109,37 @@ struct BatchJob {
 /// one, the writes are committed at the end unless the batch was stopped.
 BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter* writer);
 
-}  // namespace korvex::cli
+struct BatchDatabase {
+  BatchTable table;
+  /// For BatchJob::openWorker: opens a read-only connection on the calling
+  /// thread and hands it to the engines as Parent.Connect.
+  std::function<BatchJob::EngineSetup()> openWorker;
+  /// Writes on a connection of its own, through a record set of the query.
+  std::unique_ptr<BatchWriter> writer;
+  /// The read results the workers share; none when switched off.
+  std::shared_ptr<SqliteReuse> reuse;
+};
+
+/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
+/// statement that only reads; `forWriting` takes the write lock first (a
+/// batch that will write back). nullopt with `error` set (one line, for a
+/// usage error) when any of it fails. Raising `stop` interrupts the SQL
+/// statement that runs on any of its connections at the time. With `reuse`
+/// the workers answer a statement another has run from its result.
+std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
+                                               const std::string& recordQuery, bool forWriting,
+                                               const std::atomic<bool>* stop, std::string& error,
+                                               bool reuse = true);
+
+/// Opens the SQLite file `path` (it must exist; the name is a path, never a
+/// connection string) as a Connection of `objects`; the open connection,
+/// or false with a one-line reason in `error`.
+bool openDatabaseFile(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
+                      std::string& error);
+
+/// Refuses a record query that is not exactly one statement reading rows,
+/// as `database` compiles it, before any of it runs: false with a one-line
+/// reason in `error`.
+bool checkRecordQuery(SqliteDatabase database, const std::string& sql, std::string& error);
+
+}  // namespace korvex

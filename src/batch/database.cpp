@@ -1,13 +1,11 @@
-#include "batch_database.hpp"
-
 #include <array>
 
-#include "database_options.hpp"
+#include "korvex/batch.hpp"
 #include "korvex/convert.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/sqlite.hpp"
 
-namespace korvex::cli {
+namespace korvex {
 
 namespace {
 
@@ -118,7 +116,7 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   writing.cacheMiB = kWriterCacheMiB;
   auto objects = sqliteObjectFactory(nullptr, writing);
   ObjectRef connection;
-  if (!openDatabaseOption(*objects, path, connection, error)) return std::nullopt;
+  if (!openDatabaseFile(*objects, path, connection, error)) return std::nullopt;
   // A connection of the SQLite factory, open: it always has a database.
   SqliteDatabase database = *databaseOf(connection);
   if (!checkRecordQuery(database, recordQuery, error)) return std::nullopt;
@@ -174,4 +172,4 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   return db;
 }
 
-}  // namespace korvex::cli
+}  // namespace korvex

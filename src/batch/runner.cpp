@@ -1,16 +1,15 @@
-#include "batch_runner.hpp"
-
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <thread>
 
+#include "korvex/batch.hpp"
 #include "korvex/convert.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/memory_recordset.hpp"
 
-namespace korvex::cli {
+namespace korvex {
 
 namespace {
 
@@ -172,4 +171,4 @@ BatchSummary runBatch(const BatchTable& table, const BatchJob& job, BatchWriter*
   return summary;
 }
 
-}  // namespace korvex::cli
+}  // namespace korvex

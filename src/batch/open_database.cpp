@@ -1,11 +1,11 @@
-#include "database_options.hpp"
-
 #include <sys/stat.h>
 
-namespace korvex::cli {
+#include "korvex/batch.hpp"
 
-bool openDatabaseOption(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
-                        std::string& error) {
+namespace korvex {
+
+bool openDatabaseFile(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
+                      std::string& error) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
     error = "数据库文件 '" + path + "' 不存在";
@@ -45,4 +45,4 @@ bool checkRecordQuery(SqliteDatabase database, const std::string& sql, std::stri
   return false;
 }
 
-}  // namespace korvex::cli
+}  // namespace korvex
