@@ -283,6 +283,44 @@ KORVEX_API korvex_status korvex_open_database(korvex_engine* engine, const char*
 KORVEX_API korvex_status korvex_bind_record(korvex_engine* engine, const char* sql,
                                             size_t sql_length);
 
+/* ---- a month's batch ---------------------------------------------------- */
+/* Runs `script` once for every row of `record_sql` on the SQLite file
+ * `db_path`, each row on an engine of its own with that row as the current
+ * record, on `jobs` threads (1 to 64), and writes the fields the rows
+ * assigned back to their rows in one transaction, committed at the end (or,
+ * with `dry_run`, nothing). Rows whose script fails are counted and written
+ * not at all. The batch needs no engine: it makes its own. On KORVEX_OK
+ * `*batch` holds the outcome; on KORVEX_E_REFUSED or KORVEX_E_DATABASE
+ * (nothing was computed: a database that cannot be written, a record query
+ * that would write or whose rows cannot be traced to one table's rows)
+ * `*batch` holds only the reason, korvex_batch_error. Free it with
+ * korvex_batch_free. Thread-safe: every call has its own connections. */
+typedef struct korvex_batch korvex_batch;
+typedef struct korvex_batch_summary {
+  size_t rows;           /* rows of the record query */
+  size_t done;           /* rows run */
+  size_t failed;         /* rows whose script or write-back failed */
+  size_t changed_rows;   /* successful rows that changed a field */
+  size_t changed_fields; /* the fields whose value changed */
+  int committed;         /* the writes were committed */
+} korvex_batch_summary;
+
+KORVEX_API korvex_status korvex_batch_run(const char* db_path, const char* record_sql,
+                                          size_t record_length, const char* script,
+                                          size_t script_length, unsigned jobs, int dry_run,
+                                          korvex_batch** batch);
+KORVEX_API korvex_status korvex_batch_summary_get(const korvex_batch* batch,
+                                                  korvex_batch_summary* summary);
+/* Failed row `index` (from 0, in row order): its row (from 1), error number,
+ * script line (0: writing it back failed) and message (UTF-8, owned by the
+ * batch). KORVEX_E_NOT_FOUND past the last. */
+KORVEX_API korvex_status korvex_batch_failure(const korvex_batch* batch, size_t index, size_t* row,
+                                              int32_t* error_number, int32_t* line,
+                                              const char** message, size_t* message_length);
+/* Why a batch could not run ("" when it ran). */
+KORVEX_API const char* korvex_batch_error(const korvex_batch* batch);
+KORVEX_API void korvex_batch_free(korvex_batch* batch);
+
 #ifdef __cplusplus
 }
 #endif

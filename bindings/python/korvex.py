@@ -57,6 +57,12 @@ INPUT_BOX = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p, cty
 LINE_HOOK = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_int32)
 
 
+class _BatchSummary(ctypes.Structure):
+    _fields_ = [("rows", ctypes.c_size_t), ("done", ctypes.c_size_t), ("failed", ctypes.c_size_t),
+                ("changed_rows", ctypes.c_size_t), ("changed_fields", ctypes.c_size_t),
+                ("committed", ctypes.c_int)]
+
+
 def _load():
     lib = ctypes.CDLL(os.environ.get("KORVEX_LIBRARY") or "libkorvex.so.0")
     P, S, I32, I64 = ctypes.c_void_p, ctypes.c_size_t, ctypes.c_int32, ctypes.c_int64
@@ -77,13 +83,21 @@ def _load():
             "korvex_open_database": [P, ctypes.c_char_p, S],
             "korvex_bind_record": [P, ctypes.c_char_p, S],
             "korvex_date_from_parts": [ctypes.POINTER(DateParts), ctypes.POINTER(ctypes.c_double)],
-            "korvex_date_to_parts": [ctypes.c_double, ctypes.POINTER(DateParts)]}.items():
+            "korvex_date_to_parts": [ctypes.c_double, ctypes.POINTER(DateParts)],
+            "korvex_batch_run": [ctypes.c_char_p, ctypes.c_char_p, S, ctypes.c_char_p, S,
+                                 ctypes.c_uint, ctypes.c_int, ctypes.POINTER(P)],
+            "korvex_batch_summary_get": [P, ctypes.POINTER(_BatchSummary)],
+            "korvex_batch_failure": [P, S, ctypes.POINTER(S), ctypes.POINTER(I32),
+                                     ctypes.POINTER(I32), ctypes.POINTER(P),
+                                     ctypes.POINTER(S)]}.items():
         fn = getattr(lib, name)
         fn.argtypes, fn.restype = args, ctypes.c_int
     lib.korvex_engine_free.argtypes, lib.korvex_engine_free.restype = [P], None
     lib.korvex_call_fail.argtypes = [P, I32, ctypes.c_char_p, S]
     lib.korvex_call_fail.restype = I32
     lib.korvex_version.restype = ctypes.c_char_p
+    lib.korvex_batch_error.argtypes, lib.korvex_batch_error.restype = [P], ctypes.c_char_p
+    lib.korvex_batch_free.argtypes, lib.korvex_batch_free.restype = [P], None
     return lib
 
 
@@ -301,3 +315,34 @@ class Engine:
     def bind_record(self, sql):
         data = sql.encode("utf-8")
         self._check(_lib.korvex_bind_record(self._handle, data, len(data)), "bind_record")
+
+
+def run_batch(db_path, record_sql, script, jobs=1, dry_run=False):
+    """Runs script for every row of record_sql on the SQLite file db_path
+    and writes the rows back in one transaction (nothing with dry_run).
+    Returns the summary as a dict, its "failures" a list of (row, error
+    number, line, message); raises KorvexError when nothing could run."""
+    handle = ctypes.c_void_p()
+    sql, text = record_sql.encode("utf-8"), script.encode("utf-8")
+    status = _lib.korvex_batch_run(os.fsencode(db_path), sql, len(sql), text, len(text), jobs,
+                                   1 if dry_run else 0, ctypes.byref(handle))
+    try:
+        if status != 0:
+            why = _lib.korvex_batch_error(handle).decode("utf-8") if handle else ""
+            raise KorvexError(status, why or "korvex_batch_run")
+        s = _BatchSummary()
+        _lib.korvex_batch_summary_get(handle, ctypes.byref(s))
+        summary = {name: getattr(s, name) for name, _ in _BatchSummary._fields_}
+        summary["committed"] = bool(s.committed)
+        summary["failures"] = []
+        row, length = ctypes.c_size_t(), ctypes.c_size_t()
+        number, line, message = ctypes.c_int32(), ctypes.c_int32(), ctypes.c_void_p()
+        while _lib.korvex_batch_failure(handle, len(summary["failures"]), ctypes.byref(row),
+                                        ctypes.byref(number), ctypes.byref(line),
+                                        ctypes.byref(message), ctypes.byref(length)) == 0:
+            summary["failures"].append((row.value, number.value, line.value,
+                                        _text(message.value, length.value)))
+        return summary
+    finally:
+        if handle:
+            _lib.korvex_batch_free(handle)

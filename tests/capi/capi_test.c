@@ -160,6 +160,47 @@ static void stops(void) {
   korvex_engine_free(e);
 }
 
+/* Row 1's 基本工资, as the database holds it. */
+static double firstWage(const char* dbPath) {
+  korvex_engine* e = NULL;
+  korvex_value v;
+  double wage = -1;
+  korvex_engine_new(&e);
+  korvex_open_database(e, dbPath, KORVEX_NTS);
+  if (run(e, "DIM w\r\nw = DoSQL(\"SELECT 基本工资 FROM 工资 WHERE 工号 = 1\")\r\n").error_number ==
+          0 &&
+      korvex_get_var(e, "w", KORVEX_NTS, &v) == KORVEX_OK) {
+    wage = v.number;
+  }
+  korvex_engine_free(e);
+  return wage;
+}
+
+/* A batch through the library: row 1 raised, row 2's failure counted and
+ * its row left; a record query that would write is refused before any row. */
+static void batch(const char* dbPath) {
+  const char* script = "If 工号 = 2 Then RaiseError \"停发\"\r\n基本工资 = 基本工资 + 100\r\n";
+  const double before = firstWage(dbPath);
+  korvex_batch* b = NULL;
+  korvex_batch_summary s;
+  const char* message = NULL;
+  size_t row = 0, length = 0;
+  int32_t number = 0, line = 0;
+  CHECK(korvex_batch_run(dbPath, "DELETE FROM 工资", KORVEX_NTS, script, KORVEX_NTS, 2, 0, &b) ==
+        KORVEX_E_REFUSED);
+  CHECK(b != NULL && strlen(korvex_batch_error(b)) > 0);
+  korvex_batch_free(b);
+  CHECK(korvex_batch_run(dbPath, "SELECT * FROM 工资 ORDER BY 工号", KORVEX_NTS, script, KORVEX_NTS,
+                         2, 0, &b) == KORVEX_OK);
+  CHECK(korvex_batch_summary_get(b, &s) == KORVEX_OK);
+  CHECK(s.rows == 2 && s.done == 2 && s.failed == 1 && s.changed_fields == 1 && s.committed);
+  CHECK(korvex_batch_failure(b, 0, &row, &number, &line, &message, &length) == KORVEX_OK);
+  CHECK(row == 2 && number == KORVEX_ERR_SCRIPT && line == 1 && length > 0);
+  CHECK(korvex_batch_failure(b, 1, NULL, NULL, NULL, NULL, NULL) == KORVEX_E_NOT_FOUND);
+  korvex_batch_free(b);
+  CHECK(firstWage(dbPath) == before + 100);
+}
+
 /* Two engines on two threads: each sums with the host function. */
 static void* worker(void* arg) {
   korvex_engine* e = NULL;
@@ -194,6 +235,7 @@ int main(int argc, char** argv) {
   CHECK(strcmp(korvex_version(), expected) == 0);
   CHECK(argc == 2);
   if (argc == 2) wageOnARecord(argv[1]);
+  if (argc == 2) batch(argv[1]);
   errorNumbers();
   stops();
   twoThreads();

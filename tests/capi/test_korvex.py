@@ -80,6 +80,23 @@ class PythonHost(unittest.TestCase):
             self.assertEqual(out.stop_reason, "request")
             self.assertGreater(e["n"], 10)
 
+    def test_a_batch_writes_the_rows_that_succeed(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "pay.db")
+            with sqlite3.connect(path) as db:
+                db.executescript("CREATE TABLE pay (code TEXT PRIMARY KEY, pieces INT, wage REAL);"
+                                 "INSERT INTO pay VALUES ('E1', 10, 0), ('E2', -1, 0), ('E3', 30, 0)")
+            script = 'If pieces < 0 Then RaiseError "负数"\r\nwage = pieces * 2.5\r\n'
+            with self.assertRaises(korvex.KorvexError):
+                korvex.run_batch(path, "UPDATE pay SET wage = 1", script)
+            s = korvex.run_batch(path, "SELECT * FROM pay", script, jobs=2)
+            self.assertEqual((s["rows"], s["failed"], s["changed_fields"], s["committed"]),
+                             (3, 1, 2, True))
+            self.assertEqual(s["failures"][0][:3], (2, 2000, 1))
+            with sqlite3.connect(path) as db:
+                wages = db.execute("SELECT code, wage FROM pay ORDER BY code").fetchall()
+            self.assertEqual(wages, [("E1", 25.0), ("E2", 0.0), ("E3", 75.0)])
+
 
 if __name__ == "__main__":
     unittest.main()
