@@ -117,8 +117,8 @@ typedef enum korvex_type {
   KORVEX_DATE = 6,     /* number: days since 1899-12-30, the fraction the time */
   KORVEX_STRING = 7,   /* text, length */
   KORVEX_BOOLEAN = 8,  /* integer: 0 or 1 */
-  KORVEX_OBJECT = 9,   /* not exchanged yet */
-  KORVEX_ARRAY = 10    /* not exchanged yet */
+  KORVEX_OBJECT = 9,   /* not exchanged */
+  KORVEX_ARRAY = 10    /* through korvex_set_array / korvex_get_array_* */
 } korvex_type;
 
 /* One value. Only the members its type names are meaningful. Handed in, a
@@ -171,6 +171,28 @@ KORVEX_API korvex_status korvex_get_var(korvex_engine* engine, const char* name,
 /* Forgets every variable, the database and the current record, and the
  * last run's error: the engine is ready for the next record. The script,
  * host functions, callbacks and limits stay. */
+/* Arrays: `dims` dimensions (1 to 60), each with its lower bound and its
+ * number of elements; the elements in row-major order (the last index
+ * varies fastest), product-of-counts of them. An element is any value but
+ * an array or object. korvex_get_var of an array gives only its type. */
+typedef struct korvex_bounds {
+  int32_t lower;
+  int32_t count;
+} korvex_bounds;
+KORVEX_API korvex_status korvex_set_array(korvex_engine* engine, const char* name,
+                                          size_t name_length, int32_t dims,
+                                          const korvex_bounds* bounds,
+                                          const korvex_value* elements);
+/* The shape of array variable `name`: *dims, and the first `max_dims`
+ * bounds into `bounds` (may be NULL). KORVEX_E_REFUSED when it is no array. */
+KORVEX_API korvex_status korvex_get_array_shape(korvex_engine* engine, const char* name,
+                                                size_t name_length, int32_t* dims,
+                                                korvex_bounds* bounds, int32_t max_dims);
+/* Element `index` (row-major, from 0) of array variable `name`; its text, if
+ * any, belongs to the engine until the next call. */
+KORVEX_API korvex_status korvex_get_array_element(korvex_engine* engine, const char* name,
+                                                  size_t name_length, size_t index,
+                                                  korvex_value* element);
 KORVEX_API korvex_status korvex_clear(korvex_engine* engine);
 
 /* ---- running ---------------------------------------------------------- */

@@ -57,6 +57,10 @@ INPUT_BOX = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p, cty
 LINE_HOOK = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_int32)
 
 
+class _Bounds(ctypes.Structure):
+    _fields_ = [("lower", ctypes.c_int32), ("count", ctypes.c_int32)]
+
+
 class _BatchSummary(ctypes.Structure):
     _fields_ = [("rows", ctypes.c_size_t), ("done", ctypes.c_size_t), ("failed", ctypes.c_size_t),
                 ("changed_rows", ctypes.c_size_t), ("changed_fields", ctypes.c_size_t),
@@ -84,6 +88,11 @@ def _load():
             "korvex_bind_record": [P, ctypes.c_char_p, S],
             "korvex_date_from_parts": [ctypes.POINTER(DateParts), ctypes.POINTER(ctypes.c_double)],
             "korvex_date_to_parts": [ctypes.c_double, ctypes.POINTER(DateParts)],
+            "korvex_set_array": [P, ctypes.c_char_p, S, I32, ctypes.POINTER(_Bounds),
+                                 ctypes.POINTER(Value)],
+            "korvex_get_array_shape": [P, ctypes.c_char_p, S, ctypes.POINTER(I32),
+                                       ctypes.POINTER(_Bounds), I32],
+            "korvex_get_array_element": [P, ctypes.c_char_p, S, S, ctypes.POINTER(Value)],
             "korvex_batch_run": [ctypes.c_char_p, ctypes.c_char_p, S, ctypes.c_char_p, S,
                                  ctypes.c_uint, ctypes.c_int, ctypes.POINTER(P)],
             "korvex_batch_summary_get": [P, ctypes.POINTER(_BatchSummary)],
@@ -136,6 +145,13 @@ class Outcome:
     @property
     def ok(self):
         return self.error_number == 0
+
+
+def _product(counts):
+    result = 1
+    for n in counts:
+        result *= n
+    return result
 
 
 def _text(pointer, length):
@@ -237,17 +253,48 @@ class Engine:
                        STOP_REASONS.get(o.stop_reason), o.lines_run)
 
     def __setitem__(self, name, value):
+        """A list (of lists, rectangular) becomes an array, lower bounds 0."""
         keep, data = [], name.encode("utf-8")
+        if isinstance(value, (list, tuple)):
+            shape, flat = [], value
+            while isinstance(flat, (list, tuple)):
+                shape.append(len(flat))
+                flat = flat[0] if flat else None
+            elements = value
+            for _ in shape[1:]:
+                elements = [x for row in elements for x in row]
+            if len(elements) != _product(shape):
+                raise ValueError("an array's lists must all be as long")
+            bounds = (_Bounds * len(shape))(*[_Bounds(0, n) for n in shape])
+            values = (Value * max(len(elements), 1))(*[from_python(x, keep) for x in elements])
+            self._check(_lib.korvex_set_array(self._handle, data, len(data), len(shape), bounds,
+                                              values), name)
+            return
         v = from_python(value, keep)
         self._check(_lib.korvex_set_var(self._handle, data, len(data), ctypes.byref(v)), name)
 
     def __getitem__(self, name):
+        """An array comes out as lists (of lists), its lower bounds dropped."""
         v, data = Value(), name.encode("utf-8")
         status = _lib.korvex_get_var(self._handle, data, len(data), ctypes.byref(v))
         if status == 2:
             raise KeyError(name)
         self._check(status, name)
-        return to_python(v)
+        if v.type != 10:
+            return to_python(v)
+        dims = ctypes.c_int32()
+        bounds = (_Bounds * 60)()
+        self._check(_lib.korvex_get_array_shape(self._handle, data, len(data), ctypes.byref(dims),
+                                                bounds, 60), name)
+        flat = []
+        for i in range(_product([bounds[d].count for d in range(dims.value)])):
+            self._check(_lib.korvex_get_array_element(self._handle, data, len(data), i,
+                                                      ctypes.byref(v)), name)
+            flat.append(to_python(v))
+        for d in reversed(range(1, dims.value)):
+            n = bounds[d].count
+            flat = [flat[i:i + n] for i in range(0, len(flat), n)]
+        return flat
 
     def clear(self):
         self._check(_lib.korvex_clear(self._handle), "clear")

@@ -284,6 +284,77 @@ korvex_status korvex_get_var(korvex_engine* e, const char* name, size_t nameLeng
   });
 }
 
+korvex_status korvex_set_array(korvex_engine* e, const char* name, size_t nameLength, int32_t dims,
+                               const korvex_bounds* bounds, const korvex_value* elements) {
+  if (e == nullptr || name == nullptr || bounds == nullptr || dims < 1 || dims > 60) {
+    return KORVEX_E_ARGUMENT;
+  }
+  return guarded(e, [&] {
+    std::vector<korvex::Array::Bound> shape;
+    std::size_t count = 1;
+    for (int32_t d = 0; d < dims; ++d) {
+      if (bounds[d].count < 0) return failed(e, KORVEX_E_ARGUMENT, "a negative element count");
+      shape.push_back({bounds[d].lower, bounds[d].count});
+      count *= static_cast<std::size_t>(bounds[d].count);
+    }
+    if (count > 0 && elements == nullptr) return KORVEX_E_ARGUMENT;
+    korvex::Array array(std::move(shape));
+    for (std::size_t i = 0; i < count; ++i) {
+      if (elements[i].type == KORVEX_ARRAY || !toValue(elements[i], array.elements()[i])) {
+        return failed(e, KORVEX_E_ARGUMENT, "element " + std::to_string(i) + " is no value");
+      }
+    }
+    e->engine.SetSysVar(korvex::fromUtf8(textOf(name, nameLength)), Value::array(std::move(array)));
+    return KORVEX_OK;
+  });
+}
+
+namespace {
+
+// The array variable `name`, or a status saying why there is none.
+korvex_status arrayOf(korvex_engine* e, const char* name, size_t nameLength, Value& out) {
+  const std::u16string n = korvex::fromUtf8(textOf(name, nameLength));
+  if (!e->engine.IsVarDefined(n)) return failed(e, KORVEX_E_NOT_FOUND, "no such variable");
+  out = e->engine.GetVarValue(n);
+  if (!out.isArray()) return failed(e, KORVEX_E_REFUSED, "the variable holds no array");
+  return KORVEX_OK;
+}
+
+}  // namespace
+
+korvex_status korvex_get_array_shape(korvex_engine* e, const char* name, size_t nameLength,
+                                     int32_t* dims, korvex_bounds* bounds, int32_t maxDims) {
+  if (e == nullptr || name == nullptr || dims == nullptr) return KORVEX_E_ARGUMENT;
+  return guarded(e, [&] {
+    Value v;
+    if (const korvex_status found = arrayOf(e, name, nameLength, v); found != KORVEX_OK) {
+      return found;
+    }
+    const auto& shape = v.arrayValue().bounds();
+    *dims = static_cast<int32_t>(shape.size());
+    for (std::size_t d = 0; bounds != nullptr && d < shape.size() && d < std::size_t(maxDims);
+         ++d) {
+      bounds[d] = {shape[d].lower, shape[d].count};
+    }
+    return KORVEX_OK;
+  });
+}
+
+korvex_status korvex_get_array_element(korvex_engine* e, const char* name, size_t nameLength,
+                                       size_t index, korvex_value* element) {
+  if (e == nullptr || name == nullptr || element == nullptr) return KORVEX_E_ARGUMENT;
+  return guarded(e, [&] {
+    Value v;
+    if (const korvex_status found = arrayOf(e, name, nameLength, v); found != KORVEX_OK) {
+      return found;
+    }
+    const auto& all = v.arrayValue().elements();
+    if (index >= all.size()) return failed(e, KORVEX_E_NOT_FOUND, "no element of that index");
+    *element = fromValue(all[index], e->varText);
+    return KORVEX_OK;
+  });
+}
+
 korvex_status korvex_clear(korvex_engine* e) {
   if (e == nullptr) return KORVEX_E_ARGUMENT;
   e->engine.ClearVariables();

@@ -160,6 +160,36 @@ static void stops(void) {
   korvex_engine_free(e);
 }
 
+/* A 2 x 3 array in, its bounds seen by the script, its elements back. */
+static void arrays(void) {
+  korvex_engine* e = NULL;
+  korvex_bounds shape[2] = {{1, 2}, {0, 3}}, back[2];
+  korvex_value cells[6], v;
+  int32_t dims = 0;
+  int i;
+  for (i = 0; i < 6; ++i) {
+    memset(&cells[i], 0, sizeof cells[i]);
+    cells[i].type = KORVEX_LONG;
+    cells[i].integer = 10 * i;
+  }
+  cells[5].type = KORVEX_STRING;
+  cells[5].text = "末";
+  cells[5].length = KORVEX_NTS;
+  CHECK(korvex_engine_new(&e) == KORVEX_OK);
+  CHECK(korvex_set_array(e, "表", KORVEX_NTS, 2, shape, cells) == KORVEX_OK);
+  CHECK(run(e, "DIM u, l\r\nu = UBound(表, 2)\r\nl = LBound(表, 1)\r\n").error_number == 0);
+  CHECK(korvex_get_var(e, "u", KORVEX_NTS, &v) == KORVEX_OK && v.integer == 2);
+  CHECK(korvex_get_var(e, "l", KORVEX_NTS, &v) == KORVEX_OK && v.integer == 1);
+  CHECK(korvex_get_array_shape(e, "表", KORVEX_NTS, &dims, back, 2) == KORVEX_OK);
+  CHECK(dims == 2 && back[0].lower == 1 && back[0].count == 2 && back[1].count == 3);
+  CHECK(korvex_get_array_element(e, "表", KORVEX_NTS, 4, &v) == KORVEX_OK && v.integer == 40);
+  CHECK(korvex_get_array_element(e, "表", KORVEX_NTS, 5, &v) == KORVEX_OK &&
+        same(v.text, v.length, "末"));
+  CHECK(korvex_get_array_element(e, "表", KORVEX_NTS, 6, &v) == KORVEX_E_NOT_FOUND);
+  CHECK(korvex_get_array_shape(e, "u", KORVEX_NTS, &dims, NULL, 0) == KORVEX_E_REFUSED);
+  korvex_engine_free(e);
+}
+
 /* Row 1's 基本工资, as the database holds it. */
 static double firstWage(const char* dbPath) {
   korvex_engine* e = NULL;
@@ -237,6 +267,7 @@ int main(int argc, char** argv) {
   if (argc == 2) wageOnARecord(argv[1]);
   if (argc == 2) batch(argv[1]);
   errorNumbers();
+  arrays();
   stops();
   twoThreads();
   if (failures) fprintf(stderr, "%d failed\n", failures);

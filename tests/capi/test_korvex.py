@@ -26,7 +26,7 @@ class PythonHost(unittest.TestCase):
                     self.assertEqual((got, type(got)), (expected, type(expected)))
                     e.clear()
             self.assertRaises(KeyError, e.__getitem__, "nope")
-            self.assertRaises(TypeError, e.__setitem__, "v", [1])
+            self.assertRaises(TypeError, e.__setitem__, "v", {1})
 
     def test_wage_on_a_record_with_a_host_function(self):
         with tempfile.TemporaryDirectory() as d:
@@ -79,6 +79,15 @@ class PythonHost(unittest.TestCase):
             timer.join()
             self.assertEqual(out.stop_reason, "request")
             self.assertGreater(e["n"], 10)
+
+    def test_lists_go_in_and_come_out_as_arrays(self):
+        grid = [[1, "甲", None], [2.5, True, "乙"]]
+        with korvex.Engine() as e:
+            e["表"] = grid
+            self.assertTrue(e.run("DIM u\r\nu = UBound(表, 2)\r\n").ok)
+            self.assertEqual((e["u"], e["表"]), (2, grid))
+            with self.assertRaises(ValueError):
+                e["坏"] = [[1, 2], [3]]
 
     def test_a_batch_writes_the_rows_that_succeed(self):
         with tempfile.TemporaryDirectory() as folder:
