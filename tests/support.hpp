@@ -8,7 +8,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -61,6 +63,18 @@ inline std::u16string scriptText(std::string_view utf8) {
     text += c;
   }
   return text;
+}
+
+/// The bytes of a file, empty when it cannot be read.
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+/// The object a host call returned; a failure fails the test.
+inline ObjectRef objectOf(const DispatchResult& r) {
+  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
+  return r.ok() && r.value.isObject() ? r.value.objectValue() : nullptr;
 }
 
 /// A fresh engine whose message boxes are recorded.

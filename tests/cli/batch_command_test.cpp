@@ -5,15 +5,11 @@
 #include "cli/batch_command.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <thread>
 #include <tuple>
 
@@ -28,6 +24,7 @@ namespace korvex::cli {
 namespace {
 
 using korvex::testing::need;
+using korvex::testing::readFile;
 using Write = std::tuple<std::size_t, std::size_t, double>;  // row, column, value
 
 class RecordingWriter : public BatchWriter {
@@ -252,8 +249,7 @@ TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
       openBatchDatabase(f.db, "SELECT * FROM pay", true, &stop, error);
   ASSERT_TRUE(db) << error;
   BatchJob job;
-  std::ifstream in(f.script, std::ios::binary);
-  job.script = fromUtf8(std::string((std::istreambuf_iterator<char>(in)), {}));
+  job.script = fromUtf8(readFile(f.script));
   job.jobs = 2;
   job.openWorker = db->openWorker;
   job.stop = &stop;
@@ -282,10 +278,7 @@ TEST(BatchCommand, SharedReadsComputeTheSameMonth) {
   std::vector<std::filesystem::path> formulas(
       std::filesystem::directory_iterator(KORVEX_PAYROLL_EXAMPLES), {});
   std::sort(formulas.begin(), formulas.end());
-  for (const auto& f : formulas) {
-    std::ifstream in(f, std::ios::binary);
-    script += std::string((std::istreambuf_iterator<char>(in)), {}) + "\r\n";
-  }
+  for (const auto& f : formulas) script += readFile(f) + "\r\n";
   std::ofstream(dir.file("month.bas"), std::ios::binary) << script;
   const auto month = [&](const std::string& db, std::string_view reuse) {
     const std::string_view record = "SELECT * FROM [工资表2025年02月]";

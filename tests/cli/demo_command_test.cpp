@@ -87,8 +87,7 @@ TEST(DemoCommand, RefusesExistingFilesAndBadOptions) {
   EXPECT_EQ(demo({path}, &err), 2);
   EXPECT_NE(err.find("文件已存在"), std::string::npos);
   EXPECT_NE(err.find("--force"), std::string::npos);
-  std::ifstream in(path);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "keep");
+  EXPECT_EQ(korvex::testing::readFile(path), "keep");
   // --force replaces it, and the stale journal beside it goes.
   std::ofstream(path + "-journal") << "stale";
   ASSERT_EQ(demo({path, "--force", "--employees", "5", "--months", "1"}), 0);
@@ -136,8 +135,7 @@ TEST(DemoCommand, AFailedRunLeavesNoFile) {
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 1);
   EXPECT_FALSE(std::filesystem::exists(full));
-  std::ifstream in(said);
-  const std::string message(std::istreambuf_iterator<char>(in), {});
+  const std::string message = korvex::testing::readFile(said);
   EXPECT_EQ(message.rfind("korvex demo: SQL 错误: ", 0), 0U) << message;
 }
 

@@ -2,8 +2,6 @@
 // workbooks.
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "call_by_name.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/workbook.hpp"
@@ -16,9 +14,8 @@ namespace {
 class CellFunctions : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::u16string error;
-    book_ = Workbook::open(writeWorkbook(dir_, sampleParts()), error);
-    ASSERT_TRUE(book_) << toUtf8(error);
+    book_ = openBook(writeWorkbook(dir_, sampleParts()));
+    ASSERT_TRUE(book_);
     engine_.SetExcelBook(book_);
   }
 
@@ -26,13 +23,6 @@ class CellFunctions : public ::testing::Test {
   std::string eval(std::string_view expression) {
     const Outcome o = EvaluateOn(engine_, expression);
     return o.errNum != 0 ? "error " + std::to_string(o.errNum) + ": " + o.errMsg : o.value;
-  }
-
-  std::string cellAt(std::int32_t row, std::int32_t column, std::int32_t sheet = 1) {
-    const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
-    const auto s = book_->sheet(Value::lng(sheet)).value.objectValue();
-    const auto cell = s->getProperty(u"Cells", at).value.objectValue();
-    return describe(cell->getProperty(u"Value", {}).value);
   }
 
   ScratchDir dir_;
@@ -78,9 +68,9 @@ TEST_F(CellFunctions, WriteValuesFormulasAndTwoLetterColumns) {
   EXPECT_EQ(eval("SETCELL(\"aa\", 1, 27)"), "Empty:");
   EXPECT_EQ(eval("SETCELL(\"ZZ\", 1, \"末列\", \"Other\")"), "Empty:");
   EXPECT_EQ(eval("SetCellFormula(\"C\", 5, 1 + 1)"), "Empty:");
-  EXPECT_EQ(cellAt(1, 27), "Double:27");
-  EXPECT_EQ(cellAt(1, 702, 2), "String:末列");
-  EXPECT_EQ(cellAt(5, 3), "Double:2");  // a formula text without "=" is a constant
+  EXPECT_EQ(read(*book_, 1, 27), "Double:27");
+  EXPECT_EQ(read(*book_, 1, 702, u"Value", 2), "String:末列");
+  EXPECT_EQ(read(*book_, 5, 3), "Double:2");  // a formula text without "=" is a constant
   EXPECT_EQ(eval("SetCellFormula(\"D\", 5, \"=C5*3\")"), "Empty:");
   EXPECT_EQ(eval("GETCELL(\"D\", 5)"), "Empty:");  // no result until recalculated
   EXPECT_TRUE(book_->modified());
@@ -120,7 +110,7 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
     for (std::int32_t r = 0; r < 4; ++r) {
       std::string row;
       for (std::int32_t col = 0; col < 4; ++col) {
-        const std::string v = cellAt(10 + r, 6 + col);
+        const std::string v = read(*book_, 10 + r, 6 + col);
         row += (col ? " " : "") + (v == "Empty:" ? "-" : v.substr(v.find(':') + 1));
       }
       EXPECT_EQ(row, c.block[static_cast<std::size_t>(r)]) << c.name << " row " << r;

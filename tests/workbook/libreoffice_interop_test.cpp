@@ -33,9 +33,8 @@ std::vector<std::vector<std::string>> readCsv(const std::string& path) {
 TEST(LibreOffice, RecalculatesAndShowsWhatKorvexWrote) {
   if (std::system("command -v soffice >/dev/null") != 0) GTEST_SKIP() << "soffice is not installed";
   ScratchDir dir;
-  std::u16string error;
-  auto book = Workbook::open(writeWorkbook(dir, sampleParts()), error);
-  ASSERT_TRUE(book) << toUtf8(error);
+  auto book = openBook(writeWorkbook(dir, sampleParts()));
+  ASSERT_TRUE(book);
   BasicEngine engine;
   engine.SetExcelBook(book);
   engine.SetCodeBlock(
@@ -49,6 +48,7 @@ TEST(LibreOffice, RecalculatesAndShowsWhatKorvexWrote) {
   engine.Execute();
   ASSERT_EQ(engine.ErrNum(), 0) << toUtf8(engine.ErrMsg());
   const std::string written = dir.file("written.xlsx");
+  std::u16string error;
   ASSERT_TRUE(book->save(written, error)) << toUtf8(error);
 
   // A private profile that recalculates every formula on load, as the

@@ -4,8 +4,8 @@
 
 #include <array>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "korvex/workbook.hpp"
@@ -93,19 +93,14 @@ inline std::map<std::string, std::string> sampleParts() {
 
 /// The cells of a workbook's sheets through the host objects, as a script
 /// reaches them: read as "Type:text", written as given.
-inline ObjectRef object(const DispatchResult& r) {
-  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
-  return r.ok() ? r.value.objectValue() : nullptr;
-}
-
 inline ObjectRef cell(Workbook& book, const Value& sheet, std::int32_t row, std::int32_t column) {
   const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
-  return object(object(book.sheet(sheet))->getProperty(u"Cells", at));
+  return objectOf(objectOf(book.sheet(sheet))->getProperty(u"Cells", at));
 }
 
 inline std::string read(Workbook& book, std::int32_t row, std::int32_t column,
-                        std::u16string_view member = u"Value") {
-  const DispatchResult r = cell(book, Value::lng(1), row, column)->getProperty(member, {});
+                        std::u16string_view member = u"Value", std::int32_t sheet = 1) {
+  const DispatchResult r = cell(book, Value::lng(sheet), row, column)->getProperty(member, {});
   return r.ok() ? describe(r.value) : "error " + std::to_string(r.number);
 }
 
@@ -128,13 +123,26 @@ inline std::string writeWorkbook(const ScratchDir& dir,
   return path;
 }
 
+/// The workbook at `path` (new when there is no file); a failure fails the test.
+inline std::shared_ptr<Workbook> openBook(const std::string& path) {
+  std::u16string error;
+  auto book = Workbook::open(path, error);
+  EXPECT_TRUE(book) << toUtf8(error);
+  return book;
+}
+
+/// Saves the workbook at `path` and opens the saved file; a failure fails the test.
+inline std::shared_ptr<Workbook> saveAndOpen(Workbook& book, const std::string& path) {
+  std::u16string error;
+  EXPECT_TRUE(book.save(path, error)) << toUtf8(error);
+  return openBook(path);
+}
+
 /// One part of an .xlsx file as stored now.
 inline std::string partOf(const std::string& path, const std::string& part) {
-  std::ifstream in(path, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(in)), {});
   std::string error;
   xlsx::ZipPackage pkg;
-  if (!pkg.load(bytes, error)) return "(not a zip: " + error + ")";
+  if (!pkg.load(readFile(path), error)) return "(not a zip: " + error + ")";
   return pkg.read(part, error).value_or("(missing)");
 }
 

@@ -1,5 +1,6 @@
 // The workbook host objects over real .xlsx files: reading every kind of
-// cell, writing, and saving as a patch of the original package.
+// cell, writing, saving as a patch of the original package, and escaping
+// the text written.
 #include "korvex/workbook.hpp"
 
 #include <gtest/gtest.h>
@@ -8,8 +9,8 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
+#include "workbook/xml_scan.hpp"
 #include "workbook_fixture.hpp"
 
 namespace korvex::testing {
@@ -18,11 +19,7 @@ namespace {
 // The file at `path` with its directory claiming `size` bytes for `part`
 // once inflated; returns the path.
 std::string declareSize(const std::string& path, const std::string& part, std::uint32_t size) {
-  std::string bytes;
-  {
-    std::ifstream in(path, std::ios::binary);
-    bytes.assign(std::istreambuf_iterator<char>(in), {});
-  }
+  std::string bytes = readFile(path);
   const auto le16 = [&](std::size_t at) {
     return std::size_t{static_cast<unsigned char>(bytes[at])} |
            std::size_t{static_cast<unsigned char>(bytes[at + 1])} << 8;
@@ -38,11 +35,7 @@ std::string declareSize(const std::string& path, const std::string& part, std::u
 
 // The file at `path` with the entry `from` renamed `to` (of one length).
 std::string renamePart(const std::string& path, const std::string& from, const std::string& to) {
-  std::string bytes;
-  {
-    std::ifstream in(path, std::ios::binary);
-    bytes.assign(std::istreambuf_iterator<char>(in), {});
-  }
+  std::string bytes = readFile(path);
   for (auto at = bytes.find(from); at != std::string::npos; at = bytes.find(from, at + 1)) {
     bytes.replace(at, from.size(), to);
   }
@@ -52,10 +45,7 @@ std::string renamePart(const std::string& path, const std::string& from, const s
 
 std::shared_ptr<Workbook> openSample(const ScratchDir& dir,
                                      std::map<std::string, std::string> parts = sampleParts()) {
-  std::u16string error;
-  auto book = Workbook::open(writeWorkbook(dir, parts), error);
-  EXPECT_TRUE(book) << toUtf8(error);
-  return book;
+  return openBook(writeWorkbook(dir, parts));
 }
 
 TEST(Workbook, ReadsEveryKindOfCell) {
@@ -84,7 +74,7 @@ TEST(Workbook, ReadsEveryKindOfCell) {
     EXPECT_EQ(read(*book, c.row, c.column), c.value) << c.row << "," << c.column;
     EXPECT_EQ(read(*book, c.row, c.column, u"Formula"), c.formula) << c.row << "," << c.column;
   }
-  const auto other = object(book->sheet(Value::string(u"other")));  // names ignore case
+  const auto other = objectOf(book->sheet(Value::string(u"other")));  // names ignore case
   EXPECT_EQ(describe(other->getProperty(u"index", {}).value), "Long:2");
   EXPECT_EQ(describe(other->getProperty(u"Name", {}).value), "String:Other");
 }
@@ -132,9 +122,8 @@ TEST(Workbook, SavingPatchesOnlyWhatWasWritten) {
                       "<alignment horizontal=\"center\"/></xf></cellXfs>"),
             std::string::npos);
 
-  std::u16string reopenError;
-  auto again = Workbook::open(path, reopenError);
-  ASSERT_TRUE(again) << toUtf8(reopenError);
+  auto again = openBook(path);
+  ASSERT_TRUE(again);
   EXPECT_EQ(read(*again, 2, 1), "Double:42");
   EXPECT_EQ(read(*again, 2, 3), "String:0012");
   EXPECT_EQ(read(*again, 1, 5), "Date:2024/4/1 12:00:00");
@@ -169,10 +158,8 @@ TEST(Workbook, WrittenCellsReadBackFromTheSavedFile) {
   };
   for (const auto& c : kCases) write(*book, c.row, c.column, c.value);
   const std::string path = dir.file("saved.xlsx");
-  std::u16string error;
-  ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
-  auto again = Workbook::open(path, error);
-  ASSERT_TRUE(again) << toUtf8(error);
+  auto again = saveAndOpen(*book, path);
+  ASSERT_TRUE(again);
   const std::string sheet = partOf(path, "xl/worksheets/sheet1.xml");
   for (const auto& c : kCases) {
     EXPECT_NE(sheet.find(c.stored), std::string::npos) << c.stored << " in " << sheet;
@@ -190,16 +177,12 @@ TEST(Workbook, SavesFollowLinksAndTakeLongNames) {
   for (const std::string& path : {link, longName}) {
     auto book = Workbook::createNew();
     write(*book, 1, 1, Value::dbl(42));
-    std::u16string error;
-    ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
-  }
-  EXPECT_TRUE(std::filesystem::is_symlink(link));
-  for (const std::string& path : {real, longName}) {
-    std::u16string error;
-    auto saved = Workbook::open(path, error);
-    ASSERT_TRUE(saved) << toUtf8(error);
+    auto saved = saveAndOpen(*book, path);
+    ASSERT_TRUE(saved);
     EXPECT_EQ(read(*saved, 1, 1), "Double:42") << path;
   }
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(read(*openBook(real), 1, 1), "Double:42");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 3);
 }
 
@@ -244,14 +227,12 @@ TEST(Workbook, SheetsArePatchedAsTheyAreSpelled) {
     auto parts = sampleParts();
     parts["xl/worksheets/sheet1.xml"] = c.sheet;
     const std::string path = writeWorkbook(dir, parts);
-    std::u16string error;
-    auto book = Workbook::open(path, error);
-    ASSERT_TRUE(book) << toUtf8(error);
+    auto book = openBook(path);
+    ASSERT_TRUE(book);
     write(*book, 1, 2, Value::dbl(5));
     write(*book, 3, 1, Value::string(u"中文"));
-    ASSERT_TRUE(book->save(path, error)) << toUtf8(error);
-    auto saved = Workbook::open(path, error);
-    ASSERT_TRUE(saved) << toUtf8(error);
+    auto saved = saveAndOpen(*book, path);
+    ASSERT_TRUE(saved);
     EXPECT_EQ(read(*saved, 1, 1), c.a1);
     EXPECT_EQ(read(*saved, 1, 2), "Double:5");
     EXPECT_EQ(read(*saved, 3, 1), "String:中文");
@@ -260,13 +241,12 @@ TEST(Workbook, SheetsArePatchedAsTheyAreSpelled) {
 }
 
 TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
-  ScratchDir dir;
   auto book = Workbook::createNew();
   Array grid({{0, 2}, {1, 2}});  // rows 0..1, columns 1..2
   for (int i = 0; i < 4; ++i) grid.elements()[i] = Value::dbl(i + 1);
   const auto origin = cell(*book, Value::lng(1), 2, 2);
   const std::array<Value, 2> size{Value::lng(3), Value::lng(3)};
-  const auto block = object(origin->getProperty(u"Resize", size));
+  const auto block = objectOf(origin->getProperty(u"Resize", size));
   ASSERT_TRUE(block->setProperty(u"Value", {}, Value::array(grid)).ok());
   EXPECT_EQ(read(*book, 2, 2), "Double:1");
   EXPECT_EQ(read(*book, 3, 3), "Double:4");
@@ -286,7 +266,6 @@ TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
 }
 
 TEST(Workbook, RefusesWhatASheetCannotHold) {
-  ScratchDir dir;
   auto book = Workbook::createNew();
   struct Case {
     Value sheet;
@@ -309,21 +288,21 @@ TEST(Workbook, RefusesWhatASheetCannotHold) {
     EXPECT_FALSE(r.description.empty());
   }
   const std::array<Value, 2> last{Value::lng(1048576), Value::lng(16384)};
-  const auto corner = object(object(book->sheet(Value::lng(1)))->getProperty(u"Cells", last));
+  const auto corner = objectOf(objectOf(book->sheet(Value::lng(1)))->getProperty(u"Cells", last));
   const std::array<Value, 2> two{Value::lng(2), Value::lng(1)};
   EXPECT_EQ(corner->getProperty(u"Resize", two).number, 1004);
 }
 
 TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   ScratchDir dir;
-  std::u16string error;
-  auto fresh = Workbook::open(dir.file("new.xlsx"), error);
+  auto fresh = openBook(dir.file("new.xlsx"));
   ASSERT_TRUE(fresh);
   EXPECT_EQ(fresh->sheetCount(), 1u);
-  EXPECT_EQ(describe(object(fresh->sheet(Value::lng(1)))->getProperty(u"Name", {}).value),
+  EXPECT_EQ(describe(objectOf(fresh->sheet(Value::lng(1)))->getProperty(u"Name", {}).value),
             "String:Sheet1");
   EXPECT_FALSE(std::filesystem::exists(dir.file("new.xlsx")));  // only written by save
   write(*fresh, 1, 1, Value::dbl(1));
+  std::u16string error;
   EXPECT_FALSE(fresh->save(dir.file("missing/out.xlsx"), error));
   EXPECT_NE(toUtf8(error).find("missing/out.xlsx"), std::string::npos);
   EXPECT_TRUE(fresh->modified());
@@ -412,6 +391,24 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
   // The same limits leave room for a workbook within them.
   few.maxCells = 20;
   EXPECT_TRUE(Workbook::open(writeWorkbook(dir, sampleParts(), "fits.xlsx"), error, few));
+}
+
+// Escaping of text written back into a sheet's XML.
+TEST(EscapeXml, TextAndAttributeEscapeDifferently) {
+  struct Case {
+    std::string_view raw, inText, inAttribute;
+  };
+  const Case cases[] = {
+      {"a&b<c>d", "a&amp;b&lt;c&gt;d", "a&amp;b&lt;c&gt;d"},
+      {"say \"hi\"", "say \"hi\"", "say &quot;hi&quot;"},
+      {"one\r\ntwo\tthree", "one&#13;\ntwo\tthree", "one&#13;&#10;two&#9;three"},
+      {"bell\x07gone", "bellgone", "bellgone"},
+      {"工资 'ok'", "工资 'ok'", "工资 'ok'"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(xlsx::escapeXml(c.raw), c.inText) << c.raw;
+    EXPECT_EQ(xlsx::escapeXml(c.raw, true), c.inAttribute) << c.raw;
+  }
 }
 
 }  // namespace
