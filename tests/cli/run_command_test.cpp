@@ -9,7 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -18,33 +17,32 @@
 
 #include "cli/command_fixture.hpp"
 #include "korvex/user_interface.hpp"
-#include "korvex/workbook.hpp"
-#include "support.hpp"
+#include "workbook/workbook_fixture.hpp"
 
 namespace korvex::cli {
 namespace {
 
+using korvex::testing::openBook;
+using korvex::testing::read;
+using korvex::testing::readFile;
 using korvex::testing::ScratchDir;
 
-TEST(DecodeScript, KeepsLineBreaksAndSkipsTheByteOrderMark) {
-  EXPECT_EQ(decodeScript("\xEF\xBB\xBF"
-                         "a\r\nb\rc\n\r",
-                         Encoding::Utf8),
-            u"a\r\nb\rc\n\r");
-  EXPECT_EQ(decodeScript("a\xEF\xBB\xBF", Encoding::Utf8), u"a\uFEFF");  // only a leading mark
-  EXPECT_EQ(decodeScript("\xD6\xD0\xCE\xC4\r\n", Encoding::Gbk), u"中文\r\n");
-  EXPECT_EQ(decodeScript("", Encoding::Utf8), u"");
-}
-
-// Bytes that are no UTF-8 read as the Chinese code page when they decode
-// as that, with a note; forced encodings and other bytes give no note.
-TEST(DecodeScript, ReadsTheChineseCodePageWhenTheBytesAreNoUtf8) {
+// Line breaks are kept and a leading byte order mark skipped. Bytes that are
+// no UTF-8 read as the Chinese code page when they decode as that, with a
+// note; forced encodings and other bytes give no note.
+TEST(DecodeScript, KeepsLinesAndReadsTheChineseCodePageWhenTheBytesAreNoUtf8) {
   const struct {
     std::string_view bytes;
     Encoding encoding;
     std::u16string text;
     std::string note;
   } kCases[] = {
+      {"\xEF\xBB\xBF"
+       "a\r\nb\rc\n\r",
+       Encoding::Utf8, u"a\r\nb\rc\n\r", ""},
+      {"a\xEF\xBB\xBF", Encoding::Utf8, u"a\uFEFF", ""},  // only a leading mark
+      {"\xD6\xD0\xCE\xC4\r\n", Encoding::Gbk, u"中文\r\n", ""},
+      {"", Encoding::Utf8, u"", ""},
       {"\xD6\xD0\xCE\xC4", Encoding::Auto, u"中文", "GBK"},
       {"\x81\x30\x81\x30\xD6\xD0", Encoding::Auto, u"\u0080中", "GB18030"},
       {"\xE4\xB8\xAD", Encoding::Auto, u"中", ""},            // UTF-8 stays UTF-8
@@ -228,11 +226,6 @@ TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
 }
 
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 // One transaction per run: kept only when the run succeeds and is no dry
 // run; a record query without rows runs nothing.
 TEST(RunDatabase, OnlyASucceedingRunChangesTheFile) {
@@ -294,29 +287,18 @@ TEST(RunDatabase, OnlyASucceedingRunChangesTheFile) {
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
     const Files f = makeFiles(std::string("run_") + c.name, c.script);
-    const std::string before = fileBytes(f.db);
+    const std::string before = readFile(f.db);
     std::vector<std::string_view> args{"--json", "--db", f.db, "--record", c.record, f.script};
     args.insert(args.begin(), c.options.begin(), c.options.end());
     const Outcome r = run(args);
     EXPECT_EQ(r.status, c.status) << r.err;
     EXPECT_NE((r.out + r.err).find(c.said), std::string::npos) << r.out << r.err;
     if (c.wages.empty()) {
-      EXPECT_EQ(fileBytes(f.db), before);
+      EXPECT_EQ(readFile(f.db), before);
     } else {
       EXPECT_EQ(wages(f.db), c.wages);
     }
   }
-}
-
-// Cell (row, column) of the first sheet of the workbook on disk, as text.
-std::string cellText(const std::string& path, std::int32_t row, std::int32_t column) {
-  std::u16string error;
-  auto book = Workbook::open(path, error);
-  if (!book) return "unreadable: " + toUtf8(error);
-  const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
-  const auto cell = book->sheet(Value::lng(1)).value.objectValue()->getProperty(u"Cells", at);
-  return toUtf8(
-      vb::toString(cell.value.objectValue()->getProperty(u"Value", {}).value, Locale::zhCN()));
 }
 
 // A new workbook is written only once a cell is written.
@@ -326,22 +308,20 @@ TEST(RunWorkbook, SheetAndSaveTargets) {
   EXPECT_EQ(run({"--workbook", a, "-"}, "DIM x\r\nx = GETCELL(\"A\", 1)\r\n").status, 0);
   EXPECT_FALSE(std::filesystem::exists(a));
   ASSERT_EQ(run({"--workbook", a, "-"}, "DIM x\r\nx = SETCELL(\"A\", 1, 5)\r\n").status, 0);
-  std::ifstream original(a, std::ios::binary);
-  const std::string before((std::istreambuf_iterator<char>(original)), {});
+  const std::string before = readFile(a);
 
   Outcome r = run({"--workbook", a, "--sheet", "sheet1", "--save", b, "-"},
                   "DIM x\r\nx = GETCELL(\"A\", 1) + 1\r\nx = SETCELL(\"A\", 2, x)\r\n");
   EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(cellText(b, 2, 1), "6");
-  std::ifstream after(a, std::ios::binary);
-  EXPECT_EQ(std::string((std::istreambuf_iterator<char>(after)), {}), before);
+  EXPECT_EQ(read(*openBook(b), 2, 1), "Double:6");
+  EXPECT_EQ(readFile(a), before);
 
   // Cells written before an error are saved too.
   r = run({"--json", "--workbook", a, "--sheet", "1", "-"},
           "DIM x\r\nx = SETCELL(\"C\", 3, 7)\r\nx = GETCELL(\"AAA\", 1)\r\n");
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.out.find("变量未定义 'AAA'"), std::string::npos) << r.out;
-  EXPECT_EQ(cellText(a, 3, 3), "7");
+  EXPECT_EQ(read(*openBook(a), 3, 3), "Double:7");
 }
 
 }  // namespace
