@@ -28,6 +28,20 @@ inline void need(const DatabaseResult<>& result) {
   if (!result.ok()) ADD_FAILURE() << "database: " << toUtf8(result.error().message);
 }
 
+/// Runs SQL on a Connection object: the record set, or a failure.
+inline DispatchResult executeOn(HostObject& connection, std::string_view sql) {
+  const std::array<Value, 1> text{Value::string(fromUtf8(sql))};
+  return connection.callMethod(u"Execute", text);
+}
+
+/// The value of field `index` of the current row of a record set result.
+inline Value fieldOf(const DispatchResult& rs, std::int32_t index) {
+  if (!rs.ok()) return {};
+  const std::array<Value, 1> at{Value::lng(index)};
+  const DispatchResult f = rs.value.objectValue()->getProperty(u"Fields", at);
+  return f.ok() ? f.value.objectValue()->getDefault({}).value : Value{};
+}
+
 class DatabaseTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -54,19 +68,12 @@ class DatabaseTest : public ::testing::Test {
 
   /// Runs SQL on the test's connection; the record set, or a failure.
   DispatchResult exec(std::string_view sql) {
-    const std::array<Value, 1> text{Value::string(fromUtf8(sql))};
-    DispatchResult r = connection_->callMethod(u"Execute", text);
+    DispatchResult r = executeOn(*connection_, sql);
     EXPECT_TRUE(r.ok()) << sql << ": " << toUtf8(r.description);
     return r;
   }
   /// The first field of the first row of a query.
-  Value scalar(std::string_view sql) {
-    const DispatchResult r = exec(sql);
-    if (!r.ok()) return {};
-    const std::array<Value, 1> first{Value::lng(0)};
-    const DispatchResult f = r.value.objectValue()->getProperty(u"Fields", first);
-    return f.ok() ? f.value.objectValue()->getDefault({}).value : Value{};
-  }
+  Value scalar(std::string_view sql) { return fieldOf(exec(sql), 0); }
 
   /// Evaluates an expression on the engine; the SQL texts it sent.
   Outcome evaluate(std::string_view expression) {

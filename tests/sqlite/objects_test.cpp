@@ -11,19 +11,14 @@ namespace {
 
 using Objects = DatabaseTest;
 
-ObjectRef objectIn(DispatchResult r) {
-  EXPECT_TRUE(r.ok()) << toUtf8(r.description);
-  return r.ok() && r.value.isObject() ? r.value.objectValue() : nullptr;
-}
-
 // "Type code describe()" of every field of the current row.
 std::vector<std::string> currentRow(const ObjectRef& rs) {
   std::vector<std::string> out;
-  const ObjectRef fields = objectIn(rs->getProperty(u"Fields", {}));
+  const ObjectRef fields = objectOf(rs->getProperty(u"Fields", {}));
   const std::int32_t n = fields->getProperty(u"Count", {}).value.longValue();
   for (std::int32_t i = 0; i < n; ++i) {
     const std::array<Value, 1> index{Value::lng(i)};
-    const ObjectRef f = objectIn(fields->getProperty(u"Item", index));
+    const ObjectRef f = objectOf(fields->getProperty(u"Item", index));
     out.push_back(std::to_string(f->getProperty(u"Type", {}).value.longValue()) + " " +
                   describe(f->getDefault({}).value));
   }
@@ -31,7 +26,7 @@ std::vector<std::string> currentRow(const ObjectRef& rs) {
 }
 
 TEST_F(Objects, StoredValuesReadWithTheirFieldTypes) {
-  const ObjectRef rs = objectIn(exec("select * from 工资表2005年03月 order by 工号"));
+  const ObjectRef rs = objectOf(exec("select * from 工资表2005年03月 order by 工号"));
   EXPECT_EQ(currentRow(rs),
             (std::vector<std::string>{"202 String:001", "202 String:张三", "6 Currency:3000.5",
                                       "7 Date:2001/3/15", "11 Boolean:True", "3 Long:4",
@@ -42,13 +37,13 @@ TEST_F(Objects, StoredValuesReadWithTheirFieldTypes) {
                                       "6 Null:", "7 Date:2005/3/31 8:30:00", "11 Boolean:False",
                                       "3 Double:5000000000", "5 Null:"}));
   // Expression columns follow the stored value.
-  EXPECT_EQ(currentRow(objectIn(
+  EXPECT_EQ(currentRow(objectOf(
                 exec("select count(*), sum(系数), max(姓名), null from 工资表2005年03月"))),
             (std::vector<std::string>{"3 Long:2", "5 Double:1.5", "202 String:李四", "202 Null:"}));
 }
 
 TEST_F(Objects, PayrollDialectRunsOnSqlite) {
-  const ObjectRef rs = objectIn(exec(
+  const ObjectRef rs = objectOf(exec(
       "select year(入职日期), month(入职日期), day(入职日期), left(姓名, 1), Right ('abc', 2), "
       "len('ab  '), isnull(null, 'x'), [工号] from 工资表2005年03月 where 工号 = '001'"));
   EXPECT_EQ(currentRow(rs), (std::vector<std::string>{"3 Long:2001", "3 Long:3", "3 Long:15",
@@ -69,7 +64,7 @@ TEST_F(Objects, PayrollDialectRunsOnSqlite) {
 }
 
 TEST_F(Objects, FieldAssignmentsWriteTheRowBack) {
-  engine_.SetRecordSet(objectIn(exec("select * from 工资表2005年03月 order by 工号")));
+  engine_.SetRecordSet(objectOf(exec("select * from 工资表2005年03月 order by 工号")));
   engine_.SetCodeBlock(
       u"基本工资 = \"12.25\"\r\n入职日期 = \"2005-5-6\"\r\n在职 = 0\r\n工龄 = 7.6\r\n"
       u"MoveNext\r\n系数 = 2\r\nMoveNext\r\nMSGBOX EOF\r\nMoveNext\r\n");
@@ -172,12 +167,12 @@ TEST_F(Objects, UpdateWritesTheRowItWasReadFromOrNothing) {
   for (const Case& c : cases) {
     exec("drop view if exists v; drop table if exists t; drop table if exists w");
     exec(c.table);
-    const ObjectRef rs = objectIn(exec(c.select));
+    const ObjectRef rs = objectOf(exec(c.select));
     ASSERT_TRUE(rs) << c.select;
     std::string refused;
     while (refused.empty() && !rs->getProperty(u"EOF", {}).value.booleanValue()) {
       const std::array<Value, 1> name{Value::string(c.field)};
-      const ObjectRef field = objectIn(rs->getProperty(u"Fields", name));
+      const ObjectRef field = objectOf(rs->getProperty(u"Fields", name));
       for (int twice = 0; twice < 2 && refused.empty(); ++twice) {
         ASSERT_TRUE(field->setProperty(u"Value", {}, c.change(field->getDefault({}).value)).ok());
         const DispatchResult r = rs->callMethod(u"Update", {});
@@ -205,7 +200,7 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   ASSERT_TRUE(cmd->setProperty(u"ActiveConnection", {}, Value::object(connection_)).ok());
   ASSERT_TRUE(cmd->setProperty(u"CommandType", {}, Value::lng(4)).ok());
   ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"CalcByWorkGroup")).ok());
-  const ObjectRef params = objectIn(cmd->getProperty(u"Parameters", {}));
+  const ObjectRef params = objectOf(cmd->getProperty(u"Parameters", {}));
   const std::vector<std::array<Value, 5>> parameters = {
       {Value::string(u"code"), Value::lng(200), Value::lng(1), Value::lng(10),
        Value::string(u"001")},
@@ -213,7 +208,7 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
       {Value::string(u"out"), Value::lng(5), Value::lng(3), Value{}, Value{}},
       {Value::string(u"tag"), Value::lng(200), Value::lng(2), Value::lng(10), Value{}}};
   for (const auto& arguments : parameters) {
-    const ObjectRef p = objectIn(cmd->callMethod(u"CreateParameter", arguments));
+    const ObjectRef p = objectOf(cmd->callMethod(u"CreateParameter", arguments));
     const std::array<Value, 1> one{Value::object(p)};
     ASSERT_TRUE(params->callMethod(u"Append", one).ok());
   }
@@ -223,7 +218,7 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   for (std::int32_t i : {2, 3}) {
     const std::array<Value, 1> index{Value::lng(i)};
     values.push_back(
-        describe(objectIn(params->getProperty(u"Item", index))->getProperty(u"Value", {}).value));
+        describe(objectOf(params->getProperty(u"Item", index))->getProperty(u"Value", {}).value));
   }
   EXPECT_EQ(values, (std::vector<std::string>{"Double:6001", "String:001!"}));
   EXPECT_EQ(log_->texts().back(), u"CalcByWorkGroup");
@@ -231,12 +226,12 @@ TEST_F(Objects, StoredProceduresAndCatalog) {
   ASSERT_TRUE(cmd->setProperty(u"CommandText", {}, Value::string(u"Nope")).ok());
   EXPECT_EQ(toUtf8(cmd->callMethod(u"Execute", {}).description), "找不到存储过程 'Nope'。");
 
-  const ObjectRef properties = objectIn(connection_->getProperty(u"Properties", {}));
+  const ObjectRef properties = objectOf(connection_->getProperty(u"Properties", {}));
   EXPECT_EQ(describe(properties->getProperty(u"Count", {}).value), "Long:2");
   const std::array<Value, 1> key{Value::string(u"initial catalog")};
   EXPECT_EQ(
       describe(
-          objectIn(connection_->getProperty(u"Properties", key))->getProperty(u"Value", {}).value),
+          objectOf(connection_->getProperty(u"Properties", key))->getProperty(u"Value", {}).value),
       "String:pay");
 }
 

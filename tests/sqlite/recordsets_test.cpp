@@ -43,10 +43,6 @@ class Recordsets : public DatabaseTest, public ::testing::WithParamInterface<Kin
     if (GetParam() == Kind::Memory) return row;
     return row >= 0 && row < rows ? row + 1 : -1;
   }
-  static ObjectRef item(const DispatchResult& r) {
-    EXPECT_TRUE(r.ok()) << toUtf8(r.description);
-    return r.ok() && r.value.isObject() ? r.value.objectValue() : nullptr;
-  }
   static std::string read(HostObject& field, std::u16string_view member = u"Value") {
     const DispatchResult r = field.getProperty(member, {});
     return r.ok() ? describe(r.value) : "error " + std::to_string(r.number);
@@ -75,7 +71,7 @@ TEST_P(Recordsets, MovesFollowACursor) {
       {u"MOVENEXT", 0, false, false, 0},
   };
   const ObjectRef rs = open({u"A", u"B", u"C"});
-  const ObjectRef code = item(rs->getProperty(u"Fields", std::array{Value::lng(0)}));
+  const ObjectRef code = objectOf(rs->getProperty(u"Fields", std::array{Value::lng(0)}));
   ASSERT_TRUE(rs && code);
   EXPECT_EQ(rs->getProperty(u"RecordCount", {}).value.longValue(), 3);
   EXPECT_EQ(position(*rs), expected(0, 3));
@@ -97,7 +93,7 @@ TEST_P(Recordsets, EmptySetIsBothBofAndEof) {
   for (const char16_t* move : {u"MoveFirst", u"MoveLast", u"MoveNext", u"MovePrevious"}) {
     EXPECT_EQ(rs->callMethod(move, {}).number, 3021) << toUtf8(move);
   }
-  EXPECT_EQ(read(*item(rs->getProperty(u"Fields", std::array{Value::string(u"code")}))),
+  EXPECT_EQ(read(*objectOf(rs->getProperty(u"Fields", std::array{Value::string(u"code")}))),
             "error 3021");
 }
 
@@ -105,15 +101,15 @@ TEST_P(Recordsets, EmptySetIsBothBofAndEof) {
 // and the Fields' default member; anything else is 3265, an unknown member 438.
 TEST_P(Recordsets, FieldLookupsAndUnknownMembers) {
   const ObjectRef rs = open({u"A", u"B"});
-  const ObjectRef fields = item(rs->getProperty(u"FIELDS", {}));
+  const ObjectRef fields = objectOf(rs->getProperty(u"FIELDS", {}));
   ASSERT_TRUE(fields);
   EXPECT_EQ(fields->getProperty(u"count", {}).value.longValue(), 1);
-  const ObjectRef code = item(fields->getProperty(u"Item", std::array{Value::integer(0)}));
+  const ObjectRef code = objectOf(fields->getProperty(u"Item", std::array{Value::integer(0)}));
   ASSERT_TRUE(code);
-  EXPECT_EQ(item(fields->getProperty(u"Item", std::array{Value::string(u"CODE")})), code);
-  EXPECT_EQ(item(fields->getDefault(std::array{Value::string(u"code")})), code);
-  EXPECT_EQ(item(rs->getDefault(std::array{Value::lng(0)})), code);
-  EXPECT_EQ(item(rs->getDefault({})), fields);
+  EXPECT_EQ(objectOf(fields->getProperty(u"Item", std::array{Value::string(u"CODE")})), code);
+  EXPECT_EQ(objectOf(fields->getDefault(std::array{Value::string(u"code")})), code);
+  EXPECT_EQ(objectOf(rs->getDefault(std::array{Value::lng(0)})), code);
+  EXPECT_EQ(objectOf(rs->getDefault({})), fields);
   EXPECT_EQ(read(*code, u"Name"), "String:Code");
   EXPECT_EQ(read(*code, u"VALUE"), "String:A");
   EXPECT_EQ(describe(code->getDefault({}).value), "String:A");
@@ -133,7 +129,7 @@ TEST_P(Recordsets, FieldLookupsAndUnknownMembers) {
 
 TEST_P(Recordsets, WritesNeedACurrentRow) {
   const ObjectRef rs = open({u"A"});
-  const ObjectRef code = item(rs->getProperty(u"Fields", std::array{Value::lng(0)}));
+  const ObjectRef code = objectOf(rs->getProperty(u"Fields", std::array{Value::lng(0)}));
   ASSERT_TRUE(code);
   EXPECT_TRUE(rs->callMethod(u"Edit", {}).ok());
   EXPECT_TRUE(code->setProperty(u"value", {}, Value::string(u"B")).ok());
@@ -152,8 +148,8 @@ TEST_P(Recordsets, FieldsHoldTheDataNoLongerThanKept) {
   ObjectRef field, fields;
   {
     const ObjectRef rs = open({u"A", u"B"});
-    field = item(rs->getProperty(u"Fields", std::array{Value::string(u"Code")}));
-    fields = item(rs->getProperty(u"Fields", {}));
+    field = objectOf(rs->getProperty(u"Fields", std::array{Value::string(u"Code")}));
+    fields = objectOf(rs->getProperty(u"Fields", {}));
     set = rs;
     data = field;
     memory_.reset();
@@ -163,7 +159,7 @@ TEST_P(Recordsets, FieldsHoldTheDataNoLongerThanKept) {
   EXPECT_EQ(read(*field), "String:A");
   EXPECT_TRUE(field->setProperty(u"Value", {}, Value::string(u"Z")).ok());
   EXPECT_EQ(describe(field->getDefault({}).value), "String:Z");
-  EXPECT_EQ(item(fields->getProperty(u"Item", std::array{Value::lng(0)})), field);
+  EXPECT_EQ(objectOf(fields->getProperty(u"Item", std::array{Value::lng(0)})), field);
   fields.reset();
   EXPECT_FALSE(data.expired());
   field.reset();

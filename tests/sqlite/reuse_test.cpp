@@ -2,8 +2,6 @@
 // answered from them, and that an answer is never older than the data.
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "database_fixture.hpp"
 #include "korvex/sqlite.hpp"
 
@@ -51,15 +49,7 @@ class ReuseOnConnections : public ::testing::Test {
     return c.ok() ? c.value.objectValue() : nullptr;
   }
   static std::string sum(const ObjectRef& connection) {
-    const std::array<Value, 1> sql{Value::string(u"SELECT sum(x) FROM t")};
-    const DispatchResult rs = connection->callMethod(u"Execute", sql);
-    const std::array<Value, 1> first{Value::lng(0)};
-    const DispatchResult f = rs.value.objectValue()->getProperty(u"Fields", first);
-    return describe(f.value.objectValue()->getDefault({}).value);
-  }
-  static void execute(const ObjectRef& connection, std::u16string_view text) {
-    const std::array<Value, 1> sql{Value::string(text)};
-    ASSERT_TRUE(connection->callMethod(u"Execute", sql).ok());
+    return describe(fieldOf(executeOn(*connection, "SELECT sum(x) FROM t"), 0));
   }
 
   ScratchDir dir_;
@@ -77,7 +67,7 @@ TEST_F(ReuseOnConnections, AnswersAreNeverOlderThanTheData) {
   EXPECT_EQ(sum(b), "Long:3");
   EXPECT_EQ(reuseCounts(*reuse_).reused, 1u);
 
-  execute(a, u"UPDATE t SET x = x * 10");
+  ASSERT_TRUE(executeOn(*a, "UPDATE t SET x = x * 10").ok());
   EXPECT_EQ(sum(b), "Long:30");
   EXPECT_EQ(sum(a), "Long:30");
   EXPECT_EQ(sum(a), "Long:30");

@@ -75,10 +75,7 @@ class RewrittenQueries : public DatabaseTest {
   std::string plan(const std::string& sql, bool written) {
     const std::string explain = "EXPLAIN QUERY PLAN " + sql;
     if (!written) {
-      const DispatchResult rs = exec(explain);
-      const std::array<Value, 1> detail{Value::lng(3)};
-      const DispatchResult f = rs.value.objectValue()->getProperty(u"Fields", detail);
-      return toUtf8(f.value.objectValue()->getDefault({}).value.stringValue());
+      return toUtf8(fieldOf(exec(explain), 3).stringValue());
     }
     SqliteStatement st = need(db().prepare(explain));
     return need(st.step()) ? std::get<std::string>(st.cell(3)) : "";
