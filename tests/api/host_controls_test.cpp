@@ -1,4 +1,4 @@
-// What a host controls around a run: stopping (limits, requests) and what
+// What a host controls around a run: stopping by limits and what
 // the outcome says about it, reuse of an engine, and a host function that
 // throws.
 #include <gtest/gtest.h>
@@ -52,15 +52,6 @@ TEST(HostControls, LimitsStopARunawayScriptWithoutAskingOrFailing) {
     EXPECT_EQ(engine.Run().stopReason, StopReason::None);
     EXPECT_EQ(engine.LinesRun(), 1);
   }
-}
-
-TEST(HostControls, AStopRequestedBetweenRunsDoesNotStopTheNextOne) {
-  BasicEngine engine;
-  engine.SetCodeBlock(u"DIM a\r\na = 1\r\n");
-  engine.RequestStop();
-  const RunResult r = engine.Run();
-  EXPECT_FALSE(r.stopped());
-  EXPECT_EQ(engine.LinesRun(), 2);
 }
 
 TEST(HostControls, AnUndefinedNameLookedUpDoesNotFailTheNextExecute) {
