@@ -309,10 +309,10 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
 
   // Files that are refused, each with the reason, and never a crash: what
   // a small file claims or inflates to is bounded before it is allocated.
-  const auto withPart = [](const std::string& part, std::string text) {
+  const auto bookWith = [&](const std::string& part, std::string text, const std::string& name) {
     auto parts = sampleParts();
     parts[part] = std::move(text);
-    return parts;
+    return writeWorkbook(dir, parts, name);
   };
   const std::string sheet2 = "xl/worksheets/sheet2.xml";
   const std::string rows = std::string("<worksheet ") + kNs + "><sheetData>";
@@ -334,51 +334,43 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
       // A pipe would block the read and a device never end it.
       {dir.file("pipe.xlsx"), "不是普通文件"},
       {"/dev/zero", "不是普通文件"},
-      {writeWorkbook(dir, withPart(sheet2, "<worksheet><sheetData>"), "bad.xlsx"), "XML 格式错误"},
-      {writeWorkbook(dir, withPart("xl/workbook.xml", std::string("<workbook ") + kNs + "/>"),
-                     "empty.xlsx"),
+      {bookWith(sheet2, "<worksheet><sheetData>", "bad.xlsx"), "XML 格式错误"},
+      {bookWith("xl/workbook.xml", std::string("<workbook ") + kNs + "/>", "empty.xlsx"),
        "没有工作表"},
       // The directory claims 4 GiB for a few bytes.
       {declareSize(writeWorkbook(dir, sampleParts(), "claims.xlsx"), sheet2, 0xFFFFFFFEu),
        "sheet2.xml 解压后超过部件大小上限 (268435456 字节)"},
       // 4 MiB of blanks compress to a few kilobytes.
-      {writeWorkbook(dir,
-                     withPart(sheet2, rows.substr(0, rows.size() - 11) + std::string(4 << 20, ' ') +
-                                          "<sheetData/></worksheet>"),
-                     "bomb.xlsx"),
+      {bookWith(sheet2,
+                rows.substr(0, rows.size() - 11) + std::string(4 << 20, ' ') +
+                    "<sheetData/></worksheet>",
+                "bomb.xlsx"),
        "sheet2.xml 解压后超过部件大小上限 (1048576 字节)", small},
       {writeWorkbook(dir, sampleParts(), "cells.xlsx"), "sheet1.xml: 单元格太多", few},
-      {writeWorkbook(dir,
-                     withPart(sheet2, "<!DOCTYPE worksheet [<!ENTITY r \"<row r='2'/>\">]>" + rows +
-                                          "&r;</sheetData></worksheet>"),
-                     "entity.xlsx"),
+      {bookWith(sheet2,
+                "<!DOCTYPE worksheet [<!ENTITY r \"<row r='2'/>\">]>" + rows +
+                    "&r;</sheetData></worksheet>",
+                "entity.xlsx"),
        "sheet2.xml: 含有文档类型声明"},
-      {writeWorkbook(dir,
-                     withPart("xl/styles.xml", std::string("<!DOCTYPE styleSheet [<!ENTITY x "
-                                                           "'<cellXfs><xf numFmtId=\"14\"/>"
-                                                           "</cellXfs>'>]><styleSheet ") +
-                                                   kNs + ">&x;</styleSheet>"),
-                     "styles.xlsx"),
+      {bookWith("xl/styles.xml",
+                std::string("<!DOCTYPE styleSheet [<!ENTITY x '<cellXfs><xf "
+                            "numFmtId=\"14\"/></cellXfs>'>]><styleSheet ") +
+                    kNs + ">&x;</styleSheet>",
+                "styles.xlsx"),
        "styles.xml: 含有文档类型声明"},
-      {writeWorkbook(dir,
-                     withPart("xl/styles.xml", std::string("<styleSheet ") + kNs + "><cellXfs>" +
-                                                   xfs + "</cellXfs></styleSheet>"),
-                     "formats.xlsx"),
+      {bookWith("xl/styles.xml",
+                std::string("<styleSheet ") + kNs + "><cellXfs>" + xfs + "</cellXfs></styleSheet>",
+                "formats.xlsx"),
        "styles.xml: 单元格格式太多"},
-      {writeWorkbook(dir,
-                     withPart(sheet2, rows + "<row r=\"2147483647\"/><row/></sheetData>"
-                                             "</worksheet>"),
-                     "overflow.xlsx"),
+      {bookWith(sheet2, rows + "<row r=\"2147483647\"/><row/></sheetData></worksheet>",
+                "overflow.xlsx"),
        "sheet2.xml: 行号 2147483647 超出工作表的范围"},
-      {writeWorkbook(dir,
-                     withPart(sheet2, rows + "<row r=\"1048576\"/><row/></sheetData></worksheet>"),
-                     "beyond.xlsx"),
+      {bookWith(sheet2, rows + "<row r=\"1048576\"/><row/></sheetData></worksheet>", "beyond.xlsx"),
        "sheet2.xml: 行号 1048577 超出工作表的范围"},
-      {writeWorkbook(dir, withPart(sheet2, "<?xml version=\"1.0\" encoding=\"GBK\"?>" + rows),
-                     "gbk.xlsx"),
+      {bookWith(sheet2, "<?xml version=\"1.0\" encoding=\"GBK\"?>" + rows, "gbk.xlsx"),
        "sheet2.xml: 不支持的字符编码 GBK"},
       // Readers differ in which of two entries of one name they take.
-      {renamePart(writeWorkbook(dir, withPart("xl/worksheets/sheet3.xml", rows), "twice.xlsx"),
+      {renamePart(bookWith("xl/worksheets/sheet3.xml", rows, "twice.xlsx"),
                   "xl/worksheets/sheet3.xml", sheet2),
        "两个同名的部件 xl/worksheets/sheet2.xml"},
   };
