@@ -5,9 +5,6 @@
 // callers of the command see.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "cli/batch_command.hpp"
 #include "cli/command_fixture.hpp"
 #include "cli/run_command.hpp"

@@ -4,7 +4,6 @@
 // batch's write-back through the handle's record sets is the batch tests').
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <functional>
 
 #include "database_fixture.hpp"

@@ -2,7 +2,6 @@
 // opened by Recordset.Open) share: the cursor's moves, BOF and EOF, the
 // field lookups, writes needing a current row, and the lifetime of the
 // field objects they hand out.
-#include <functional>
 
 #include "database_fixture.hpp"
 #include "korvex/memory_recordset.hpp"
