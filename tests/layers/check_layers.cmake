@@ -22,6 +22,7 @@ set(rank_facade 8)
 set(rank_batch 9)
 set(rank_cli 10)
 set(rank_capi 10)
+set(rank_automation 10)
 
 # Public headers that belong to a layer above the shared types.
 set(public_engine.hpp facade)
