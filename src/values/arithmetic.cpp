@@ -8,14 +8,13 @@
 #include <limits>
 
 #include "values/calendar.hpp"
+#include "values/currency_product.hpp"
 #include "values/numeric.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::vb {
 
 namespace {
-
-__extension__ typedef __int128 Int128;
 
 enum class Kind { Integer, Long, Double, Currency, Date };
 
@@ -172,17 +171,9 @@ Value multiply(const Value& l, const Value& r, const Locale& loc) {
       return wholeResult(a.i * b.i, k);  // |a|,|b| < 2^31: exact in 64 bits
     case Kind::Currency: {
       if (a.kind == Kind::Currency && b.kind == Kind::Currency) {
-        const Int128 p = static_cast<Int128>(a.i) * b.i;
-        Int128 q = p / Currency::kScale;
-        const Int128 rem = p % Currency::kScale;
-        const Int128 half = Currency::kScale / 2;
-        if (rem > half || (rem == half && q % 2 != 0)) ++q;
-        if (rem < -half || (rem == -half && q % 2 != 0)) --q;
-        if (q > std::numeric_limits<std::int64_t>::max() ||
-            q < std::numeric_limits<std::int64_t>::min()) {
-          raise(kOverflow);
-        }
-        return currencyResult(static_cast<std::int64_t>(q));
+        const std::optional<std::int64_t> p = currencyProduct(a.i, b.i);
+        if (!p) raise(kOverflow);
+        return currencyResult(*p);
       }
       const Operand& cy = a.kind == Kind::Currency ? a : b;
       const Operand& other = a.kind == Kind::Currency ? b : a;
