@@ -39,7 +39,12 @@ class PairDecoder {
     const char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
     wchar_t out[4] = {};
     const int n = MultiByteToWideChar(936, MB_ERR_INVALID_CHARS, in, 2, out, 4);
-    return n == 1 ? static_cast<char16_t>(out[0]) : u'\0';
+    if (n != 1) return 0;
+    // Windows maps the code page's user-defined areas into the private use
+    // area, which the C library's converter leaves unmapped: without them
+    // both builds read and write the same codes.
+    if (out[0] >= 0xE000 && out[0] <= 0xF8FF) return 0;
+    return static_cast<char16_t>(out[0]);
   }
 };
 #else
