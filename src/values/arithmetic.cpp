@@ -85,6 +85,18 @@ Value wholeResult(std::int64_t r, Kind kind) {
 
 Value doubleResult(double d) { return Value::dbl(checkedDouble(d)); }
 
+// a ^ b as the Linux build computes it, correctly rounded nearly always. The
+// Windows runtime's double pow is often a unit in the last place off (for
+// whole exponents about every other time); its 80-bit pow, rounded once to
+// a double, agrees with the Linux one.
+double powerOf(double a, double b) {
+#ifdef _WIN32
+  return static_cast<double>(std::pow(static_cast<long double>(a), static_cast<long double>(b)));
+#else
+  return std::pow(a, b);
+#endif
+}
+
 Value dateResult(double d) {
   if (!isValidSerial(d)) raise(kOverflow);
   return Value::date(d);
@@ -201,7 +213,7 @@ Value power(const Value& l, const Value& r, const Locale& loc) {
   const double b = operand(r, loc).asDouble();
   // A negative base needs a whole exponent; zero has no negative powers.
   if ((a < 0 && b != std::trunc(b)) || (a == 0 && b < 0)) raise(kInvalidCall);
-  return doubleResult(std::pow(a, b));
+  return doubleResult(powerOf(a, b));
 }
 
 Value negate(const Value& v, const Locale& loc) {
