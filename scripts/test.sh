@@ -29,5 +29,10 @@ else
 fi
 
 cmake --build "$dir" -j"$jobs"
-cd "$dir"
-ctest --output-on-failure -j"$jobs"
+(cd "$dir" && ctest --output-on-failure -j"$jobs")
+
+# The Windows builds and the automation component's tests under Wine (they
+# install what they need, or say in one line why they are skipped).
+if [ "${KORVEX_SANITIZE:-0}" != "1" ]; then
+  scripts/windows.sh
+fi

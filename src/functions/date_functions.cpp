@@ -16,7 +16,11 @@ constexpr ArgCheck D = ArgCheck::Date;
 std::tm localNow() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
+#ifdef _WIN32
+  localtime_s(&parts, &now);  // the same thread-safe call, arguments swapped
+#else
   localtime_r(&now, &parts);
+#endif
   return parts;
 }
 

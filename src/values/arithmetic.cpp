@@ -8,14 +8,13 @@
 #include <limits>
 
 #include "values/calendar.hpp"
+#include "values/currency_product.hpp"
 #include "values/numeric.hpp"
 #include "values/ops.hpp"
 
 namespace korvex::vb {
 
 namespace {
-
-__extension__ typedef __int128 Int128;
 
 enum class Kind { Integer, Long, Double, Currency, Date };
 
@@ -85,6 +84,18 @@ Value wholeResult(std::int64_t r, Kind kind) {
 }
 
 Value doubleResult(double d) { return Value::dbl(checkedDouble(d)); }
+
+// a ^ b as the Linux build computes it, correctly rounded nearly always. The
+// Windows runtime's double pow is often a unit in the last place off (for
+// whole exponents about every other time); its 80-bit pow, rounded once to
+// a double, agrees with the Linux one.
+double powerOf(double a, double b) {
+#ifdef _WIN32
+  return static_cast<double>(std::pow(static_cast<long double>(a), static_cast<long double>(b)));
+#else
+  return std::pow(a, b);
+#endif
+}
 
 Value dateResult(double d) {
   if (!isValidSerial(d)) raise(kOverflow);
@@ -172,17 +183,9 @@ Value multiply(const Value& l, const Value& r, const Locale& loc) {
       return wholeResult(a.i * b.i, k);  // |a|,|b| < 2^31: exact in 64 bits
     case Kind::Currency: {
       if (a.kind == Kind::Currency && b.kind == Kind::Currency) {
-        const Int128 p = static_cast<Int128>(a.i) * b.i;
-        Int128 q = p / Currency::kScale;
-        const Int128 rem = p % Currency::kScale;
-        const Int128 half = Currency::kScale / 2;
-        if (rem > half || (rem == half && q % 2 != 0)) ++q;
-        if (rem < -half || (rem == -half && q % 2 != 0)) --q;
-        if (q > std::numeric_limits<std::int64_t>::max() ||
-            q < std::numeric_limits<std::int64_t>::min()) {
-          raise(kOverflow);
-        }
-        return currencyResult(static_cast<std::int64_t>(q));
+        const std::optional<std::int64_t> p = currencyProduct(a.i, b.i);
+        if (!p) raise(kOverflow);
+        return currencyResult(*p);
       }
       const Operand& cy = a.kind == Kind::Currency ? a : b;
       const Operand& other = a.kind == Kind::Currency ? b : a;
@@ -210,7 +213,7 @@ Value power(const Value& l, const Value& r, const Locale& loc) {
   const double b = operand(r, loc).asDouble();
   // A negative base needs a whole exponent; zero has no negative powers.
   if ((a < 0 && b != std::trunc(b)) || (a == 0 && b < 0)) raise(kInvalidCall);
-  return doubleResult(std::pow(a, b));
+  return doubleResult(powerOf(a, b));
 }
 
 Value negate(const Value& v, const Locale& loc) {

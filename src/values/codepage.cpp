@@ -1,9 +1,16 @@
 // The ANSI code page, 936 (GBK): Asc/Chr codes and GBK text.
 //
-// The mapping is read once from the C library's converter into two lookup
-// tables, so the per-character questions (is this a double-byte character?)
-// cost an array access.
+// The mapping is read once from the platform's converter (the C library's
+// iconv, or the code page API on Windows) into two lookup tables, so the
+// per-character questions (is this a double-byte character?) cost an array
+// access.
+#ifdef _WIN32
+#define NOMINMAX
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
 #include <iconv.h>
+#endif
 
 #include <array>
 #include <memory>
@@ -22,6 +29,52 @@ struct GbkTables {
   std::array<char16_t, 0x10000> toUnicode{};    // two-byte code -> unit; 0 = none
 };
 
+// One two-byte code through the platform's converter: its UTF-16 unit, or 0
+// when the code is invalid or maps outside the BMP.
+#ifdef _WIN32
+class PairDecoder {
+ public:
+  bool ok() const noexcept { return true; }
+  char16_t operator()(unsigned lead, unsigned trail) const {
+    const char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+    wchar_t out[4] = {};
+    const int n = MultiByteToWideChar(936, MB_ERR_INVALID_CHARS, in, 2, out, 4);
+    if (n != 1) return 0;
+    // Windows maps the code page's user-defined areas into the private use
+    // area, which the C library's converter leaves unmapped: without them
+    // both builds read and write the same codes.
+    if (out[0] >= 0xE000 && out[0] <= 0xF8FF) return 0;
+    return static_cast<char16_t>(out[0]);
+  }
+};
+#else
+class PairDecoder {
+ public:
+  PairDecoder() : cd_(iconv_open("UTF-16LE", "CP936")) {}
+  ~PairDecoder() {
+    if (ok()) iconv_close(cd_);
+  }
+  PairDecoder(const PairDecoder&) = delete;
+  PairDecoder& operator=(const PairDecoder&) = delete;
+  bool ok() const noexcept { return cd_ != reinterpret_cast<iconv_t>(-1); }
+  char16_t operator()(unsigned lead, unsigned trail) const {
+    char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+    unsigned char out[8] = {};
+    char* inp = in;
+    char* outp = reinterpret_cast<char*>(out);
+    std::size_t inLeft = 2;
+    std::size_t outLeft = sizeof out;
+    iconv(cd_, nullptr, nullptr, nullptr, nullptr);  // reset the shift state
+    if (iconv(cd_, &inp, &inLeft, &outp, &outLeft) == static_cast<std::size_t>(-1)) return 0;
+    if (sizeof out - outLeft != 2) return 0;  // outside the BMP: not representable
+    return static_cast<char16_t>(out[0] | (out[1] << 8));
+  }
+
+ private:
+  iconv_t cd_;
+};
+#endif
+
 std::unique_ptr<GbkTables> buildTables() {
   auto t = std::make_unique<GbkTables>();
   for (std::uint16_t c = 1; c < 0x80; ++c) {
@@ -30,27 +83,18 @@ std::unique_ptr<GbkTables> buildTables() {
   }
   t->toCode[kEuro] = kEuroCode;
   t->toUnicode[kEuroCode] = kEuro;
-  iconv_t cd = iconv_open("UTF-16LE", "CP936");
-  if (cd == reinterpret_cast<iconv_t>(-1)) return t;  // ASCII only
+  const PairDecoder decode;
+  if (!decode.ok()) return t;  // ASCII only
   for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
     for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
       if (trail == 0x7F) continue;
-      char in[2] = {static_cast<char>(lead), static_cast<char>(trail)};
-      unsigned char out[8] = {};
-      char* inp = in;
-      char* outp = reinterpret_cast<char*>(out);
-      std::size_t inLeft = 2;
-      std::size_t outLeft = sizeof out;
-      iconv(cd, nullptr, nullptr, nullptr, nullptr);  // reset the shift state
-      if (iconv(cd, &inp, &inLeft, &outp, &outLeft) == static_cast<std::size_t>(-1)) continue;
-      if (sizeof out - outLeft != 2) continue;  // outside the BMP: not representable
-      const auto unit = static_cast<char16_t>(out[0] | (out[1] << 8));
+      const char16_t unit = decode(lead, trail);
+      if (unit == 0) continue;
       const auto code = static_cast<std::uint16_t>((lead << 8) | trail);
       t->toUnicode[code] = unit;
       if (t->toCode[unit] == 0) t->toCode[unit] = code;
     }
   }
-  iconv_close(cd);
   return t;
 }
 

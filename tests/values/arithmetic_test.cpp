@@ -1,5 +1,9 @@
+#include <limits>
+#include <optional>
+
 #include "support.hpp"
 #include "values/calendar.hpp"
+#include "values/currency_product.hpp"
 #include "values/ops.hpp"
 
 namespace korvex {
@@ -189,6 +193,46 @@ TEST(Compare, OperatorsGiveBooleansOrNull) {
 TEST(Compare, ObjectsAndArraysMismatch) {
   EXPECT_EQ(errorOf([] { vb::compareValues(Value::object(nullptr), I(1), zh); }), 13);
   EXPECT_EQ(errorOf([] { vb::compareValues(S(u"a"), Value::array(Array()), zh); }), 13);
+}
+
+// The Currency product's two builds: the 64-bit halves that 32-bit targets
+// use must round and overflow exactly as the 128-bit integer does.
+TEST(CurrencyProduct, PortableMatchesNative) {
+  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+  struct Exact {
+    std::int64_t a, b;
+    std::optional<std::int64_t> product;
+  };
+  // Ties go to the even neighbour; the most negative amount fits, its negation does not.
+  const Exact exact[] = {
+      {15000, 15000, 22500}, {5000, 1, 0},      {15000, 1, 2},       {-15000, 1, -2},
+      {-25000, -1, 2},       {5001, 1, 1},      {kMin, 10000, kMin}, {kMax, 10000, kMax},
+      {kMin, -10000, {}},    {kMax, 10001, {}}, {kMax, kMax, {}},    {kMin, kMin, {}},
+  };
+  for (const auto& product : {vb::currencyProduct, vb::currencyProductPortable}) {
+    for (const Exact& e : exact) {
+      EXPECT_EQ(product(e.a, e.b), e.product) << e.a << " * " << e.b;
+    }
+  }
+#ifdef __SIZEOF_INT128__  // here currencyProduct is the native one
+  const std::int64_t edges[] = {
+      0,          1,           4999,         5000,         5001,         15000,
+      0xFFFFFFFF, 0x100000000, 303700049997, 303700049998, kMax / 10000, kMax - 1,
+      kMax,       kMin + 1,    kMin};
+  for (std::int64_t a : edges) {
+    for (std::int64_t b : edges) {
+      for (std::int64_t sa : {1, -1}) {
+        for (std::int64_t sb : {1, -1}) {
+          const std::int64_t x = a == kMin ? a : a * sa;
+          const std::int64_t y = b == kMin ? b : b * sb;
+          EXPECT_EQ(vb::currencyProductPortable(x, y), vb::currencyProduct(x, y))
+              << x << " * " << y;
+        }
+      }
+    }
+  }
+#endif
 }
 
 }  // namespace
