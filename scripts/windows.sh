@@ -8,7 +8,9 @@ set -eu
 
 cd "$(dirname "$0")/.."
 jobs="${KORVEX_JOBS:-2}"
-packages="g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools wine wine64 wine32:i386"
+# libwine-dev: the system interface definitions (oaidl.idl) the type library
+# is compiled against.
+packages="g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev wine wine64 wine32:i386"
 
 skip() {
   echo "windows: skipped: $1"
