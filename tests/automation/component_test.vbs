@@ -22,8 +22,14 @@
 '@ itemSql4 select [基本工资] as WA_Value from [工资表2005年04月] Where (工号 = '002')
 '@ noBook 没有有效的Excel工作簿对象实例
 
+' The lines of a script (Wine's VBScript has no Join).
 Function Lines(parts)
-  Lines = Join(parts, vbCrLf)
+  Dim p, text
+  For Each p In parts
+    If Not IsEmpty(text) Then text = text & vbCrLf
+    text = text & p
+  Next
+  Lines = text
 End Function
 
 Function NewEngine()
@@ -155,7 +161,7 @@ Sub TestVariants()
   e.Execute
   CheckNumber "the script runs on the host's values", e.ErrNum, 0
   CheckValue "a String and an Integer joined", e.GetVarValue("S"), Array("String", T("chinese") & "-12")
-  CheckValue "a Currency doubled", e.GetVarValue("C"), Array("Currency", CCur(6001))
+  CheckValue "a Currency times a Double", e.GetVarValue("C"), Array("Double", CDbl(6001))
   CheckValue "a Date plus a day", e.GetVarValue("T"), Array("Date", MakeDate(2005, 3, 2, 13, 5, 0))
   CheckValue "NOT of a Boolean", e.GetVarValue("B"), Array("Boolean", False)
   CheckValue "the bounds of the host's array", e.GetVarValue("K"), Array("String", "0,2,1")
@@ -341,7 +347,7 @@ Sub TestWageFunctions()
   CheckNumber "a script with wage functions runs", e.ErrNum, 0
   CheckList "the SQL texts the connection received", conn.Received, _
     Array(T("pieceSql"), T("itemSql3"), T("itemSql4"))
-  CheckValue "the piece-rate total is the answer's", e.GetVarValue("A"), Array("Long", CLng(230))
+  CheckValue "the piece-rate total is the answer's, as a Double", e.GetVarValue("A"), Array("Double", CDbl(230))
   CheckValue "the wage item is the answer's", e.GetVarValue("B"), Array("Currency", CCur(2800))
   CheckValue "a failed wage item query gives the default", e.GetVarValue("C"), Array("Double", CDbl(-1))
 End Sub

@@ -9,19 +9,6 @@
 ' no list there). The runner puts checks.vbs and this file in front of each
 ' test script (Describe and Dimensions come from checks.vbs).
 
-' The ADO field type numbers a record set reports for the declared types.
-Function StandInAdoType(typeName)
-  Select Case typeName
-    Case "Integer": StandInAdoType = 2
-    Case "Long": StandInAdoType = 3
-    Case "Double": StandInAdoType = 5
-    Case "Currency": StandInAdoType = 6
-    Case "Date": StandInAdoType = 7
-    Case "Boolean": StandInAdoType = 11
-    Case Else: StandInAdoType = 202
-  End Select
-End Function
-
 ' A value written to a field becomes the field's declared type, as a
 ' database field converts what it is given; Null stays Null.
 Function StandInCoerce(v, typeName)
@@ -68,10 +55,6 @@ Class StandInField
 
   Public Property Let Value(v)
     owner.WriteCell column, v
-  End Property
-
-  Public Property Get Type()
-    Type = StandInAdoType(DeclaredType)
   End Property
 End Class
 
@@ -230,35 +213,6 @@ Class StandInRecordSet
     State = 0
   End Sub
 
-  ' What a record set created by the engine itself is set up with.
-  Public CursorLocation
-  Public CursorType
-  Public LockType
-
-  ' Opening runs the text on the connection given and takes its rows.
-  Public Sub Open(source, connection, cursor, lock, options)
-    Dim other, names, types, rows, row, i, j
-    Set other = connection.Execute(source)
-    names = Array()
-    ReDim names(other.Fields.Count - 1)
-    types = names
-    For j = 0 To UBound(names)
-      names(j) = other.Fields.Item(j).Name
-      types(j) = other.Fields.Item(j).DeclaredType
-    Next
-    rows = Array()
-    If other.RecordCount > 0 Then ReDim rows(other.RecordCount - 1)
-    For i = 0 To other.RecordCount - 1
-      row = names
-      For j = 0 To UBound(names)
-        row(j) = other.Cell(j)
-      Next
-      rows(i) = row
-      other.MoveNext
-    Next
-    Init names, types, rows
-    State = 1
-  End Sub
 End Class
 
 Function NewRecordSet(names, types, rows)
@@ -311,28 +265,17 @@ Class StandInParent
   Public Connect
 End Class
 
-Class StandInProperty
-  Public Value
-End Class
-
 ' A connection the SQL functions open on their own from the host's
-' connection string: it takes a database name (a "use" line) and sends its
-' statements to the host's connection, whose answers and log it shares.
+' connection string; its statements go to the host's connection, whose
+' answers and log it shares.
 Class StandInOwnConnection
   Public ConnectionString
   Public State
   Public Host
-  Public Catalog
 
   Private Sub Class_Initialize()
     State = 0
-    Set Catalog = New StandInProperty
   End Sub
-
-  Public Property Get Properties(key)
-    If key <> "Initial Catalog" Then Err.Raise StandInNoSuchItem, "StandInOwnConnection", "no property " & key
-    Set Properties = Catalog
-  End Property
 
   Public Sub Open()
     If ConnectionString <> Host.ConnectionString Then
@@ -350,8 +293,8 @@ Class StandInOwnConnection
   End Function
 End Class
 
-' Creates the connections and record sets the SQL functions make on their
-' own; Created lists the class names asked for.
+' Creates the connections the SQL functions make on their own; Created
+' lists the class names asked for.
 Class StandInObjectFactory
   Public Host
   Public Created
@@ -367,9 +310,6 @@ Class StandInObjectFactory
       Case "Connection"
         Set made = New StandInOwnConnection
         Set made.Host = Host
-      Case "Recordset"
-        Set made = New StandInRecordSet
-        made.State = 0
       Case Else
         Err.Raise 429, "StandInObjectFactory", "cannot create " & className
     End Select
