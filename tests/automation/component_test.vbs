@@ -275,6 +275,7 @@ Sub TestRecord()
   ok = e.ChangeField(T("base"), 10)
   Check "ChangeField", ok, "False"
   CheckFields "ChangeField writes the field of the current row", rs.Written, Array(T("base"), Array("Currency", CCur(10)))
+  CheckNumber "ChangeField edits the record", rs.EditCount, 1
   CheckNumber "ChangeField updates the record", rs.UpdateCount, 1
 
   e.CodeBlock = Lines(Array("MoveFirst", T("base") & " = " & T("base") & " + 1", "Code = ""x"""))

@@ -230,7 +230,6 @@ Class StandInConnection
   Public Received
   Public Unexpected
   Public ConnectionString
-  Public State
   Private answers
 
   Private Sub Class_Initialize()
@@ -238,7 +237,6 @@ Class StandInConnection
     Set Unexpected = CreateObject("Scripting.Dictionary")
     Set answers = CreateObject("Scripting.Dictionary")
     ConnectionString = "Provider=KorvexStandIn;Data Source=prepared answers"
-    State = 1
   End Sub
 
   Public Sub Answer(sql, names, types, rows)
@@ -255,10 +253,6 @@ Class StandInConnection
     a = answers(sql)
     Set Execute = NewRecordSet(a(0), a(1), a(2))
   End Function
-
-  Public Sub Close()
-    State = 0
-  End Sub
 End Class
 
 Class StandInParent
