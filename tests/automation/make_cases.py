@@ -293,11 +293,11 @@ def make_case(name, folder, texts, number):
         out.append('  CheckNumber "%s%s", e.%s, %d' % (p, key, member, expected[key]))
     out.append('  CheckEqual "%serrMsg", e.ErrMsg, %s' % (p, texts.vb(expected["errMsg"])))
     for var, v in expected["variables"].items():
-        shown = var if all(ord(c) < 0x7F for c in var) else "#" + texts.key(var)
-        out.append('  Check "%svariable %s defined", e.IsVarDefined(%s), "IsVarDefined is False"'
-                   % (p, shown, texts.vb(var)))
-        out.append('  CheckValue "%svariable %s", e.GetVarValue(%s), %s'
-                   % (p, shown, texts.vb(var), expected_value(texts, v)))
+        name = texts.vb(var)
+        out.append('  Check "%svariable " & %s & " defined", e.IsVarDefined(%s), "IsVarDefined is False"'
+                   % (p, name, name))
+        out.append('  CheckValue "%svariable " & %s, e.GetVarValue(%s), %s'
+                   % (p, name, name, expected_value(texts, v)))
     out.append('  CheckList "%smessages", ui.Messages, Array(%s)'
                % (p, ", ".join(texts.vb(m) for m in expected["messages"])))
     if "fields" in expected:
