@@ -50,7 +50,17 @@ class DispatchObject final : public HostObject {
   IDispatch* dispatch() const noexcept { return disp_.get(); }
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override {
-    return invokeNamed(name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, args, nullptr);
+    DispatchResult r = invokeNamed(name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, args, nullptr);
+    if (r.ok() || args.empty()) return r;
+    // A property without parameters that is given arguments is read whole
+    // and its value's default member takes them, as automation clients do:
+    // Fields(0) is Fields.Item(0) even for an object whose Fields refuses
+    // an argument. The first failure stands when that fails too.
+    const DispatchResult whole =
+        invokeNamed(name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, nullptr);
+    if (!whole.ok() || !whole.value.isObject() || !whole.value.objectValue()) return r;
+    DispatchResult item = whole.value.objectValue()->getDefault(args);
+    return item.ok() ? item : r;
   }
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
                              const Value& value) override {
