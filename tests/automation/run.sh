@@ -1,167 +1,77 @@
 #!/bin/bash
-# Tests the automation component under Wine:
-#
-#     tests/automation/run.sh DLL x64|x86
-#
-# In a fresh Wine prefix (removed afterwards) it registers DLL with regsvr32,
-# checks the registration, runs the shared script cases (made from
-# tests/scripts by make_cases.py) and component_test.vbs with cscript, then
-# unregisters the DLL and checks that the class is gone. Prints a summary and
-# exits non-zero on any failure. KORVEX_TEST_VERBOSE=1 prints every check,
-# not only the failures.
+# tests/automation/run.sh DLL x64|x86: in a fresh Wine prefix, registers DLL,
+# runs the shared script cases and component_test.vbs with cscript,
+# unregisters DLL and checks that the class is gone. KORVEX_TEST_VERBOSE=1
+# prints every check.
 set -u
-
-usage() {
-  echo "usage: $0 DLL x64|x86" >&2
-  exit 2
-}
-[ $# -eq 2 ] || usage
-dll=$(realpath -e "$1" 2>/dev/null) || { echo "$0: no DLL at $1" >&2; exit 2; }
-arch=$2
-here=$(cd "$(dirname "$0")" && pwd)
-scripts=$here/../scripts
-
-case $arch in
+case ${2:-} in
   x64) export WINEARCH=win64; wine=/usr/lib/wine/wine64 ;;
-  x86) export WINEARCH=win32; wine=$(command -v wine || true) ;;
-  *) usage ;;
+  x86) export WINEARCH=win32; wine=wine ;;
+  *) echo "usage: $0 DLL x64|x86" >&2; exit 2 ;;
 esac
-for tool in "$wine" python3 iconv timeout; do
-  command -v "$tool" >/dev/null || { echo "$0: $tool is missing" >&2; exit 2; }
-done
-wineserver=/usr/lib/wine/wineserver
-[ -x "$wineserver" ] || wineserver=$(command -v wineserver || echo true)
-
-work=$(mktemp -d "${TMPDIR:-/tmp}/korvex-automation-$arch.XXXXXX")
+dll=$(realpath -e "$1") || exit 2
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d "${TMPDIR:-/tmp}/korvex-automation-$2.XXXXXX")
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-cleanup() {
-  "$wineserver" -k >/dev/null 2>&1
-  "$wineserver" -w >/dev/null 2>&1
-  rm -rf "$work"
-}
-trap cleanup EXIT
+wineserver=/usr/lib/wine/wineserver
+[ -x $wineserver ] || wineserver=wineserver
+trap '$wineserver -k >/dev/null 2>&1; $wineserver -w >/dev/null 2>&1; rm -rf "$work"' EXIT
+failures=0
+fail() { echo "FAIL $*"; failures=$((failures + 1)); }
+win() { timeout "$@" >"$work/out" 2>&1; }
+clsid_of() { timeout 60 $wine reg query "HKCR\\$1\\CLSID" /ve 2>/dev/null | grep -o '{[0-9A-Fa-f-]*}'; }
 
-failures=()
-fail() {
-  echo "FAIL $*"
-  failures+=("$*")
-}
-
-# Runs a Windows program of the prefix, bounded in time.
-win() {
-  local limit=$1
-  shift
-  timeout "$limit" "$wine" "$@"
-}
-
-crlf() { sed 's/\r*$/\r/'; }
-
-echo "== $arch: $(basename "$dll") in a fresh prefix"
-if ! win 300 wineboot -i >"$work/wineboot.out" 2>&1; then
-  cat "$work/wineboot.out"
-  echo "FAIL the Wine prefix could not be made"
-  exit 1
-fi
+echo "== $2: $(basename "$dll") in a fresh prefix"
+win 300 $wine wineboot -i || { cat "$work/out"; fail "the Wine prefix could not be made"; exit 1; }
 tests=$WINEPREFIX/drive_c/korvex-tests
-mkdir -p "$tests"
-cp "$dll" "$tests/korvex-automation.dll"
-windll='C:\korvex-tests\korvex-automation.dll'
-
-# ---- registration ----------------------------------------------------------
-if win 120 regsvr32 /s "$windll" >"$work/regsvr32.out" 2>&1; then
-  echo "ok   regsvr32"
-else
-  fail "regsvr32 $windll (exit $?): $(cat "$work/regsvr32.out")"
-fi
-
-# The CLSID a ProgID names in the registry, or nothing.
-clsid_of() {
-  win 60 reg query "HKCR\\$1\\CLSID" /ve 2>/dev/null | tr -d '\r' | grep -o '{[0-9A-Fa-f-]*}' | head -1
-}
+mkdir -p "$tests" && cp "$dll" "$tests/korvex-automation.dll"
+win 120 $wine regsvr32 /s 'C:\korvex-tests\korvex-automation.dll' || fail "regsvr32: $(cat "$work/out")"
 clsid=$(clsid_of Morlan.BasicEngine)
-versioned=$(clsid_of Morlan.BasicEngine.1)
-if [ -z "$clsid" ]; then
-  fail "Morlan.BasicEngine has no CLSID in the registry"
-elif [ "$versioned" != "$clsid" ]; then
-  fail "Morlan.BasicEngine.1 names ${versioned:-no CLSID}, Morlan.BasicEngine $clsid"
+threading=$(timeout 60 $wine reg query "HKCR\\CLSID\\$clsid\\InprocServer32" /v ThreadingModel 2>/dev/null |
+  tr -d '\r' | awk '/ThreadingModel/ {print $NF}')
+if [ -n "$clsid" ] && [ "$(clsid_of Morlan.BasicEngine.1)" = "$clsid" ] && [ "$threading" = Apartment ]; then
+  echo "ok   both ProgIDs name $clsid, apartment-threaded"
 else
-  threading=$(win 60 reg query "HKCR\\CLSID\\$clsid\\InprocServer32" /v ThreadingModel 2>/dev/null |
-    tr -d '\r' | awk '/ThreadingModel/ {print $NF}')
-  if [ "$threading" = Apartment ]; then
-    echo "ok   both ProgIDs name $clsid, apartment-threaded"
-  else
-    fail "ThreadingModel of $clsid is '${threading}', expected Apartment"
-  fi
+  fail "Morlan.BasicEngine names '$clsid', .1 '$(clsid_of Morlan.BasicEngine.1)', threading '$threading'"
 fi
 
-# ---- the test scripts ------------------------------------------------------
-# Each runs as checks.vbs + stand_ins.vbs + its own text (Wine's VBScript
-# cannot include files), with its texts in NAME.strings, and reports to
-# NAME.log. cscript exits 0 even when the script broke off with an error, so
-# the report's last line must be the success line as well.
+# Runs NAME.vbs. cscript exits 0 even when the script broke
+# off with an error, so its report must also end in its success line.
 run_vbs() { # NAME LABEL
-  local name=$1 label=$2 status log
-  win 600 cscript.exe //nologo "C:\\korvex-tests\\$name.vbs" >"$work/$name.out" 2>&1
-  status=$?
-  log=$work/$name.log.txt
-  if [ -f "$tests/$name.log" ]; then
-    iconv -f UTF-16 -t UTF-8 "$tests/$name.log" | tr -d '\r' >"$log"
+  win 600 $wine cscript.exe //nologo "C:\\korvex-tests\\$1.vbs"
+  local status=$? log
+  log=$(iconv -f UTF-16 -t UTF-8 "$tests/$1.log" 2>/dev/null | tr -d '\r')
+  if [ "${KORVEX_TEST_VERBOSE:-0}" = 1 ]; then echo "$log"; else echo "$log" | grep -v -e '^PASS ' -e '^case '; fi
+  sed 's/^/  cscript: /' "$work/out"
+  if [ $status -eq 0 ] && echo "$log" | tail -n 1 | grep -Eq "^$2: [0-9]+ passed\$"; then
+    echo "ok   $(echo "$log" | tail -n 1)"
   else
-    : >"$log"
-  fi
-  if [ "${KORVEX_TEST_VERBOSE:-0}" = 1 ]; then
-    cat "$log"
-  else
-    grep -v '^PASS ' "$log" | grep -v '^case '
-  fi
-  [ -s "$work/$name.out" ] && sed 's/^/  cscript: /' "$work/$name.out" | tr -d '\r'
-  if [ $status -ne 0 ]; then
-    fail "$label: cscript exit status $status"
-  elif ! tail -n 1 "$log" | grep -Eq "^$label: [0-9]+ passed\$"; then
-    fail "$label: the script stopped before its end (last report line: $(tail -n 1 "$log"))"
-  else
-    echo "ok   $(tail -n 1 "$log")"
+    fail "$2: cscript exit status $status, last report line: $(echo "$log" | tail -n 1)"
   fi
 }
-
-if ! python3 "$here/make_cases.py" "$scripts" "$work/cases" >"$work/make_cases.out"; then
-  cat "$work/make_cases.out"
-  fail "make_cases.py could not make the shared cases"
-else
-  sed 's/^/  /' "$work/make_cases.out"
-  cat "$here/checks.vbs" "$here/stand_ins.vbs" "$work/cases.vbs" | crlf >"$tests/cases.vbs"
-  cp "$work/cases.strings" "$tests/cases.strings"
+if python3 "$here/make_cases.py" "$here/../scripts" "$work/cases" >"$work/cases.out"; then
+  cp "$work/cases.strings" "$tests/"
+  cat "$here/checks.vbs" "$here/stand_ins.vbs" "$work/cases.vbs" | sed 's/\r*$/\r/' >"$tests/cases.vbs"
   run_vbs cases "shared cases"
+else
+  fail "make_cases.py could not make the shared cases"
 fi
-
-# component_test.vbs keeps its non-ASCII texts in lines "'@ KEY TEXT".
-cat "$here/checks.vbs" "$here/stand_ins.vbs" "$here/component_test.vbs" | grep -v "^'@ " |
-  crlf >"$tests/component.vbs"
-{
-  printf '\xff\xfe'
-  sed -n "s/^'@ \([^ ]*\) \(.*\)\$/\1\t\2/p" "$here/component_test.vbs" | crlf | iconv -f UTF-8 -t UTF-16LE
-} >"$tests/component.strings"
+sed 's/^/  /' "$work/cases.out"
+# component_test.vbs keeps its non-ASCII texts in lines "'@ KEY=TEXT|KEY=TEXT".
+sed -n "s/^'@ //p" "$here/component_test.vbs" | tr '|' '\n' | sed 's/=/\t/; s/$/\r/' |
+  { printf '\xff\xfe'; iconv -f UTF-8 -t UTF-16LE; } >"$tests/component.strings"
+grep -hv "^'@ " "$here/checks.vbs" "$here/stand_ins.vbs" "$here/component_test.vbs" | sed 's/\r*$/\r/' >"$tests/component.vbs"
 run_vbs component "component tests"
 
-# ---- unregistration --------------------------------------------------------
-if win 120 regsvr32 /s /u "$windll" >"$work/unregister.out" 2>&1; then
-  echo "ok   regsvr32 /u"
-else
-  fail "regsvr32 /u (exit $?): $(cat "$work/unregister.out")"
-fi
+win 120 $wine regsvr32 /s /u 'C:\korvex-tests\korvex-automation.dll' || fail "regsvr32 /u: $(cat "$work/out")"
 printf 'On Error Resume Next\r\nSet o = CreateObject("Morlan.BasicEngine")\r\nIf Err.Number = 0 Then WScript.Quit 3\r\nWScript.Quit 7\r\n' >"$tests/gone.vbs"
-win 120 cscript.exe //nologo 'C:\korvex-tests\gone.vbs' >/dev/null 2>&1
+timeout 120 $wine cscript.exe //nologo 'C:\korvex-tests\gone.vbs' >/dev/null 2>&1
 gone=$?
-left=$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)
-if [ $gone -ne 7 ]; then
-  fail "CreateObject(\"Morlan.BasicEngine\") after regsvr32 /u: exit $gone (3 = still created)"
-elif [ -n "$left" ]; then
-  fail "the ProgIDs are still registered after regsvr32 /u"
-elif [ -n "${clsid:-}" ] && win 60 reg query "HKCR\\CLSID\\$clsid" >/dev/null 2>&1; then
-  fail "HKCR\\CLSID\\$clsid is still registered after regsvr32 /u"
-else
+if [ $gone -eq 7 ] && [ -z "$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)" ] &&
+  ! timeout 60 $wine reg query "HKCR\\CLSID\\${clsid:-none}" >/dev/null 2>&1; then
   echo "ok   unregistered: the class can no longer be created"
+else
+  fail "still registered after regsvr32 /u (cscript exit $gone, 3 when created)"
 fi
-
-echo "== $arch: ${#failures[@]} failure(s)"
-[ ${#failures[@]} -eq 0 ]
+echo "== $2: $failures failure(s)"
+[ $failures -eq 0 ]
