@@ -1,24 +1,20 @@
 ' The report, the texts and the comparison of values the test scripts share.
-' The report goes to a UTF-16 NAME.log, which run.sh prints: Wine's console
-' drops Chinese. Texts with Chinese come from NAME.strings ("key<TAB>text"
-' lines in UTF-16): Wine's VBScript reads a script in the ANSI code page and
-' has no ChrW.
+' The report is a UTF-16 NAME.log, since Wine's console drops Chinese; texts
+' with Chinese come from NAME.strings ("key<TAB>text" lines in UTF-16), since
+' Wine's VBScript reads a script in the ANSI code page and has no ChrW.
 Dim checkLog, checkTexts, checksPassed, checksFailed
 
 Sub OpenChecks()
-  Dim fso, base, f, line, tab
+  Dim fso, base, f, line
   Set fso = CreateObject("Scripting.FileSystemObject")
   base = Left(WScript.ScriptFullName, Len(WScript.ScriptFullName) - 4)
   Set checkLog = fso.CreateTextFile(base & ".log", True, True)
   Set checkTexts = CreateObject("Scripting.Dictionary")
-  If fso.FileExists(base & ".strings") Then
-    Set f = fso.OpenTextFile(base & ".strings", 1, False, -1)
-    Do While Not f.AtEndOfStream
-      line = f.ReadLine
-      tab = InStr(line, Chr(9))
-      If tab > 0 Then checkTexts(Left(line, tab - 1)) = Mid(line, tab + 1)
-    Loop
-  End If
+  Set f = fso.OpenTextFile(base & ".strings", 1, True, -1)
+  Do While Not f.AtEndOfStream
+    line = f.ReadLine
+    If InStr(line, Chr(9)) > 0 Then checkTexts(Left(line, InStr(line, Chr(9)) - 1)) = Mid(line, InStr(line, Chr(9)) + 1)
+  Loop
   checksPassed = 0
   checksFailed = 0
 End Sub
@@ -28,21 +24,13 @@ Function T(key)
   T = checkTexts(CStr(key))
 End Function
 
-Sub Say(text)
-  checkLog.WriteLine text
-End Sub
+Sub Say(text): checkLog.WriteLine text: End Sub
 
 Sub Check(what, ok, detail)
-  If ok Then
-    checksPassed = checksPassed + 1
-    Say "PASS " & what
-  Else
-    checksFailed = checksFailed + 1
-    Say "FAIL " & what & ": " & detail
-  End If
+  If ok Then checksPassed = checksPassed + 1: Say "PASS " & what Else checksFailed = checksFailed + 1: Say "FAIL " & what & ": " & detail
 End Sub
 
-' After a test run under On Error Resume Next: whatever it raised fails it.
+' After a test run under On Error Resume Next: whatever broke it off fails it.
 Sub CheckNoError(what)
   If Err.Number <> 0 Then Check what, False, "raised " & Err.Number & " " & Err.Description
   Err.Clear
@@ -50,9 +38,7 @@ End Sub
 
 ' run.sh takes "LABEL: N passed" alone on the last line as success.
 Sub FinishChecks(label)
-  Dim failed
-  If checksFailed > 0 Then failed = ", " & checksFailed & " FAILED"
-  Say label & ": " & checksPassed & " passed" & failed
+  If checksFailed > 0 Then Say label & ": " & checksPassed & " passed, " & checksFailed & " FAILED" Else Say label & ": " & checksPassed & " passed"
   checkLog.Close
   WScript.Quit checksFailed
 End Sub
@@ -69,26 +55,20 @@ Function Dimensions(a)
 End Function
 
 Function Describe(v)
-  Dim i, j, s
+  Dim x, d
   If IsArray(v) Then
-    s = "Array from " & LBound(v) & " ["
-    For i = LBound(v) To UBound(v)
-      If Dimensions(v) = 1 Then
-        s = s & Describe(v(i)) & "; "
-      Else
-        For j = LBound(v, 2) To UBound(v, 2)
-          s = s & Describe(v(i, j)) & ", "
-        Next
-        s = s & "; "
-      End If
+    For d = 1 To Dimensions(v)
+      Describe = Describe & ", " & LBound(v, d) & " to " & UBound(v, d)
     Next
-    Describe = s & "]"
+    Describe = "Array(" & Mid(Describe, 3) & ") ["
+    For Each x In v
+      Describe = Describe & Describe(x) & "; "
+    Next
+    Describe = Describe & "]"
   ElseIf IsObject(v) Or IsNull(v) Or IsEmpty(v) Then
     Describe = TypeName(v)
   ElseIf VarType(v) = vbString Then
     Describe = "String """ & v & """"
-  ElseIf VarType(v) = vbDate Then
-    Describe = "Date " & Year(v) & "-" & Month(v) & "-" & Day(v) & " " & Hour(v) & ":" & Minute(v) & ":" & Second(v)
   Else
     Describe = TypeName(v) & " " & v
   End If
@@ -97,27 +77,27 @@ End Function
 ' A date from its parts, also before 1899-12-30, where the time of day
 ' counts away from zero.
 Function MakeDate(y, m, d, h, mi, s)
-  Dim day, time
-  day = CDbl(DateSerial(y, m, d))
-  time = CDbl(TimeSerial(h, mi, s))
-  If day < 0 Then time = -time
-  MakeDate = CDate(day + time)
+  MakeDate = CDbl(TimeSerial(h, mi, s))
+  If DateSerial(y, m, d) < 0 Then MakeDate = -MakeDate
+  MakeDate = CDate(CDbl(DateSerial(y, m, d)) + MakeDate)
 End Function
 
 ' "" when actual has the expected value's type and value. Nothing stands for
 ' any object; an expected array is Array(lower bounds, elements nested per
 ' dimension).
 Function Differ(actual, expected)
-  Differ = ""
+  Dim same
   If IsArray(expected) Then
     Differ = ArrayDiffer(actual, expected(0), expected(1))
-  ElseIf VarType(actual) <> VarType(expected) Then
-    Differ = "got " & Describe(actual) & ", expected " & Describe(expected)
-  ElseIf VarType(actual) = vbDate Then
-    If Abs(CDbl(actual) - CDbl(expected)) > 0.5 / 86400 Then Differ = "got " & Describe(actual) & ", expected " & Describe(expected)
-  ElseIf Not (IsObject(actual) Or IsNull(actual) Or IsEmpty(actual)) Then
-    If actual <> expected Then Differ = "got " & Describe(actual) & ", expected " & Describe(expected)
+    Exit Function
   End If
+  same = VarType(actual) = VarType(expected)
+  If same And VarType(actual) = vbDate Then
+    same = Abs(CDbl(actual) - CDbl(expected)) <= 0.5 / 86400
+  ElseIf same And Not (IsObject(actual) Or IsNull(actual) Or IsEmpty(actual)) Then
+    same = actual = expected
+  End If
+  If Not same Then Differ = "got " & Describe(actual) & ", expected " & Describe(expected)
 End Function
 
 Function ArrayDiffer(a, lbs, rows)
@@ -143,16 +123,10 @@ Function ArrayDiffer(a, lbs, rows)
   Next
 End Function
 
-Sub Expect(what, actual, expected)
-  Dim diff
-  diff = Differ(actual, expected)
-  Check what, diff = "", diff
-End Sub
+Sub Expect(what, actual, expected): Check what, Differ(actual, expected) = "", Differ(actual, expected): End Sub
 
 ' An expected 0-based list.
-Function List(items)
-  List = Array(Array(0), items)
-End Function
+Function List(items): List = Array(Array(0), items): End Function
 
 ' A Dictionary's keys and items in turn.
 Function Pairs(d)
@@ -167,8 +141,5 @@ End Function
 
 ' A counter, whichever integer type it comes as.
 Sub Num(what, actual, expected)
-  Dim ok
-  ok = False
-  If VarType(actual) = vbInteger Or VarType(actual) = vbLong Then ok = (actual = expected)
-  Check what, ok, "got " & Describe(actual) & ", expected " & expected
+  If VarType(actual) = vbInteger Or VarType(actual) = vbLong Then Check what, actual = expected, actual & ", expected " & expected Else Check what, False, "got " & Describe(actual)
 End Sub

@@ -8,8 +8,9 @@
 
 Function NewEngine(): Set NewEngine = CreateObject("Morlan.BasicEngine"): End Function
 
-' Runs the script lines on engine e (Wine's VBScript has no Join).
-Sub Run(e, parts)
+' Runs the script lines on engine e (Wine's VBScript has no Join); errors
+' is its expected ErrNum, Empty to check none.
+Sub Run(e, parts, errors)
   Dim p, text
   For Each p In parts
     If Not IsEmpty(text) Then text = text & vbCrLf
@@ -17,7 +18,7 @@ Sub Run(e, parts)
   Next
   e.CodeBlock = text
   e.Execute
-  Num "ErrNum of " & parts(UBound(parts)), e.ErrNum, 0
+  If IsEmpty(errors) Then Num "ErrNum running " & parts(0), e.ErrNum, 0
 End Sub
 
 ' pairs: a variable's name, its expected value, the next name, ...
@@ -27,6 +28,17 @@ Sub Vars(e, pairs)
     Expect "variable " & pairs(i), e.GetVarValue(pairs(i)), pairs(i + 1)
   Next
 End Sub
+
+' A two-dimensional array of values given row by row.
+Function Table(columns, values)
+  Dim g, i
+  g = Array(0)
+  ReDim g((UBound(values) + 1) \ columns - 1, columns - 1)
+  For i = 0 To UBound(values)
+    g(i \ columns, i Mod columns) = values(i)
+  Next
+  Table = g
+End Function
 
 ' Three employees of March, as the payroll tables hold them.
 Function PayrollRecord()
@@ -41,10 +53,9 @@ Sub TestCreation()
   Expect "a new engine's ErrNum, ErrMsg, IfCount, StmtFlagCount", _
     Array(e.ErrNum, e.ErrMsg, e.IfCount, e.StmtFlagCount), List(Array(CLng(0), "", 0, 0))
   e.Language = 2052
-  Expect "Language keeps what the host set", e.Language, CLng(2052)
-  Run e, Array("DIM a")
-  Expect "CurrentLineNum and CodeBlock after a run (with the line break it added)", _
-    Array(e.CurrentLineNum, e.CodeBlock), List(Array(2, "DIM a" & vbCrLf))
+  Run e, Array("DIM a"), Empty
+  Expect "Language as set; CurrentLineNum and CodeBlock (with the line break the run added) after a run", _
+    Array(e.Language, e.CurrentLineNum, e.CodeBlock), List(Array(CLng(2052), 2, "DIM a" & vbCrLf))
 End Sub
 
 Class BrokenParent
@@ -78,56 +89,40 @@ Sub TestExecuteNeverRaises()
   Next
 
   ' A stale error fails the next run at once; cleared by the host, it does not.
-  Set e = NewEngine()
-  e.CodeBlock = "x = (1 +"
-  e.Execute
-  e.CodeBlock = "DIM a" & vbCrLf & "a = 1"
-  e.Execute
+  Run e, Array("x = (1 +"), 1
+  Run e, Array("DIM a", "a = 1"), 1
   Expect "a stale error ends the next run on its first line", Array(e.ErrNum, e.CurrentLineNum), List(Array(CLng(-2147220004), 1))
   e.ErrNum = 0
   e.ErrMsg = ""
-  Run e, Array("DIM a", "a = 1")
+  Run e, Array("DIM a", "a = 1"), Empty
   Vars e, Array("A", CDbl(1))
 End Sub
 
 ' Values set by the host come back with their type; the script sees them.
 Sub TestVariants()
-  Dim e, d, grid, values, names, i, v, name, got
+  Dim e, d, grid, values, i, v, name, got
   Set e = NewEngine()
   Set d = CreateObject("Scripting.Dictionary")
   d.Add "k", 42
-  grid = Array(0)
-  ReDim grid(2, 1)
-  grid(0, 0) = CInt(1)
-  grid(0, 1) = T("chinese")
-  grid(1, 0) = CCur(2.5)
-  grid(1, 1) = Null
-  grid(2, 0) = MakeDate(2005, 3, 1, 0, 0, 0)
-  grid(2, 1) = True
-  names = Array("A_INT", "A_LNG", "A_DBL", "A_CUR", "A_DATE", "A_STR", "A_BOOL", "A_NULL", "A_EMPTY", "A_OBJ", "GRID")
-  values = Array(CInt(-12), CLng(70000), CDbl(2.5), CCur(3000.5), MakeDate(2005, 3, 1, 13, 5, 0), _
-    T("chinese"), True, Null, Empty, d, Array(Array(0, 0), Array(Array(CInt(1), T("chinese")), _
-      Array(CCur(2.5), Null), Array(grid(2, 0), True))))
+  grid = Table(2, Array(CInt(1), T("chinese"), CCur(2.5), Null, MakeDate(2005, 3, 1, 0, 0, 0), True))
+  values = Array("A_INT", CInt(-12), "A_LNG", CLng(70000), "A_DBL", CDbl(2.5), "A_CUR", CCur(3000.5), _
+    "A_DATE", MakeDate(2005, 3, 1, 13, 5, 0), "A_STR", T("chinese"), "A_BOOL", True, "A_NULL", Null, "A_EMPTY", Empty, _
+    "GRID", Array(Array(0, 0), Array(Array(CInt(1), T("chinese")), Array(CCur(2.5), Null), Array(grid(2, 0), True))))
   ' Names and values go in as variables (by reference), as hosts pass them.
-  For i = 0 To UBound(names)
-    name = names(i)
-    If IsObject(values(i)) Then Set v = values(i) Else v = values(i)
+  For i = 0 To UBound(values) Step 2
+    name = values(i)
+    v = values(i + 1)
     If name = "GRID" Then v = grid
     e.SetSysVar name, v
   Next
-  For i = 0 To UBound(names) - 1
-    name = names(i)
-    If IsObject(values(i)) Then
-      Set got = e.GetVarValue(name)
-      Check "GetVarValue(" & name & ") is the host's object, which works", got Is d And got.Item("k") = 42, Describe(got)
-    Else
-      Vars e, Array(name, values(i))
-    End If
-  Next
-  Vars e, Array("GRID", values(10))
+  Vars e, values
+  name = "A_OBJ"
+  e.SetSysVar name, d
+  Set got = e.GetVarValue(name)
+  Check "GetVarValue(A_OBJ) is the host's object, which works", got Is d And got.Item("k") = 42, Describe(got)
 
   Run e, Array("DIM s, c, t, b, k", "s = A_STR & A_INT", "c = A_CUR * 2", "t = A_DATE + 1", "b = NOT A_BOOL", _
-    "k = LBound(GRID, 2) & "","" & UBound(GRID) & "","" & UBound(GRID, 2)")
+    "k = LBound(GRID, 2) & "","" & UBound(GRID) & "","" & UBound(GRID, 2)"), Empty
   Vars e, Array("S", T("chinese") & "-12", "C", CDbl(6001), "T", MakeDate(2005, 3, 2, 13, 5, 0), "B", False, "K", "0,2,1")
 
   v = CLng(5)
@@ -143,10 +138,9 @@ Sub TestLines()
   Set e = NewEngine()
   e.CodeBlock = "DIM a" & vbCrLf & "a = 1" & vbLf & vbCr & "IF a = 1 THEN" & vbCr & "END IF"
   e.Execute
-  Expect "a run over LF CR: ErrNum, LineCount (with the empty line between) and GetLineCode(2, 3, 5)", _
-    Array(e.ErrNum, e.LineCount, e.GetLineCode(2), e.GetLineCode(3), e.GetLineCode(5)), _
-    List(Array(CLng(0), e.LineCount, "a = 1", "", "END IF"))
-  Num "LineCount", e.LineCount, 5
+  Num "LineCount over LF CR counts the empty line between", e.LineCount, 5
+  Expect "ErrNum and GetLineCode(2, 3, 5) of that run", Array(e.ErrNum, e.GetLineCode(2), e.GetLineCode(3), e.GetLineCode(5)), _
+    List(Array(CLng(0), "a = 1", "", "END IF"))
   kinds = Array("DIM x", 101, "x=1", 102, "  if a then", 103, "Else", 104, "End If", 105, _
     "Do While a", 106, "do until a", 107, "Exit Do", 108, "Loop", 109, "End Do", 110, _
     "Exit For", 112, "' note", 114, "Rem x", 114, "MoveFirst", 115, T("moveNext"), 116, _
@@ -177,20 +171,18 @@ Sub TestStatementFlags()
 
   ' A run that fails inside a block leaves the block open for the host to see.
   Set e = NewEngine()
-  e.CodeBlock = "DIM i" & vbCrLf & "IF 1 = 1 THEN" & vbCrLf & "i = (" & vbCrLf & "END IF"
-  e.Execute
+  Run e, Array("DIM i", "IF 1 = 1 THEN", "i = (", "END IF"), 1
   Num "a run failing inside IF stops on its line", e.CurrentLineNum, 3
   Counters "the IF left open", e, Array(1, 0, 0, 1)
 
-  ' The counters are the host's to set; END clears the IF and DO counters
-  ' and the stack, not the FOR counter.
+  ' The counters are the host's to set; END clears all but the FOR counter.
   Set e = NewEngine()
   e.IfCount = 2
   e.ForCount = 1
   e.DoCount = 3
   e.PushStmtFlag Array("If", 1, True)
   Counters "the counters as the host set them", e, Array(2, 1, 3, 1)
-  Run e, Array("END")
+  Run e, Array("END"), Empty
   Counters "the counters after END", e, Array(0, 1, 0, 0)
 End Sub
 
@@ -206,7 +198,7 @@ Sub TestRecord()
     List(Array(T("zhang"), CCur(3000.5)))
 
   Run e, Array("DIM s, n", "s = 0", "n = """"", "DO WHILE NOT EOF", "s = s + " & T("base"), _
-    "n = n & " & T("jobNo") & " & "" """, "MoveNext", "LOOP")
+    "n = n & " & T("jobNo") & " & "" """, "MoveNext", "LOOP"), Empty
   Vars e, Array("S", CCur(5900.5), "N", "001 0012 002 ")
   Check "the record set and the engine are at its end", rs.EOF And e.EOF, "EOF is False"
   Check "MoveFirst moves the host's record set to row 1", e.MoveFirst And rs.AbsolutePosition = 1 And Not e.BOF, rs.AbsolutePosition
@@ -216,7 +208,7 @@ Sub TestRecord()
   Check "ChangeField", e.ChangeField(T("base"), 10), "False"
   Expect "ChangeField edits and updates the field of the current row", Array(Pairs(rs.Written), rs.Calls), _
     List(Array(List(Array(T("base"), CCur(10))), "Edit Update "))
-  Run e, Array("MoveFirst", T("base") & " = " & T("base") & " + 1", "Code = ""x""")
+  Run e, Array("MoveFirst", T("base") & " = " & T("base") & " + 1", "Code = ""x"""), Empty
   Expect "the script's assignments reach the record set, each updated", Array(Pairs(rs.Written), rs.Calls), _
     List(Array(List(Array(T("base"), CCur(3001.5), "Code", "x")), "Edit Update Edit Update Edit Update "))
 
@@ -235,22 +227,18 @@ Sub TestCells()
   book.SheetNames = Array("Sheet1", T("sheet2"))
   Set e.ExcelBook = book
   Set e.ActiveExcelSheet = book.Worksheets.Item(2)
-  grid = Array(0)
-  ReDim grid(2, 1)
-  grid(0, 0) = 1
-  grid(1, 0) = 2
+  grid = Table(2, Array(1, Empty, 2, Empty, Empty, Empty))
   e.SetSysVar "GRID", grid
   Run e, Array("DIM r, v", "r = SETCELL(""C"", 5, 3.5)", "r = SETCELL(""AA"", 1, ""x"", ""Sheet1"")", _
     "r = SetCellFormula(""D"", 5, ""=C5*1.1"", 1)", "r = SETCELL(""ZZ"", 3, 1, 2)", "r = SETCELL(""A"", 1, GRID, 1)", _
-    "v = GETCELL(""C"", 5)")
+    "v = GETCELL(""C"", 5)"), Empty
   Expect "the cells written, on the active sheet when none is named", book.Writes.Items, List(Array( _
     T("sheet2") & "!5,3 value Double 3.5", "Sheet1!1,27 value String ""x""", "Sheet1!5,4 formula =C5*1.1", _
     T("sheet2") & "!3,702 value Double 1", "Sheet1!1,1 2x1 value " & Describe(grid)))
   Vars e, Array("V", CDbl(3.5))
 
   Set e = NewEngine()
-  e.CodeBlock = "DIM v" & vbCrLf & "v = GETCELL(""A"", 1)"
-  e.Execute
+  Run e, Array("DIM v", "v = GETCELL(""A"", 1)"), 1003
   Check "GETCELL without a workbook reports error 1003 and says so", e.ErrNum = 1003 And InStr(e.ErrMsg, T("noBook")) > 0, e.ErrNum & " " & e.ErrMsg
 End Sub
 
@@ -263,7 +251,7 @@ Sub TestWageFunctions()
   Set e.Parent = conn
   Run e, Array("DIM a, b, c", "a = " & T("piece") & "(2005, 3, ""001"")", _
     "b = " & T("item") & "(2005, 3, ""002"", """ & T("base") & """, 0)", _
-    "c = " & T("item") & "(2005, 4, ""002"", """ & T("base") & """, -1)")
+    "c = " & T("item") & "(2005, 4, ""002"", """ & T("base") & """, -1)"), Empty
   Expect "the SQL texts the connection received", conn.Received.Items, List(Array(T("pieceSql"), T("itemSql3"), T("itemSql4")))
   ' the piece-rate total as a Double; a failed wage item query gives the default
   Vars e, Array("A", CDbl(230), "B", CCur(2800), "C", CDbl(-1))
@@ -274,7 +262,7 @@ Sub TestUserInterface()
   Set e = NewEngine()
   Set ui = NewUserInterface(Array("abc"))
   Set e.UserInterface = ui
-  Run e, Array("DIM x, y", "MSGBOX """ & T("chinese") & """", "x = Input(""p"", ""t"", ""d"")", "y = Input(""q"")")
+  Run e, Array("DIM x, y", "MSGBOX """ & T("chinese") & """", "x = Input(""p"", ""t"", ""d"")", "y = Input(""q"")"), Empty
   Expect "MSGBOX and Input reach the host's boxes", Array(ui.Messages.Items, ui.Buttons.Items, ui.Prompts.Items), _
     List(Array(List(Array(T("chinese"))), List(Array(CLng(0))), List(Array("p", "q"))))
   ' the host's answer, then cancelled
@@ -282,7 +270,7 @@ Sub TestUserInterface()
 
   Set e = NewEngine()
   e.Unattended = True
-  Run e, Array("DIM y", "MSGBOX 1", "y = Input(""q"")")
+  Run e, Array("DIM y", "MSGBOX 1", "y = Input(""q"")"), Empty
   Vars e, Array("Y", "")
 End Sub
 
@@ -291,8 +279,8 @@ Sub TestTwoEngines()
   Set e1 = NewEngine()
   Set e2 = NewEngine()
   e1.SetSysVar "A", 1
-  Run e2, Array("DIM A, B", "A = 2", "B = 3")
-  Run e1, Array("A = A + 10")
+  Run e2, Array("DIM A, B", "A = 2", "B = 3"), Empty
+  Run e1, Array("A = A + 10"), Empty
   Expect "each engine keeps its A; B is the second's alone", Array(e1.GetVarValue("A"), e2.GetVarValue("A"), e1.IsVarDefined("B")), _
     List(Array(CDbl(11), CDbl(2), False))
 End Sub

@@ -19,12 +19,8 @@ Class StandInRecordSet
   Private position
 
   Public Sub Init(fieldNames, fieldTypes, rows)
-    names = fieldNames
-    types = fieldTypes
-    data = rows
-    position = 0
-    State = 1
-    Set Written = NewList()
+    names = fieldNames: types = fieldTypes: data = rows
+    position = 0: State = 1: Set Written = NewList()
   End Sub
 
   Public Property Get Fields(): Set Fields = Me: End Property
@@ -33,16 +29,9 @@ Class StandInRecordSet
 
   ' By 0-based position or by name, case-insensitively.
   Public Default Function Item(key)
-    Dim j, f
+    Dim j
     For j = 0 To UBound(names)
-      If VarType(key) <> vbString And CStr(key) = CStr(j) Or UCase(key) = UCase(names(j)) Then
-        Set f = New StandInField
-        Set f.Owner = Me
-        f.Column = j
-        f.Name = names(j)
-        Set Item = f
-        Exit Function
-      End If
+      If VarType(key) <> vbString And CStr(key) = CStr(j) Or UCase(key) = UCase(names(j)) Then Set Item = New StandInField: Item.Init Me, j, names(j): Exit Function
     Next
     Err.Raise 3265, "StandInRecordSet", "Item cannot be found in the collection: " & key
   End Function
@@ -53,9 +42,12 @@ Class StandInRecordSet
 
   Public Property Get EOF(): EOF = position > UBound(data): End Property
 
-  Private Sub RequireRow()
-    If BOF Or EOF Then Err.Raise 3021, "StandInRecordSet", "Either BOF or EOF is True"
+  Private Sub MoveBy(blocked, n)
+    If blocked Then Err.Raise 3021, "StandInRecordSet", "Either BOF or EOF is True"
+    position = position + n
   End Sub
+
+  Private Sub RequireRow(): MoveBy BOF Or EOF, 0: End Sub
 
   Public Function Cell(j): RequireRow: Cell = data(position)(j): End Function
 
@@ -87,19 +79,12 @@ Class StandInRecordSet
   Public Sub MoveFirst(): position = 0: End Sub
 
   Public Sub MoveLast()
-    position = UBound(data)
-    If position < 0 Then position = 0
+    If UBound(data) >= 0 Then position = UBound(data) Else position = 0
   End Sub
 
-  Public Sub MoveNext()
-    If EOF Then Err.Raise 3021, "StandInRecordSet", "EOF is True"
-    position = position + 1
-  End Sub
+  Public Sub MoveNext(): MoveBy EOF, 1: End Sub
 
-  Public Sub MovePrevious()
-    If BOF Then Err.Raise 3021, "StandInRecordSet", "BOF is True"
-    position = position - 1
-  End Sub
+  Public Sub MovePrevious(): MoveBy BOF, -1: End Sub
 
   Public Sub Close(): State = 0: End Sub
 End Class
@@ -108,6 +93,8 @@ Class StandInField
   Public Owner
   Public Column
   Public Name
+
+  Public Sub Init(recordSet, j, fieldName): Set Owner = recordSet: Column = j: Name = fieldName: End Sub
 
   Public Default Property Get Value(): Value = Owner.Cell(Column): End Property
 
@@ -134,12 +121,8 @@ Class StandInConnection
   Private hostString
 
   Private Sub Class_Initialize()
-    Set Received = NewList()
-    Set Unexpected = NewList()
-    Set Prepared = NewList()
-    ConnectionString = "Provider=KorvexStandIn"
-    hostString = ConnectionString
-    State = 1
+    Set Received = NewList(): Set Unexpected = NewList(): Set Prepared = NewList()
+    ConnectionString = "Provider=KorvexStandIn": hostString = ConnectionString: State = 1
   End Sub
 
   Public Property Get Connect(): Set Connect = Me: End Property
@@ -149,28 +132,20 @@ Class StandInConnection
   Public Function Execute(sql)
     Dim a
     Push Received, sql
-    If Not Prepared.Exists(sql) Then
-      Push Unexpected, sql
-      Err.Raise vbObjectError + 1001, "StandInConnection", "no prepared answer for: " & sql
-    End If
+    If Not Prepared.Exists(sql) Then Push Unexpected, sql: Err.Raise vbObjectError + 1001, "StandInConnection", "no answer for " & sql
     a = Prepared(sql)
     Set Execute = NewRecordSet(a(0), a(1), a(2))
   End Function
 
   Public Function CreateObject(className)
-    Dim c
     If className <> "Connection" Then Err.Raise 429, "StandInConnection", "cannot create " & className
-    Set c = New StandInConnection
-    c.Share Me
-    Set CreateObject = c
+    Set CreateObject = New StandInConnection
+    CreateObject.Share Me
   End Function
 
   Public Sub Share(host)
-    Set Received = host.Received
-    Set Unexpected = host.Unexpected
-    Set Prepared = host.Prepared
-    ConnectionString = ""
-    State = 0
+    Set Received = host.Received: Set Unexpected = host.Unexpected: Set Prepared = host.Prepared
+    ConnectionString = "": State = 0
   End Sub
 
   Public Sub Open()
@@ -196,11 +171,7 @@ Class StandInWorkbook
   Public Default Function Item(key)
     Dim i
     For i = 0 To UBound(SheetNames)
-      If UCase(key) = UCase(SheetNames(i)) Or CStr(key) = CStr(i + 1) Then
-        Set Item = NewRange(Me, SheetNames(i), 1, 1, "")
-        Item.Index = i + 1
-        Exit Function
-      End If
+      If UCase(key) = UCase(SheetNames(i)) Or CStr(key) = CStr(i + 1) Then Set Item = NewRange(Me, SheetNames(i), i + 1, 1, 1): Exit Function
     Next
     Err.Raise 9, "StandInWorkbook", "Subscript out of range: " & key
   End Function
@@ -219,10 +190,12 @@ Class StandInRange
   Public Column
   Public Size
 
-  Public Property Get Cells(r, c): Set Cells = NewRange(Book, Name, CLng(r), CLng(c), ""): End Property
+  Public Sub Init(b, n, i, r, c): Set Book = b: Name = n: Index = i: Row = r: Column = c: End Sub
+
+  Public Property Get Cells(r, c): Set Cells = NewRange(Book, Name, Index, CLng(r), CLng(c)): End Property
 
   Public Function Resize(rows, columns)
-    Set Resize = NewRange(Book, Name, Row, Column, "")
+    Set Resize = NewRange(Book, Name, Index, Row, Column)
     If rows * columns > 1 Then Resize.Size = " " & rows & "x" & columns
   End Function
 
@@ -232,21 +205,12 @@ Class StandInRange
 
   Public Property Let Value(v): Book.Store Key, v, Key & Size & " value " & Describe(v): End Property
 
-  Public Property Get Formula()
-    Formula = Book.Cell(Key)
-  End Property
+  Public Property Get Formula(): Formula = Book.Cell(Key): End Property
 
   Public Property Let Formula(text): Book.Store Key, text, Key & Size & " formula " & text: End Property
 End Class
 
-Function NewRange(book, sheet, r, c, size)
-  Set NewRange = New StandInRange
-  Set NewRange.Book = book
-  NewRange.Name = sheet
-  NewRange.Row = r
-  NewRange.Column = c
-  NewRange.Size = size
-End Function
+Function NewRange(book, sheet, i, r, c): Set NewRange = New StandInRange: NewRange.Init book, sheet, i, r, c: End Function
 
 ' Message and input boxes: texts and buttons are kept; OK boxes answer 1,
 ' Yes/No boxes 6 (Yes); input boxes take the prepared answers in turn, then
@@ -257,15 +221,10 @@ Class StandInUserInterface
   Public Prompts
   Public Answers
 
-  Private Sub Class_Initialize()
-    Set Messages = NewList()
-    Set Buttons = NewList()
-    Set Prompts = NewList()
-  End Sub
+  Private Sub Class_Initialize(): Set Messages = NewList(): Set Buttons = NewList(): Set Prompts = NewList(): End Sub
 
   Public Function MessageBox(text, buttonSet, title)
-    Push Messages, text
-    Push Buttons, buttonSet
+    Push Messages, text: Push Buttons, buttonSet
     MessageBox = 1
     If buttonSet = 4 Then MessageBox = 6
   End Function
@@ -276,7 +235,4 @@ Class StandInUserInterface
   End Function
 End Class
 
-Function NewUserInterface(answers)
-  Set NewUserInterface = New StandInUserInterface
-  NewUserInterface.Answers = answers
-End Function
+Function NewUserInterface(answers): Set NewUserInterface = New StandInUserInterface: NewUserInterface.Answers = answers: End Function
