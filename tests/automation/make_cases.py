@@ -1,9 +1,8 @@
 #!/usr/bin/env python3
-"""make_cases.py SCRIPTS_DIR OUT_BASE: the script cases of tests/scripts as
-VBScript calls of the automation component (OUT_BASE.vbs), with their
-non-ASCII texts in OUT_BASE.strings (UTF-16, read by key), so that the
-component answers to the same expected outcomes as the Linux command. A case
-whose options a host cannot reproduce is skipped with a note."""
+"""make_cases.py SCRIPTS_DIR OUT_BASE: the cases of tests/scripts as VBScript
+calls of the automation component (OUT_BASE.vbs), their non-ASCII texts in
+OUT_BASE.strings (UTF-16, read by key). Skips, with a note, a case whose
+options no host can reproduce."""
 import decimal
 import json
 import re
@@ -22,8 +21,7 @@ CONVERT = {"Integer": "CInt", "Long": "CLng", "Double": "CDbl", "Currency": "CCu
 
 
 def vb(s):
-    """A VBScript expression for s: printable ASCII quoted, other characters
-    by Chr or by key into the strings file."""
+    """s as VBScript: printable ASCII quoted, the rest by Chr or by key."""
     parts = []
     for run in re.findall(r"[\x20-\x7e]+|[\x00-\x1f\x7f]|[^\x00-\x7f]+", s):
         if run[0] < " " or run == "\x7f":
@@ -36,15 +34,12 @@ def vb(s):
 
 
 def typed(kind, value):
-    """A VBScript value of a type named as the cases name them."""
     if kind in CONVERT and NUMBER.match(str(value)):
         return "%s(%s)" % (CONVERT[kind], str(value).upper())
     if kind == "Date" and DATE.match(value):
         return "MakeDate(%s)" % ", ".join(str(int(p or 0)) for p in DATE.match(value).groups())
-    if kind == "String":
-        return vb(value)
-    if kind == "Boolean" and value in (True, False, "True", "False"):
-        return str(value in (True, "True"))
+    if kind == "String" or kind == "Boolean" and value in (True, False, "True", "False"):
+        return vb(value) if kind == "String" else str(value in (True, "True"))
     raise Skip("%s %r" % (kind, value))
 
 
@@ -60,39 +55,31 @@ def expected(v):
 def preset(expr):
     """A --set expression a host can hand over: a literal."""
     e = expr.strip()
-    if NUMBER.match(e):
-        return typed("Double", e)
     if re.fullmatch(r'"([^"]|"")*"', e):
         return vb(e[1:-1].replace('""', '"'))
-    if re.fullmatch(r"#.*#", e):
-        return typed("Date", e[1:-1].strip())
     if e.upper() in ("NULL", "TRUE", "FALSE"):
         return e.capitalize()
-    raise Skip("--set %s is no literal" % expr)
+    return typed("Date", e[1:-1].strip()) if re.fullmatch(r"#.*#", e) else typed("Double", e)
 
 
 def read_rows(path):
-    """The record and the answers to SQL texts in NAME.rows (see
-    tests/scripts/README.md) as VBScript arguments names, types, rows."""
+    """The record and the SQL answers of NAME.rows (tests/scripts/README.md)."""
     record, answers = None, []
     text = "\n".join(line for line in path.read_text(encoding="utf-8").splitlines() if not line.startswith("#"))
     for block in re.split(r"\n\s*\n", text.strip()):
         head, fields, *rows = block.split("\n")
-        header = [c.strip().rpartition(" ") for c in fields.split("|")]
+        header = [c.strip().rpartition(" ")[::2] for c in fields.split("|")]
         rows = [[c.strip() for c in row.split("|")] for row in rows]
         if any(len(row) != len(header) for row in rows):
             raise Skip("%s: a row of another width than its fields" % path.name)
-        cells = ", ".join("Array(%s)" % ", ".join(
-            "Null" if c == "NULL" else typed(k, "" if c == '""' and k == "String" else c)
-            for c, (_, _, k) in zip(row, header)) for row in rows)
-        args = "Array(%s), Array(%s), Array(%s)" % (
-            ", ".join(vb(n) for n, _, _ in header), ", ".join('"%s"' % k for _, _, k in header), cells)
+        args = "Array(%s), Array(%s), Array(%s)" % (", ".join(vb(n) for n, _ in header), ", ".join(
+            '"%s"' % k for _, k in header), ", ".join("Array(%s)" % ", ".join(
+                "Null" if c == "NULL" else typed(k, "" if c == '""' else c) for c, (_, k) in zip(row, header))
+                for row in rows))
         if head == "record":
             record = args
-        elif head.startswith("sql "):
-            answers.append("  conn.Answer %s, %s" % (vb(head[4:]), args))
         else:
-            raise Skip("%s: a block starts with 'record' or 'sql TEXT'" % path.name)
+            answers.append("  conn.Answer %s, %s" % (vb(head[4:]), args))
     return record, answers
 
 
@@ -102,40 +89,24 @@ def make_case(name, folder, number):
         raise Skip("a usage error (no outcome)")
     x = json.loads(outcome, parse_float=decimal.Decimal)
     path = folder / (name + ".args")
-    args = [a for a in path.read_text(encoding="utf-8").splitlines() if a] if path.exists() else []
-    setup, answers, db, record = [], [], False, False
-    while args:
-        option = args.pop(0)
-        if option == "--trace-sql":
-            continue
-        value = args.pop(0) if args else ""
-        if option == "--db" and value == "@DB@":
-            db = True
-        elif option == "--record":
-            record = True
-        elif option == "--set" and "=" in value:
-            var, _, expr = value.partition("=")
-            setup.append("  e.SetSysVar %s, %s" % (vb(var.strip()), preset(expr)))
-        elif option == "--answer":
-            answers.append(vb(value))
-        else:
-            raise Skip("option %s is the command's own" % option)
-    if record and not db:
-        raise Skip("--record without --db")
-    if db and not (folder / (name + ".rows")).exists():
-        raise Skip("no %s.rows with the prepared answers" % name)
-    if db:
+    args = [a for a in (path.read_text(encoding="utf-8").splitlines() if path.exists() else []) if a]
+    args = [a for a in args if a != "--trace-sql"] + [""]
+    options = dict(zip(args[::2], args[1::2]))
+    setup = ["  e.SetSysVar %s, %s" % (vb(a.partition("=")[0].strip()), preset(a.partition("=")[2]))
+             for o, a in zip(args[::2], args[1::2]) if o == "--set"]
+    answers = [vb(a) for o, a in zip(args[::2], args[1::2]) if o == "--answer"]
+    if set(options) - {"--set", "--answer", "--db", "--record", ""} or options.get("--db", "@DB@") != "@DB@":
+        raise Skip("options %s are the command's own" % " ".join(options))
+    if "--db" in options:
+        if not (folder / (name + ".rows")).exists():
+            raise Skip("no %s.rows with the prepared answers" % name)
         rows, sql = read_rows(folder / (name + ".rows"))
-        if record and rows is None:
-            raise Skip("%s.rows has no record block" % name)
-        setup = ["  Set conn = New StandInConnection"] + sql + [
-            "  Set e.Parent = conn", "  Set e.ObjectFactory = conn"] + setup
-        if record:
+        setup = ["  Set conn = New StandInConnection"] + sql + ["  Set e.Parent = conn", "  Set e.ObjectFactory = conn"] + setup
+        if "--record" in options:
             setup = ["  Set rs = NewRecordSet(%s)" % rows, "  Set e.RecordSet = rs"] + setup
-    try:
-        script = (folder / (name + ".bas")).read_bytes().removeprefix(b"\xef\xbb\xbf").decode("utf-8")
-    except UnicodeDecodeError:
-        raise Skip("the script is no UTF-8")
+    elif "--record" in options:
+        raise Skip("--record without --db")
+    script = (folder / (name + ".bas")).read_bytes().removeprefix(b"\xef\xbb\xbf").decode("utf-8")
 
     p = '"%s ' % name
     out = ["Sub Case%d()" % number, "  Dim e, ui, conn, rs", '  Say "case %s"' % name,
@@ -149,31 +120,27 @@ def make_case(name, folder, number):
     for var, v in x["variables"].items():
         out.append('  Expect %svariable " & %s, Array(e.IsVarDefined(%s), e.GetVarValue(%s)), List(Array(True, %s))'
                    % (p, vb(var), vb(var), vb(var), expected(v)))
-    lists = [("messages", "ui.Messages.Items", [vb(m) for m in x["messages"]])]
-    if "fields" in x:
-        lists.append(("fields", "Pairs(rs.Written)", [vb(f) + ", " + expected(v) for f, v in x["fields"].items()]))
-    if "sql" in x:
-        lists.append(("sql", "conn.Received.Items", [vb(s) for s in x["sql"]]))
-    if db:
-        lists.append(("SQL texts without an answer", "conn.Unexpected.Items", []))
-    out += ['  Expect %s%s", %s, List(Array(%s))' % (p, what, actual, ", ".join(items)) for what, actual, items in lists]
+    lists = [("messages", "ui.Messages.Items", [vb(m) for m in x["messages"]]),
+             ("fields", "Pairs(rs.Written)", [vb(f) + ", " + expected(v) for f, v in x.get("fields", {}).items()]),
+             ("sql", "conn.Received.Items", [vb(s) for s in x.get("sql", [])]),
+             ("SQL texts without an answer", "conn.Unexpected.Items", [])]
+    keep = {"messages": True, "fields": "fields" in x, "sql": "sql" in x}
+    out += ['  Expect %s%s", %s, List(Array(%s))' % (p, what, actual, ", ".join(items))
+            for what, actual, items in lists if keep.get(what, "--db" in options)]
     return out + ["End Sub"]
 
 
 def main():
-    if len(sys.argv) != 3:
-        sys.exit("usage: make_cases.py SCRIPTS_DIR OUT_BASE")
     folder, base = Path(sys.argv[1]), Path(sys.argv[2])
     calls, procedures, skipped = [], [], []
     for bas in sorted(folder.glob("*.bas")):
         try:
             procedures += make_case(bas.stem, folder, len(calls) + 1)
-            calls.append("Case%d: CheckNoError \"%s runs\"" % (len(calls) + 1, bas.stem))
+            calls.append('Case%d: CheckNoError "%s runs"' % (len(calls) + 1, bas.stem))
         except Skip as why:
             print("skip %s: %s" % (bas.stem, why))
             skipped.append(bas.stem)
-    lines = ["OpenChecks", "On Error Resume Next"] + calls
-    lines += ['Say "skipped: %s"' % ", ".join(skipped)] if skipped else []
+    lines = ["OpenChecks", "On Error Resume Next"] + calls + ['Say "skipped: %s"' % ", ".join(skipped)]
     lines += ['FinishChecks "shared cases"'] + procedures
     base.with_suffix(".vbs").write_text("\r\n".join(lines) + "\r\n", encoding="ascii")
     strings = "".join("%s\t%s\r\n" % (key, text) for text, key in texts.items())
@@ -181,5 +148,4 @@ def main():
     print("%d cases taken, %d skipped" % (len(calls), len(skipped)))
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -1,7 +1,6 @@
 #!/bin/bash
-# tests/automation/run.sh DLL x64|x86: in a fresh Wine prefix, registers DLL,
-# runs the shared script cases and component_test.vbs with cscript,
-# unregisters DLL and checks that the class is gone. KORVEX_TEST_VERBOSE=1
+# run.sh DLL x64|x86: registers DLL in a fresh Wine prefix, runs the shared
+# script cases and component_test.vbs, unregisters it. KORVEX_TEST_VERBOSE=1
 # prints every check.
 set -u
 case ${2:-} in
@@ -13,8 +12,7 @@ dll=$(realpath -e "$1") || exit 2
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d "${TMPDIR:-/tmp}/korvex-automation-$2.XXXXXX")
 export WINEPREFIX=$work/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-wineserver=/usr/lib/wine/wineserver
-[ -x $wineserver ] || wineserver=wineserver
+wineserver=$( [ -x /usr/lib/wine/wineserver ] && echo /usr/lib/wine/wineserver || echo wineserver)
 trap '$wineserver -k >/dev/null 2>&1; $wineserver -w >/dev/null 2>&1; rm -rf "$work"' EXIT
 failures=0
 fail() { echo "FAIL $*"; failures=$((failures + 1)); }
@@ -23,8 +21,7 @@ clsid_of() { timeout 60 $wine reg query "HKCR\\$1\\CLSID" /ve 2>/dev/null | grep
 
 echo "== $2: $(basename "$dll") in a fresh prefix"
 win 300 $wine wineboot -i || { cat "$work/out"; fail "the Wine prefix could not be made"; exit 1; }
-tests=$WINEPREFIX/drive_c/korvex-tests
-mkdir -p "$tests" && cp "$dll" "$tests/korvex-automation.dll"
+tests=$WINEPREFIX/drive_c/korvex-tests && mkdir -p "$tests" && cp "$dll" "$tests/korvex-automation.dll"
 win 120 $wine regsvr32 /s 'C:\korvex-tests\korvex-automation.dll' || fail "regsvr32: $(cat "$work/out")"
 clsid=$(clsid_of Morlan.BasicEngine)
 threading=$(timeout 60 $wine reg query "HKCR\\CLSID\\$clsid\\InprocServer32" /v ThreadingModel 2>/dev/null |
@@ -35,19 +32,15 @@ else
   fail "Morlan.BasicEngine names '$clsid', .1 '$(clsid_of Morlan.BasicEngine.1)', threading '$threading'"
 fi
 
-# Runs NAME.vbs. cscript exits 0 even when the script broke
-# off with an error, so its report must also end in its success line.
+# cscript exits 0 even when a script broke off with an error, so the
+# script's report must also end in its success line.
 run_vbs() { # NAME LABEL
   win 600 $wine cscript.exe //nologo "C:\\korvex-tests\\$1.vbs"
-  local status=$? log
-  log=$(iconv -f UTF-16 -t UTF-8 "$tests/$1.log" 2>/dev/null | tr -d '\r')
-  if [ "${KORVEX_TEST_VERBOSE:-0}" = 1 ]; then echo "$log"; else echo "$log" | grep -v -e '^PASS ' -e '^case '; fi
+  local status=$? log last
+  log=$(iconv -f UTF-16 -t UTF-8 "$tests/$1.log" 2>/dev/null | tr -d '\r') last=${log##*$'\n'}
+  [ "${KORVEX_TEST_VERBOSE:-0}" = 1 ] && echo "$log" || echo "$log" | grep -v -e '^PASS ' -e '^case ' -e "^$2: "
   sed 's/^/  cscript: /' "$work/out"
-  if [ $status -eq 0 ] && echo "$log" | tail -n 1 | grep -Eq "^$2: [0-9]+ passed\$"; then
-    echo "ok   $(echo "$log" | tail -n 1)"
-  else
-    fail "$2: cscript exit status $status, last report line: $(echo "$log" | tail -n 1)"
-  fi
+  [ $status -eq 0 ] && [[ $last =~ ^$2:\ [0-9]+\ passed$ ]] && echo "ok   $last" || fail "$2: cscript exit $status, last line: $last"
 }
 if python3 "$here/make_cases.py" "$here/../scripts" "$work/cases" >"$work/cases.out"; then
   cp "$work/cases.strings" "$tests/"
@@ -65,7 +58,7 @@ run_vbs component "component tests"
 
 win 120 $wine regsvr32 /s /u 'C:\korvex-tests\korvex-automation.dll' || fail "regsvr32 /u: $(cat "$work/out")"
 printf 'On Error Resume Next\r\nSet o = CreateObject("Morlan.BasicEngine")\r\nIf Err.Number = 0 Then WScript.Quit 3\r\nWScript.Quit 7\r\n' >"$tests/gone.vbs"
-timeout 120 $wine cscript.exe //nologo 'C:\korvex-tests\gone.vbs' >/dev/null 2>&1
+win 120 $wine cscript.exe //nologo 'C:\korvex-tests\gone.vbs'
 gone=$?
 if [ $gone -eq 7 ] && [ -z "$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)" ] &&
   ! timeout 60 $wine reg query "HKCR\\CLSID\\${clsid:-none}" >/dev/null 2>&1; then
