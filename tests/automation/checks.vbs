@@ -6,17 +6,14 @@ Dim checkLog, checkTexts, checksPassed, checksFailed
 
 Sub OpenChecks()
   Dim fso, base, f, line
-  Set fso = CreateObject("Scripting.FileSystemObject")
-  base = Left(WScript.ScriptFullName, Len(WScript.ScriptFullName) - 4)
-  Set checkLog = fso.CreateTextFile(base & ".log", True, True)
-  Set checkTexts = CreateObject("Scripting.Dictionary")
+  Set fso = CreateObject("Scripting.FileSystemObject"): base = Left(WScript.ScriptFullName, Len(WScript.ScriptFullName) - 4)
+  Set checkLog = fso.CreateTextFile(base & ".log", True, True): Set checkTexts = CreateObject("Scripting.Dictionary")
   Set f = fso.OpenTextFile(base & ".strings", 1, True, -1)
   Do While Not f.AtEndOfStream
     line = f.ReadLine
     If InStr(line, Chr(9)) > 0 Then checkTexts(Left(line, InStr(line, Chr(9)) - 1)) = Mid(line, InStr(line, Chr(9)) + 1)
   Loop
-  checksPassed = 0
-  checksFailed = 0
+  checksPassed = 0: checksFailed = 0
 End Sub
 
 Function T(key)
@@ -39,19 +36,16 @@ End Sub
 ' run.sh takes "LABEL: N passed" alone on the last line as success.
 Sub FinishChecks(label)
   If checksFailed > 0 Then Say label & ": " & checksPassed & " passed, " & checksFailed & " FAILED" Else Say label & ": " & checksPassed & " passed"
-  checkLog.Close
-  WScript.Quit checksFailed
+  checkLog.Close: WScript.Quit checksFailed
 End Sub
 
 Function Dimensions(a)
   Dim d, ub
   On Error Resume Next
   For d = 1 To 60
-    ub = UBound(a, d)
-    If Err.Number <> 0 Then Exit For
+    ub = UBound(a, d): If Err.Number <> 0 Then Exit For
   Next
-  Err.Clear
-  Dimensions = d - 1
+  Err.Clear: Dimensions = d - 1
 End Function
 
 Function Describe(v)
@@ -82,15 +76,11 @@ Function MakeDate(y, m, d, h, mi, s)
   MakeDate = CDate(CDbl(DateSerial(y, m, d)) + MakeDate)
 End Function
 
-' "" when actual has the expected value's type and value. Nothing stands for
-' any object; an expected array is Array(lower bounds, elements nested per
-' dimension).
+' "" when actual has expected's type and value. Nothing stands for any object;
+' an expected array is Array(lower bounds, elements nested per dimension).
 Function Differ(actual, expected)
   Dim same
-  If IsArray(expected) Then
-    Differ = ArrayDiffer(actual, expected(0), expected(1))
-    Exit Function
-  End If
+  If IsArray(expected) Then Differ = ArrayDiffer(actual, expected(0), expected(1)): Exit Function
   same = VarType(actual) = VarType(expected)
   If same And VarType(actual) = vbDate Then
     same = Abs(CDbl(actual) - CDbl(expected)) <= 0.5 / 86400
@@ -125,7 +115,6 @@ End Function
 
 Sub Expect(what, actual, expected): Check what, Differ(actual, expected) = "", Differ(actual, expected): End Sub
 
-' An expected 0-based list.
 Function List(items): List = Array(Array(0), items): End Function
 
 ' A Dictionary's keys and items in turn.

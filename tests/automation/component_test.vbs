@@ -1,6 +1,5 @@
-' What the shared cases cannot show: the component's own members, values
-' both ways, the host's objects as the engine calls them, where boxes go and
-' two engines side by side. Texts with Chinese, read by T(KEY):
+' What the shared cases cannot show about the component. Texts with Chinese,
+' read by T(KEY):
 '@ jobNo=工号|name=姓名|base=基本工资|zhang=张三|li=李四|wang=王五|sheet2=二月|chinese=中文|moveNext=下移指针|piece=_计件工资额
 '@ item=_员工工资项目值|pieceSql=SELECT  SUM(工资合计) AS 合计  From WA_JobData WHERE (YEAR(日期) = 2005) AND (MONTH(日期) = 3)  AND 工号='001'
 '@ total=合计|itemSql3=select [基本工资] as WA_Value from [工资表2005年03月] Where (工号 = '002')|itemSql4=select [基本工资] as WA_Value from [工资表2005年04月] Where (工号 = '002')
@@ -8,8 +7,7 @@
 
 Function NewEngine(): Set NewEngine = CreateObject("Morlan.BasicEngine"): End Function
 
-' Runs the lines on engine e (Wine's VBScript has no Join); errors: the
-' ErrNum expected, Empty for none.
+' Runs lines (Wine's VBScript has no Join); errors: ErrNum expected, Empty for 0.
 Sub Run(e, parts, errors)
   Dim p, text
   For Each p In parts
@@ -28,7 +26,6 @@ Sub Vars(e, pairs)
   Next
 End Sub
 
-' A two-dimensional array of values given row by row.
 Function Table(columns, values)
   Dim g, i
   g = Array(0)
@@ -90,7 +87,6 @@ Sub TestExecuteNeverRaises()
   Vars e, Array("A", CDbl(1))
 End Sub
 
-' Values set by the host come back with their type; the script sees them.
 Sub TestVariants()
   Dim e, d, grid, values, i, v, name, got
   Set d = CreateObject("Scripting.Dictionary"): d.Add "k", 42
@@ -137,7 +133,6 @@ Sub TestLines()
   Num "WhatSTMT of a line starting with a reserved word sets error 23", e.ErrNum, 23
 End Sub
 
-' IfCount, ForCount, DoCount, StmtFlagCount against expected.
 Sub Counters(what, e, expected)
   Expect what, Array(e.IfCount, e.ForCount, e.DoCount, e.StmtFlagCount), List(expected)
 End Sub
@@ -154,7 +149,7 @@ Sub TestStatementFlags()
   top = e.PopStmtFlag
   Check "PopStmtFlag on an empty stack gives Empty and error 18", IsEmpty(top) And e.ErrNum = 18, Describe(top) & " " & e.ErrNum
 
-  ' A run that fails inside a block leaves the block open for the host to see.
+  ' A run failing inside a block leaves it open for the host to see.
   Set e = NewEngine()
   Run e, Array("DIM i", "IF 1 = 1 THEN", "i = (", "END IF"), 1
   Num "a run failing inside IF stops on its line", e.CurrentLineNum, 3
@@ -170,7 +165,7 @@ Sub TestStatementFlags()
 End Sub
 
 Sub TestRecord()
-  Dim e, rs
+  Dim e, rs, got
   Set e = NewEngine(): Set rs = PayrollRecord(): Set e.RecordSet = rs
   Expect "isFieldName (any case), isFieldNameByArr, GetFieldValue by name and by position", Array(e.isFieldName(T("jobNo")), _
     e.isFieldName("cODE"), e.isFieldName("nope"), e.isFieldNameByArr("code"), e.isFieldNameByArr("nope"), _
@@ -179,10 +174,8 @@ Sub TestRecord()
   Run e, Array("DIM s, n", "s = 0", "n = """"", "DO WHILE NOT EOF", "s = s + " & T("base"), _
     "n = n & " & T("jobNo") & " & "" """, "MoveNext", "LOOP"), Empty
   Vars e, Array("S", CCur(5900.5), "N", "001 0012 002 ")
-  Check "the record set and the engine are at its end", rs.EOF And e.EOF, "EOF is False"
-  Check "MoveFirst moves the host's record set to row 1", e.MoveFirst And rs.AbsolutePosition = 1 And Not e.BOF, rs.AbsolutePosition
-  Check "MoveLast moves it to row 3", e.MoveLast And rs.AbsolutePosition = 3, rs.AbsolutePosition
-  Check "MovePrevious moves it to row 2", e.MovePrevious And rs.AbsolutePosition = 2, rs.AbsolutePosition
+  got = rs.EOF & e.EOF & e.MoveFirst & rs.AbsolutePosition & e.BOF & e.MoveLast & rs.AbsolutePosition & e.MovePrevious & rs.AbsolutePosition
+  Check "EOF at the end, MoveFirst, BOF, MoveLast, MovePrevious move the host's record set", got = "TrueTrueTrue1FalseTrue3True2", got
 
   Expect "ChangeField edits and updates the field of the current row", Array(e.ChangeField(T("base"), 10), Pairs(rs.Written), _
     rs.Calls), List(Array(True, List(Array(T("base"), CCur(10))), "Edit Update "))
@@ -225,7 +218,6 @@ Sub TestWageFunctions()
   Run e, Array("DIM a, b, c", "a = " & T("piece") & "(2005, 3, ""001"")", "b = " & T("item") & "(2005, 3, ""002"", """ & _
     T("base") & """, 0)", "c = " & T("item") & "(2005, 4, ""002"", """ & T("base") & """, -1)"), Empty
   Expect "the SQL texts the connection received", conn.Received.Items, List(Array(T("pieceSql"), T("itemSql3"), T("itemSql4")))
-  ' the piece-rate total as a Double; a failed wage item query gives the default
   Vars e, Array("A", CDbl(230), "B", CCur(2800), "C", CDbl(-1))
 End Sub
 

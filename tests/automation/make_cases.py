@@ -44,7 +44,6 @@ def typed(kind, value):
 
 
 def expected(v):
-    """An expected value as checks.vbs compares it."""
     if v["type"] == "Array":
         def nested(level):
             return "Array(%s)" % ", ".join(nested(x) if isinstance(x, list) else expected(x) for x in level)
@@ -53,7 +52,6 @@ def expected(v):
 
 
 def preset(expr):
-    """A --set expression a host can hand over: a literal."""
     e = expr.strip()
     if re.fullmatch(r'"([^"]|"")*"', e):
         return vb(e[1:-1].replace('""', '"'))
@@ -89,17 +87,17 @@ def make_case(name, folder, number):
         raise Skip("a usage error (no outcome)")
     x = json.loads(outcome, parse_float=decimal.Decimal)
     path = folder / (name + ".args")
-    args = [a for a in (path.read_text(encoding="utf-8").splitlines() if path.exists() else []) if a]
-    args = [a for a in args if a != "--trace-sql"] + [""]
+    lines = path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+    args = [a for a in lines if a not in ("", "--trace-sql")] + [""]
     options = dict(zip(args[::2], args[1::2]))
     setup = ["  e.SetSysVar %s, %s" % (vb(a.partition("=")[0].strip()), preset(a.partition("=")[2]))
              for o, a in zip(args[::2], args[1::2]) if o == "--set"]
     answers = [vb(a) for o, a in zip(args[::2], args[1::2]) if o == "--answer"]
     if set(options) - {"--set", "--answer", "--db", "--record", ""} or options.get("--db", "@DB@") != "@DB@":
         raise Skip("options %s are the command's own" % " ".join(options))
+    if "--db" in options and not (folder / (name + ".rows")).exists():
+        raise Skip("no %s.rows with the prepared answers" % name)
     if "--db" in options:
-        if not (folder / (name + ".rows")).exists():
-            raise Skip("no %s.rows with the prepared answers" % name)
         rows, sql = read_rows(folder / (name + ".rows"))
         setup = ["  Set conn = New StandInConnection"] + sql + ["  Set e.Parent = conn", "  Set e.ObjectFactory = conn"] + setup
         if "--record" in options:

@@ -1,14 +1,12 @@
-' Stand-ins for the objects a payroll host hands the engine; each records
-' what the engine did to it. A class of Wine's VBScript takes one name per
-' Public line.
+' Stand-ins for the objects a payroll host hands the engine, recording what
+' the engine does to them. Wine's VBScript takes one name per Public line.
 
 Function NewList(): Set NewList = CreateObject("Scripting.Dictionary"): End Function
 
 Sub Push(list, v): list.Add list.Count, v: End Sub
 
-' A record set over rows(i)(j) with fields names(j) of types(j); it is its own
-' Fields collection. Written keeps each field written with its last value, in
-' the order first written; Calls the Edit and Update calls.
+' A record set over rows(i)(j), fields names(j) of types(j), its own Fields.
+' Written: each field written, with its last value, in the order first written.
 Class StandInRecordSet
   Public Written
   Public Calls
@@ -54,9 +52,7 @@ Class StandInRecordSet
   ' A database field converts what it is given to its type.
   Public Sub WriteCell(j, v)
     Dim row
-    RequireRow
-    row = data(position)
-    row(j) = Null
+    RequireRow: row = data(position): row(j) = Null
     If Not (IsNull(v) Or IsEmpty(v)) Then
       Select Case types(j)
         Case "String": row(j) = CStr(v)
@@ -68,8 +64,7 @@ Class StandInRecordSet
         Case "Boolean": row(j) = CBool(v)
       End Select
     End If
-    data(position) = row
-    Written(names(j)) = row(j)
+    data(position) = row: Written(names(j)) = row(j)
   End Sub
 
   Public Sub Edit(): RequireRow: Calls = Calls & "Edit ": End Sub
@@ -106,12 +101,11 @@ Function NewRecordSet(names, types, rows)
   NewRecordSet.Init names, types, rows
 End Function
 
-' The host's database connection, answering each prepared SQL text with a
-' fresh record set. Every text is kept in Received, one without an answer in
-' Unexpected as well (the description of the error it raises does not
-' survive every automation layer). It is also the host's Parent (Connect)
-' and the ObjectFactory of the connections the SQL functions open on their
-' own, which share its answers and logs.
+' The host's database connection: it answers prepared SQL texts, logs every
+' text in Received and one without an answer also in Unexpected (the error's
+' description does not survive every automation layer). It is also the
+' host's Parent (Connect) and the ObjectFactory of the connections the SQL
+' functions open, which share its answers and logs.
 Class StandInConnection
   Public Received
   Public Unexpected
@@ -156,9 +150,7 @@ Class StandInConnection
   Public Sub Close(): State = 0: End Sub
 End Class
 
-' A workbook that is its own Worksheets collection (sheets by number from 1
-' or by name). Writes logs each value and formula written, e.g.
-' "Sheet1!5,3 value Double 3.5", "Sheet1!1,1 2x1 value Array ...".
+' A workbook, its own Worksheets; Writes logs e.g. "Sheet1!5,3 value Double 3.5".
 Class StandInWorkbook
   Public Writes
   Public SheetNames
@@ -181,7 +173,7 @@ Class StandInWorkbook
   Public Sub Store(key, v, logged): stored(key) = v: Push Writes, logged: End Sub
 End Class
 
-' A block of cells, or a whole sheet (its Cells).
+' A block of cells, or a whole sheet.
 Class StandInRange
   Public Book
   Public Name
@@ -212,9 +204,8 @@ End Class
 
 Function NewRange(book, sheet, i, r, c): Set NewRange = New StandInRange: NewRange.Init book, sheet, i, r, c: End Function
 
-' Message and input boxes: texts and buttons are kept; OK boxes answer 1,
-' Yes/No boxes 6 (Yes); input boxes take the prepared answers in turn, then
-' are cancelled (Empty).
+' OK boxes answer 1, Yes/No boxes 6 (Yes); input boxes take the answers in
+' turn, then are cancelled (Empty).
 Class StandInUserInterface
   Public Messages
   Public Buttons
