@@ -117,16 +117,6 @@ Sub Expect(what, actual, expected): Check what, Differ(actual, expected) = "", D
 
 Function List(items): List = Array(Array(0), items): End Function
 
-' A Dictionary's keys and items in turn.
-Function Pairs(d)
-  Dim k, p
-  Set p = CreateObject("Scripting.Dictionary")
-  For Each k In d.Keys
-    p.Add p.Count, k
-    p.Add p.Count, d(k)
-  Next
-  Pairs = p.Items
-End Function
 
 ' A counter, whichever integer type it comes as.
 Sub Num(what, actual, expected)

@@ -177,11 +177,11 @@ Sub TestRecord()
   got = rs.EOF & e.EOF & e.MoveFirst & rs.AbsolutePosition & e.BOF & e.MoveLast & rs.AbsolutePosition & e.MovePrevious & rs.AbsolutePosition
   Check "EOF at the end, MoveFirst, BOF, MoveLast, MovePrevious move the host's record set", got = "TrueTrueTrue1FalseTrue3True2", got
 
-  Expect "ChangeField edits and updates the field of the current row", Array(e.ChangeField(T("base"), 10), Pairs(rs.Written), _
-    rs.Calls), List(Array(True, List(Array(T("base"), CCur(10))), "Edit Update "))
+  Expect "ChangeField edits and updates the field of the current row", Array(e.ChangeField(T("base"), 10), rs.Written.Keys, _
+    rs.Written.Items, rs.Calls), List(Array(True, List(Array(T("base"))), List(Array(CCur(10))), "Edit Update "))
   Run e, Array("MoveFirst", T("base") & " = " & T("base") & " + 1", "Code = ""x"""), Empty
-  Expect "the script's assignments reach the record set, each updated", Array(Pairs(rs.Written), rs.Calls), _
-    List(Array(List(Array(T("base"), CCur(3001.5), "Code", "x")), "Edit Update Edit Update Edit Update "))
+  Expect "the script's assignments reach the record set, each updated", Array(rs.Written.Keys, rs.Written.Items, rs.Calls), _
+    List(Array(List(Array(T("base"), "Code")), List(Array(CCur(3001.5), "x")), "Edit Update Edit Update Edit Update "))
 
   rs.MoveLast: rs.MoveNext
   Check "MoveNext past the end gives False and error 102", Not e.MoveNext And e.ErrNum = 102, e.ErrNum

@@ -119,7 +119,8 @@ def make_case(name, folder, number):
         out.append('  Expect %svariable " & %s, Array(e.IsVarDefined(%s), e.GetVarValue(%s)), List(Array(True, %s))'
                    % (p, vb(var), vb(var), vb(var), expected(v)))
     lists = [("messages", "ui.Messages.Items", [vb(m) for m in x["messages"]]),
-             ("fields", "Pairs(rs.Written)", [vb(f) + ", " + expected(v) for f, v in x.get("fields", {}).items()]),
+             ("fields", "rs.Written.Keys", [vb(f) for f in x.get("fields", {})]),
+             ("fields", "rs.Written.Items", [expected(v) for v in x.get("fields", {}).values()]),
              ("sql", "conn.Received.Items", [vb(s) for s in x.get("sql", [])]),
              ("SQL texts without an answer", "conn.Unexpected.Items", [])]
     keep = {"messages": True, "fields": "fields" in x, "sql": "sql" in x}

@@ -1,7 +1,6 @@
 #!/bin/bash
-# run.sh DLL x64|x86: registers DLL in a fresh Wine prefix, runs the shared
-# script cases and component_test.vbs, unregisters it. KORVEX_TEST_VERBOSE=1
-# prints every check.
+# run.sh DLL x64|x86: registers DLL in a fresh Wine prefix, runs the shared cases and
+# component_test.vbs, unregisters it. KORVEX_TEST_VERBOSE=1 prints every check.
 set -u
 case ${2:-} in
   x64) export WINEARCH=win64; wine=/usr/lib/wine/wine64 ;;
@@ -26,11 +25,9 @@ win 120 $wine regsvr32 /s 'C:\korvex-tests\korvex-automation.dll' || fail "regsv
 clsid=$(clsid_of Morlan.BasicEngine)
 threading=$(timeout 60 $wine reg query "HKCR\\CLSID\\$clsid\\InprocServer32" /v ThreadingModel 2>/dev/null |
   tr -d '\r' | awk '/ThreadingModel/ {print $NF}')
-if [ -n "$clsid" ] && [ "$(clsid_of Morlan.BasicEngine.1)" = "$clsid" ] && [ "$threading" = Apartment ]; then
-  echo "ok   both ProgIDs name $clsid, apartment-threaded"
-else
+[ -n "$clsid" ] && [ "$(clsid_of Morlan.BasicEngine.1)" = "$clsid" ] && [ "$threading" = Apartment ] &&
+  echo "ok   both ProgIDs name $clsid, apartment-threaded" ||
   fail "Morlan.BasicEngine names '$clsid', .1 '$(clsid_of Morlan.BasicEngine.1)', threading '$threading'"
-fi
 
 # cscript exits 0 even when a script broke off with an error, so the
 # script's report must also end in its success line.
@@ -60,11 +57,9 @@ win 120 $wine regsvr32 /s /u 'C:\korvex-tests\korvex-automation.dll' || fail "re
 printf 'On Error Resume Next\r\nSet o = CreateObject("Morlan.BasicEngine")\r\nIf Err.Number = 0 Then WScript.Quit 3\r\nWScript.Quit 7\r\n' >"$tests/gone.vbs"
 win 120 $wine cscript.exe //nologo 'C:\korvex-tests\gone.vbs'
 gone=$?
-if [ $gone -eq 7 ] && [ -z "$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)" ] &&
-  ! timeout 60 $wine reg query "HKCR\\CLSID\\${clsid:-none}" >/dev/null 2>&1; then
-  echo "ok   unregistered: the class can no longer be created"
-else
+[ $gone -eq 7 ] && [ -z "$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)" ] &&
+  ! timeout 60 $wine reg query "HKCR\\CLSID\\${clsid:-none}" >/dev/null 2>&1 &&
+  echo "ok   unregistered: the class can no longer be created" ||
   fail "still registered after regsvr32 /u (cscript exit $gone, 3 when created)"
-fi
 echo "== $2: $failures failure(s)"
 [ $failures -eq 0 ]
