@@ -51,13 +51,9 @@ End Function
 Function Describe(v)
   Dim x, d
   If IsArray(v) Then
-    For d = 1 To Dimensions(v)
-      Describe = Describe & ", " & LBound(v, d) & " to " & UBound(v, d)
-    Next
+    For d = 1 To Dimensions(v): Describe = Describe & ", " & LBound(v, d) & " to " & UBound(v, d): Next
     Describe = "Array(" & Mid(Describe, 3) & ") ["
-    For Each x In v
-      Describe = Describe & Describe(x) & "; "
-    Next
+    For Each x In v: Describe = Describe & Describe(x) & "; ": Next
     Describe = Describe & "]"
   ElseIf IsObject(v) Or IsNull(v) Or IsEmpty(v) Then
     Describe = TypeName(v)

@@ -21,18 +21,13 @@ End Sub
 ' pairs: a variable's name, its expected value, the next name...
 Sub Vars(e, pairs)
   Dim i
-  For i = 0 To UBound(pairs) Step 2
-    Expect "variable " & pairs(i), e.GetVarValue(pairs(i)), pairs(i + 1)
-  Next
+  For i = 0 To UBound(pairs) Step 2: Expect "variable " & pairs(i), e.GetVarValue(pairs(i)), pairs(i + 1): Next
 End Sub
 
 Function Table(columns, values)
   Dim g, i
-  g = Array(0)
-  ReDim g((UBound(values) + 1) \ columns - 1, columns - 1)
-  For i = 0 To UBound(values)
-    g(i \ columns, i Mod columns) = values(i)
-  Next
+  g = Array(0): ReDim g((UBound(values) + 1) \ columns - 1, columns - 1)
+  For i = 0 To UBound(values): g(i \ columns, i Mod columns) = values(i): Next
   Table = g
 End Function
 
