@@ -41,6 +41,15 @@ HRESULT guard(F&& f) noexcept {
   }
 }
 
+// Hands a host object to one of the engine's setters.
+template <class Set>
+HRESULT storeObject(IDispatch* disp, Set&& set) noexcept {
+  return guard([&]() -> HRESULT {
+    set(wrapDispatch(disp));
+    return S_OK;
+  });
+}
+
 template <class T, class U>
 HRESULT give(T value, U* out) {
   if (!out) return E_POINTER;
@@ -188,10 +197,7 @@ HRESULT EngineObject::get_Parent(IDispatch** parent) {
 HRESULT EngineObject::put_Parent(IDispatch* parent) { return putref_Parent(parent); }
 
 HRESULT EngineObject::putref_Parent(IDispatch* parent) {
-  return guard([&]() -> HRESULT {
-    engine_.SetParent(wrapDispatch(parent));
-    return S_OK;
-  });
+  return storeObject(parent, [&](ObjectRef o) { engine_.SetParent(std::move(o)); });
 }
 
 HRESULT EngineObject::get_RecordSet(IDispatch** recordset) {
@@ -199,10 +205,7 @@ HRESULT EngineObject::get_RecordSet(IDispatch** recordset) {
 }
 
 HRESULT EngineObject::putref_RecordSet(IDispatch* recordset) {
-  return guard([&]() -> HRESULT {
-    engine_.SetRecordSet(wrapDispatch(recordset));
-    return S_OK;
-  });
+  return storeObject(recordset, [&](ObjectRef o) { engine_.SetRecordSet(std::move(o)); });
 }
 
 HRESULT EngineObject::get_ExcelBook(IDispatch** book) {
@@ -212,10 +215,7 @@ HRESULT EngineObject::get_ExcelBook(IDispatch** book) {
 HRESULT EngineObject::put_ExcelBook(IDispatch* book) { return putref_ExcelBook(book); }
 
 HRESULT EngineObject::putref_ExcelBook(IDispatch* book) {
-  return guard([&]() -> HRESULT {
-    engine_.SetExcelBook(wrapDispatch(book));
-    return S_OK;
-  });
+  return storeObject(book, [&](ObjectRef o) { engine_.SetExcelBook(std::move(o)); });
 }
 
 HRESULT EngineObject::get_ActiveExcelSheet(IDispatch** sheet) {
@@ -227,10 +227,7 @@ HRESULT EngineObject::put_ActiveExcelSheet(IDispatch* sheet) {
 }
 
 HRESULT EngineObject::putref_ActiveExcelSheet(IDispatch* sheet) {
-  return guard([&]() -> HRESULT {
-    engine_.SetActiveExcelSheet(wrapDispatch(sheet));
-    return S_OK;
-  });
+  return storeObject(sheet, [&](ObjectRef o) { engine_.SetActiveExcelSheet(std::move(o)); });
 }
 
 // ---- variables -----------------------------------------------------------------
@@ -365,10 +362,7 @@ HRESULT EngineObject::get_UserInterface(IDispatch** ui) { return giveObject(ui_-
 HRESULT EngineObject::put_UserInterface(IDispatch* ui) { return putref_UserInterface(ui); }
 
 HRESULT EngineObject::putref_UserInterface(IDispatch* ui) {
-  return guard([&]() -> HRESULT {
-    ui_->route(wrapDispatch(ui));
-    return S_OK;
-  });
+  return storeObject(ui, [&](ObjectRef o) { ui_->route(std::move(o)); });
 }
 
 HRESULT EngineObject::get_Unattended(VARIANT_BOOL* unattended) {
@@ -389,10 +383,7 @@ HRESULT EngineObject::put_ObjectFactory(IDispatch* factory) {
 }
 
 HRESULT EngineObject::putref_ObjectFactory(IDispatch* factory) {
-  return guard([&]() -> HRESULT {
-    objects_->route(wrapDispatch(factory));
-    return S_OK;
-  });
+  return storeObject(factory, [&](ObjectRef o) { objects_->route(std::move(o)); });
 }
 
 }  // namespace korvex::automation
