@@ -25,9 +25,11 @@ win 120 $wine regsvr32 /s 'C:\korvex-tests\korvex-automation.dll' || fail "regsv
 clsid=$(clsid_of Morlan.BasicEngine)
 threading=$(timeout 60 $wine reg query "HKCR\\CLSID\\$clsid\\InprocServer32" /v ThreadingModel 2>/dev/null |
   tr -d '\r' | awk '/ThreadingModel/ {print $NF}')
-[ -n "$clsid" ] && [ "$(clsid_of Morlan.BasicEngine.1)" = "$clsid" ] && [ "$threading" = Apartment ] &&
-  echo "ok   both ProgIDs name $clsid, apartment-threaded" ||
-  fail "Morlan.BasicEngine names '$clsid', .1 '$(clsid_of Morlan.BasicEngine.1)', threading '$threading'"
+typelib=$(timeout 60 $wine reg query "HKCR\\CLSID\\$clsid\\TypeLib" /ve 2>/dev/null | grep -o '{[0-9A-Fa-f-]*}' | tail -n 1)
+typelib_registered() { timeout 60 $wine reg query "HKCR\\TypeLib\\${typelib:-none}\\1.0" >/dev/null 2>&1; }
+[ -n "$clsid" ] && [ "$(clsid_of Morlan.BasicEngine.1)" = "$clsid" ] && [ "$threading" = Apartment ] && typelib_registered &&
+  echo "ok   both ProgIDs name $clsid, apartment-threaded, type library $typelib" ||
+  fail "Morlan.BasicEngine names '$clsid', .1 '$(clsid_of Morlan.BasicEngine.1)', threading '$threading', type library '$typelib'"
 
 # cscript exits 0 even when a script broke off with an error, so the
 # script's report must also end in its success line.
@@ -59,6 +61,7 @@ win 120 $wine cscript.exe //nologo 'C:\korvex-tests\gone.vbs'
 gone=$?
 [ $gone -eq 7 ] && [ -z "$(clsid_of Morlan.BasicEngine)$(clsid_of Morlan.BasicEngine.1)" ] &&
   ! timeout 60 $wine reg query "HKCR\\CLSID\\${clsid:-none}" >/dev/null 2>&1 &&
+  ! typelib_registered &&
   echo "ok   unregistered: the class can no longer be created" ||
   fail "still registered after regsvr32 /u (cscript exit $gone, 3 when created)"
 echo "== $2: $failures failure(s)"
