@@ -19,6 +19,7 @@
 
 #include "korvex/host_object.hpp"
 #include "korvex/locale.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
@@ -133,13 +134,25 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
 
 /// Opens the SQLite file `path` (it must exist; the name is a path, never a
 /// connection string) as a Connection of `objects`; the open connection,
-/// or false with a one-line reason in `error`.
+/// or false with a one-line reason in `error`. A `path` that names no file
+/// but a database server (namesDatabaseServer) is opened as that server's
+/// connection string, with `objects` of postgresObjectFactory.
 bool openDatabaseFile(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
                       std::string& error);
+
+/// Whether `database` (a --db value) is a server's connection string: it
+/// names one and no file of that name exists.
+bool isServerDatabase(const std::string& database);
+/// The objects that open `database`: the server's for a server's
+/// connection string, SQLite's for a file.
+std::shared_ptr<ObjectFactory> objectFactoryFor(const std::string& database,
+                                                std::shared_ptr<SqlLog> log = nullptr,
+                                                SqliteAccess access = {});
 
 /// Refuses a record query that is not exactly one statement reading rows,
 /// as `database` compiles it, before any of it runs: false with a one-line
 /// reason in `error`.
 bool checkRecordQuery(SqliteDatabase database, const std::string& sql, std::string& error);
+bool checkRecordQuery(PostgresDatabase database, const std::string& sql, std::string& error);
 
 }  // namespace korvex

@@ -1,0 +1,557 @@
+#include "postgres/server_session.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <optional>
+
+#include "sqlite/field_types.hpp"
+#include "sqlite/sql_tokens.hpp"
+#include "values/text_scan.hpp"
+
+namespace korvex::ds {
+
+namespace {
+
+// Server type numbers of the values read as numbers or bytes.
+enum : Oid {
+  kBool = 16,
+  kBytea = 17,
+  kInt8 = 20,
+  kInt2 = 21,
+  kInt4 = 23,
+  kOid = 26,
+  kFloat4 = 700,
+  kFloat8 = 701,
+  kNumeric = 1700,
+};
+
+// What the session needs before the first payroll text: dates read and
+// written in ISO form (and month first where a text is ambiguous), and the
+// payroll database's functions the server lacks or has with another
+// meaning, in the session's own schema so that nothing is left behind.
+constexpr std::string_view kSessionSetup = R"SQL(
+SET datestyle = 'ISO, MDY';
+SET client_encoding = 'UTF8';
+SET client_min_messages = warning;
+CREATE FUNCTION pg_temp.korvex_year(date) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(year FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_year(timestamp) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(year FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_year(text) RETURNS integer LANGUAGE sql STABLE
+  AS 'SELECT extract(year FROM $1::timestamp)::integer';
+CREATE FUNCTION pg_temp.korvex_month(date) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(month FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_month(timestamp) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(month FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_month(text) RETURNS integer LANGUAGE sql STABLE
+  AS 'SELECT extract(month FROM $1::timestamp)::integer';
+CREATE FUNCTION pg_temp.korvex_day(date) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(day FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_day(timestamp) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT extract(day FROM $1)::integer';
+CREATE FUNCTION pg_temp.korvex_day(text) RETURNS integer LANGUAGE sql STABLE
+  AS 'SELECT extract(day FROM $1::timestamp)::integer';
+CREATE FUNCTION pg_temp.korvex_length(bigint) RETURNS integer LANGUAGE plpgsql IMMUTABLE
+  AS 'BEGIN IF $1 < 0 THEN RAISE EXCEPTION ''Invalid length parameter passed to the function.''; END IF; RETURN $1; END';
+CREATE FUNCTION pg_temp.korvex_left(text, bigint) RETURNS text LANGUAGE sql IMMUTABLE
+  AS 'SELECT left($1, pg_temp.korvex_length($2))';
+CREATE FUNCTION pg_temp.korvex_left(numeric, bigint) RETURNS text LANGUAGE sql IMMUTABLE
+  AS 'SELECT left($1::text, pg_temp.korvex_length($2))';
+CREATE FUNCTION pg_temp.korvex_right(text, bigint) RETURNS text LANGUAGE sql IMMUTABLE
+  AS 'SELECT right($1, pg_temp.korvex_length($2))';
+CREATE FUNCTION pg_temp.korvex_right(numeric, bigint) RETURNS text LANGUAGE sql IMMUTABLE
+  AS 'SELECT right($1::text, pg_temp.korvex_length($2))';
+CREATE FUNCTION pg_temp.korvex_len(text) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT length(rtrim($1, '' ''))';
+CREATE FUNCTION pg_temp.korvex_len(numeric) RETURNS integer LANGUAGE sql IMMUTABLE
+  AS 'SELECT length($1::text)';
+CREATE FUNCTION pg_temp.korvex_getdate() RETURNS timestamp LANGUAGE sql STABLE
+  AS 'SELECT localtimestamp(0)';
+)SQL";
+
+// The payroll types kept as domains: a money amount to four places, a bit
+// as a small number. Made once per database; a session racing another
+// finds it made.
+constexpr std::string_view kDomains = R"SQL(DO $$BEGIN
+  IF to_regtype('public.korvex_money') IS NULL THEN
+    CREATE DOMAIN public.korvex_money AS numeric(19,4);
+  END IF;
+  IF to_regtype('public.korvex_bit') IS NULL THEN
+    CREATE DOMAIN public.korvex_bit AS smallint;
+  END IF;
+EXCEPTION WHEN duplicate_object OR unique_violation THEN NULL;
+END$$)SQL";
+
+std::string lowerAscii(std::u16string_view name) {
+  std::string out = toUtf8(name);
+  for (char& c : out) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  return out;
+}
+
+std::string numberText(double d) {
+  std::array<char, 32> buffer{};
+  const auto [end, ec] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), d);
+  return ec == std::errc{} ? std::string(buffer.data(), end) : std::string("0");
+}
+
+int fromHex(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return 0;
+}
+
+// A value as the server sent it in text form, as SQLite would have stored
+// it: integers, reals, text or bytes.
+SqlCell cellOf(Oid type, std::string_view text) {
+  const auto integer = [&]() -> std::optional<long long> {
+    long long n = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
+    if (ec != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return n;
+  };
+  switch (type) {
+    case kBool:
+      return static_cast<long long>(text == "t" ? 1 : 0);
+    case kInt2:
+    case kInt4:
+    case kInt8:
+    case kOid:
+    case kNumeric:
+      // A whole numeric (a sum of integers) stays an integer, as SQLite's
+      // sums of integers are.
+      if (const auto n = integer()) return *n;
+      [[fallthrough]];
+    case kFloat4:
+    case kFloat8:
+      return std::strtod(std::string(text).c_str(), nullptr);
+    case kBytea: {
+      SqlBlob blob;
+      if (text.starts_with("\\x")) {
+        for (std::size_t i = 2; i + 1 < text.size(); i += 2) {
+          blob.bytes += static_cast<char>(fromHex(text[i]) * 16 + fromHex(text[i + 1]));
+        }
+      }
+      return blob;
+    }
+    default:
+      return std::string(text);
+  }
+}
+
+// The field type of a column's declared type, as the server writes it
+// (format_type): "character varying(10)", "public.korvex_money", ...
+std::int32_t typeOfServerDeclared(std::string_view declared) {
+  if (declared == "bytea") return kTypeBinary;
+  return typeOfDeclared(declared);
+}
+
+// Only a select list of plain names can come from one table's columns
+// alone: anything with parentheses is an expression, which no row holds.
+bool plainSelectList(std::string_view sql, std::size_t from) {
+  for (const SqlToken& t : sqlTokens(sql.substr(0, from))) {
+    if (t.kind == SqlTokenKind::Symbol && sql[t.begin] == '(') return false;
+  }
+  return true;
+}
+
+// Row identity on the server: where the row lies, the transaction that
+// wrote it last and its table. A row found by all three is the row read,
+// unchanged since: an update moves it, so a write never lands on a row
+// that merely took another's place.
+constexpr std::array<std::u16string_view, 3> kIdentity{u"ctid", u"xmin", u"tableoid"};
+constexpr std::string_view kIdentityColumns = ", ctid, xmin, tableoid ";
+
+}  // namespace
+
+bool namesServer(std::string_view database) {
+  if (database.starts_with("postgresql://") || database.starts_with("postgres://")) return true;
+  // key=value settings: a word, "=", and among them the host or database.
+  const auto setting = [&](std::string_view key) {
+    for (std::size_t at = database.find(key); at != std::string_view::npos;
+         at = database.find(key, at + 1)) {
+      const bool starts = at == 0 || database[at - 1] == ' ';
+      std::size_t eq = at + key.size();
+      while (eq < database.size() && database[eq] == ' ') ++eq;
+      if (starts && eq < database.size() && database[eq] == '=') return true;
+    }
+    return false;
+  };
+  return setting("host") || setting("dbname") || setting("service");
+}
+
+ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
+                             bool readOnly)
+    : connection_(connection) {
+  const std::string database = toUtf8(catalog);
+  const char* keys[] = {"dbname", catalog.empty() ? nullptr : "dbname", nullptr};
+  const char* values[] = {connection.c_str(), database.c_str(), nullptr};
+  conn_ = PQconnectdbParams(keys, values, 1);
+  if (conn_ == nullptr || PQstatus(conn_) != CONNECTION_OK) {
+    std::string why = conn_ != nullptr ? PQerrorMessage(conn_) : "out of memory";
+    while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
+    PQfinish(conn_);
+    conn_ = nullptr;
+    throw DbError(fromUtf8(why));
+  }
+  try {
+    execute(kSessionSetup);
+    if (readOnly) execute("SET default_transaction_read_only = on");
+    const ResultSet name = runExact("SELECT current_database()", {}, 0);
+    catalog_ = name.rows.at(0).at(0).stringValue();
+  } catch (...) {
+    PQfinish(conn_);
+    conn_ = nullptr;
+    throw;
+  }
+}
+
+ServerSession::~ServerSession() { PQfinish(conn_); }
+
+void ServerSession::fail(const PGresult* result) const {
+  const char* primary = result ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
+  std::string why = primary != nullptr ? primary : PQerrorMessage(conn_);
+  while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
+  throw DbError(fromUtf8(why));
+}
+
+bool ServerSession::inTransaction() const { return PQtransactionStatus(conn_) != PQTRANS_IDLE; }
+
+void ServerSession::execute(std::string_view sql) {
+  Result r(PQexec(conn_, std::string(sql).c_str()), PQclear);
+  const ExecStatusType status = PQresultStatus(r.get());
+  if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK && status != PGRES_EMPTY_QUERY) {
+    fail(r.get());
+  }
+}
+
+// One statement with its parameters bound (never pasted): integers and
+// reals with their types, text and NULL as untyped values that take the
+// type the statement gives them, as a quoted literal would; a parameter
+// the statement does not use as text, which it ignores.
+ServerSession::Result ServerSession::send(std::string_view sql,
+                                          std::span<const SqlParameter> params) {
+  const std::vector<bool> used = placeholdersUsed(sql);
+  const std::size_t count = used.size();
+  std::vector<std::string> texts(count);
+  std::vector<const char*> values(count, nullptr);
+  std::vector<Oid> types(count, 0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const SqlParameter p = i < params.size() ? params[i] : SqlParameter{nullptr};
+    if (const auto* n = std::get_if<long long>(&p)) {
+      texts[i] = std::to_string(*n);
+      types[i] = kInt8;
+    } else if (const auto* d = std::get_if<double>(&p)) {
+      texts[i] = numberText(*d);
+      types[i] = kFloat8;
+    } else if (const auto* s = std::get_if<std::string>(&p)) {
+      texts[i] = *s;
+    } else if (const auto* b = std::get_if<SqlBlob>(&p)) {
+      static constexpr char kDigits[] = "0123456789abcdef";
+      texts[i] = "\\x";
+      for (unsigned char c : b->bytes) texts[i] += {kDigits[c >> 4], kDigits[c & 15]};
+      types[i] = kBytea;
+    }
+    if (!std::holds_alternative<std::nullptr_t>(p)) values[i] = texts[i].c_str();
+    if (!used[i]) types[i] = 25;  // text
+  }
+  Result r(PQexecParams(conn_, std::string(sql).c_str(), static_cast<int>(count), types.data(),
+                        values.data(), nullptr, nullptr, 0),
+           PQclear);
+  const ExecStatusType status = PQresultStatus(r.get());
+  if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK && status != PGRES_EMPTY_QUERY) {
+    fail(r.get());
+  }
+  return r;
+}
+
+// Inside a transaction a failed statement would leave the whole
+// transaction unusable; the payroll database undoes only the statement.
+// A savepoint around it does the same here.
+ServerSession::Result ServerSession::guarded(std::string_view sql,
+                                             std::span<const SqlParameter> params) {
+  if (!inTransaction()) return send(sql, params);
+  execute("SAVEPOINT korvex_statement");
+  try {
+    Result r = send(sql, params);
+    execute("RELEASE SAVEPOINT korvex_statement");
+    return r;
+  } catch (const DbError&) {
+    execute("ROLLBACK TO SAVEPOINT korvex_statement; RELEASE SAVEPOINT korvex_statement");
+    throw;
+  }
+}
+
+const ServerSession::TableInfo& ServerSession::table(unsigned oid) {
+  auto known = tables_.find(oid);
+  if (known != tables_.end()) return known->second;
+  const std::array<SqlParameter, 1> key{std::to_string(oid)};
+  Result r = send(
+      "SELECT c.relname, a.attnum, a.attname, format_type(a.atttypid, a.atttypmod) "
+      "FROM pg_class c JOIN pg_attribute a ON a.attrelid = c.oid "
+      "WHERE c.oid = $1 AND a.attnum > 0 AND NOT a.attisdropped",
+      key);
+  TableInfo info;
+  for (int row = 0; row < PQntuples(r.get()); ++row) {
+    info.name = fromUtf8(PQgetvalue(r.get(), row, 0));
+    info.columns[std::atoi(PQgetvalue(r.get(), row, 1))] = {fromUtf8(PQgetvalue(r.get(), row, 2)),
+                                                            PQgetvalue(r.get(), row, 3)};
+  }
+  return tables_.emplace(oid, std::move(info)).first->second;
+}
+
+ResultSet ServerSession::rowsOf(const PGresult* r, std::size_t hidden) {
+  ResultSet result;
+  const int fields = PQnfields(r);
+  const int columns = std::max(0, fields - static_cast<int>(hidden));
+  result.hasRows = PQresultStatus(r) == PGRES_TUPLES_OK && columns > 0;
+  std::vector<std::optional<bool>> binary(static_cast<std::size_t>(columns));
+  for (int i = 0; i < columns; ++i) {
+    Column c;
+    c.name = fromUtf8(PQfname(r, i));
+    c.type = 0;
+    if (const Oid oid = PQftable(r, i); oid != InvalidOid) {
+      const TableInfo& info = table(oid);
+      const auto column = info.columns.find(PQftablecol(r, i));
+      if (column != info.columns.end()) {
+        c.table = info.name;
+        c.origin = column->second.first;
+        c.type = typeOfServerDeclared(column->second.second);
+      }
+    }
+    result.columns.push_back(std::move(c));
+  }
+  const int rows = PQntuples(r);
+  for (int row = 0; row < rows; ++row) {
+    std::vector<Value> values;
+    values.reserve(static_cast<std::size_t>(columns));
+    for (int i = 0; i < columns; ++i) {
+      if (PQgetisnull(r, row, i)) {
+        values.push_back(Value::null());
+        continue;
+      }
+      const std::string_view text(PQgetvalue(r, row, i),
+                                  static_cast<std::size_t>(PQgetlength(r, row, i)));
+      SqlCell cell = cellOf(PQftype(r, i), text);
+      std::optional<bool>& first = binary[static_cast<std::size_t>(i)];
+      if (!first) first = std::holds_alternative<SqlBlob>(cell);
+      values.push_back(storedCell(std::move(cell)));
+    }
+    result.rows.push_back(std::move(values));
+    if (hidden > 0) {
+      std::vector<SqlCell> id;
+      for (int i = columns; i < fields; ++i) {
+        if (PQgetisnull(r, row, i)) {
+          id.emplace_back(nullptr);
+        } else {
+          id.emplace_back(std::string(PQgetvalue(r, row, i)));
+        }
+      }
+      result.rowIdentities.push_back(std::move(id));
+    }
+  }
+  if (!result.hasRows) {
+    const char* changed = PQcmdTuples(const_cast<PGresult*>(r));
+    result.changed = changed != nullptr ? std::atoll(changed) : 0;
+  }
+  settleColumnTypes(result, binary);
+  return result;
+}
+
+// One statement of a payroll text. A query of plain columns of one table
+// reads each row's identity along, so that its record set can write the
+// row back; when that reading fails (a view, a subquery, names that two
+// tables share), the statement runs as written.
+ResultSet ServerSession::statement(std::string_view sql, std::span<const SqlParameter> params) {
+  const std::string word = firstWord(sql);
+  if (word == "CREATE" || word == "ALTER" || word == "DROP") tables_.clear();
+  if (const std::optional<std::size_t> from = selectListEnd(sql);
+      from && plainSelectList(sql, *from)) {
+    std::string traced(sql.substr(0, *from));
+    traced += kIdentityColumns;
+    traced += sql.substr(*from);
+    std::optional<Result> read;
+    try {
+      read.emplace(guarded(traced, params));
+    } catch (const DbError&) {
+    }
+    if (read) {
+      ResultSet result = rowsOf(read->get(), kIdentity.size());
+      const bool oneTable =
+          !result.columns.empty() &&
+          std::all_of(result.columns.begin(), result.columns.end(), [&](const Column& c) {
+            return !c.origin.empty() && c.table == result.columns[0].table;
+          });
+      const bool identified =
+          std::all_of(result.rowIdentities.begin(), result.rowIdentities.end(), [](const auto& id) {
+            return std::none_of(id.begin(), id.end(), [](const SqlCell& c) {
+              return std::holds_alternative<std::nullptr_t>(c);
+            });
+          });
+      if (oneTable && identified) {
+        result.identity.assign(kIdentity.begin(), kIdentity.end());
+      } else {
+        result.rowIdentities.clear();
+      }
+      return result;
+    }
+  }
+  return rowsOf(guarded(sql, params).get(), 0);
+}
+
+ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> params) {
+  const ServerText adapted = adaptForServer(sql);
+  if (adapted.usesDomains) makeDomains();
+  const std::string text = toUtf8(adapted.sql);
+  std::vector<SqlParameter> values;
+  for (const Value& v : params) values.push_back(parameterOf(v));
+  ResultSet result;
+  for (const std::string_view one : serverStatements(text)) {
+    if (const TransactionWord word = transactionWord(one); word != TransactionWord::None) {
+      userTransaction(word);
+      result = ResultSet{};
+      continue;
+    }
+    result = statement(one, values);
+  }
+  return result;
+}
+
+ResultSet ServerSession::runExact(std::string_view sql, std::span<const SqlParameter> params,
+                                  std::size_t identity) {
+  return rowsOf(guarded(sql, params).get(), identity);
+}
+
+void ServerSession::makeDomains() {
+  if (domains_) return;
+  if (inTransaction()) {
+    guarded(kDomains, {});
+  } else {
+    execute(kDomains);
+  }
+  domains_ = true;
+}
+
+std::optional<ResultSet> ServerSession::callFunction(std::u16string_view name,
+                                                     std::span<const Value> inputs) {
+  const std::string function = lowerAscii(name);
+  const std::array<SqlParameter, 1> key{function};
+  if (PQntuples(send("SELECT 1 FROM pg_proc WHERE proname = $1", key).get()) == 0) {
+    return std::nullopt;
+  }
+  std::string sql = "SELECT * FROM " + doubleQuoted(std::string_view(function)) + "(";
+  std::vector<SqlParameter> values;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    sql += (i == 0 ? "$" : ", $") + std::to_string(i + 1);
+    values.push_back(parameterOf(inputs[i]));
+  }
+  return rowsOf(guarded(sql + ")", values).get(), 0);
+}
+
+SqliteDatabase::TextKind ServerSession::inspect(std::u16string_view sql) {
+  using Kind = SqliteDatabase::TextKind;
+  const std::string text = toUtf8(adaptForServer(sql).sql);
+  const std::vector<std::string_view> statements = serverStatements(text);
+  if (statements.empty()) return Kind::Nothing;
+  const std::string word = firstWord(statements[0]);
+  // Only these read without writing; a query that calls a function which
+  // writes is refused when it runs, as the record query runs read-only.
+  const bool reads = word == "SELECT" || word == "WITH" || word == "VALUES" || word == "TABLE";
+  if (!reads || transactionWord(statements[0]) != TransactionWord::None) {
+    return word == "SHOW" || word == "EXPLAIN" ? Kind::Other : Kind::Writes;
+  }
+  // A query that locks its rows, or a WITH that writes, writes.
+  for (const SqlToken& t : sqlTokens(statements[0])) {
+    if (t.kind != SqlTokenKind::Word) continue;
+    const std::string_view w = statements[0].substr(t.begin, t.size);
+    for (std::string_view writes : {"INSERT", "UPDATE", "DELETE", "MERGE", "INTO"}) {
+      if (isWord(w, writes)) return Kind::Writes;
+    }
+  }
+  if (statements.size() > 1) return Kind::Several;
+  // Compiled, not run: a mistake in it is the server's message (and undoes
+  // nothing but the compile, inside a transaction).
+  const bool inside = inTransaction();
+  if (inside) execute("SAVEPOINT korvex_statement");
+  Result prepared(PQprepare(conn_, "", std::string(statements[0]).c_str(), 0, nullptr), PQclear);
+  if (PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) {
+    if (inside) execute("ROLLBACK TO SAVEPOINT korvex_statement");
+    if (inside) execute("RELEASE SAVEPOINT korvex_statement");
+    fail(prepared.get());
+  }
+  if (inside) execute("RELEASE SAVEPOINT korvex_statement");
+  Result described(PQdescribePrepared(conn_, ""), PQclear);
+  return PQnfields(described.get()) > 0 ? Kind::Query : Kind::Other;
+}
+
+void ServerSession::userTransaction(TransactionWord word) {
+  if (!enclosing_) {
+    if (word == TransactionWord::Begin) {
+      if (inTransaction()) throw DbError(u"cannot start a transaction within a transaction");
+      execute("BEGIN");
+      return;
+    }
+    if (!inTransaction()) {
+      throw DbError(word == TransactionWord::Commit
+                        ? u"cannot commit - no transaction is active"
+                        : u"cannot rollback - no transaction is active");
+    }
+    execute(word == TransactionWord::Commit ? "COMMIT" : "ROLLBACK");
+    return;
+  }
+  // Inside the host's transaction: a savepoint of the scripts' own, failing
+  // as a transaction of theirs would.
+  if (word == TransactionWord::Begin) {
+    if (userOpen_) throw DbError(u"cannot start a transaction within a transaction");
+    execute("SAVEPOINT korvex_user");
+    userOpen_ = true;
+    return;
+  }
+  if (!userOpen_) {
+    throw DbError(word == TransactionWord::Commit ? u"cannot commit - no transaction is active"
+                                                  : u"cannot rollback - no transaction is active");
+  }
+  execute(word == TransactionWord::Commit
+              ? "RELEASE SAVEPOINT korvex_user"
+              : "ROLLBACK TO SAVEPOINT korvex_user; RELEASE SAVEPOINT korvex_user");
+  userOpen_ = false;
+}
+
+void ServerSession::begin() { execute("BEGIN"); }
+
+void ServerSession::beginEnclosing() {
+  execute("BEGIN");
+  enclosing_ = true;
+}
+
+void ServerSession::commit() {
+  enclosing_ = userOpen_ = false;
+  queryOnly_ = false;
+  execute("COMMIT");
+}
+
+void ServerSession::rollback() {
+  enclosing_ = userOpen_ = false;
+  queryOnly_ = false;
+  execute("ROLLBACK");
+}
+
+// Inside a transaction, a savepoint that reads only: undoing it afterwards
+// puts the transaction back as it was, able to write again.
+void ServerSession::setQueryOnly(bool on) {
+  if (on == queryOnly_) return;
+  if (!inTransaction() && !on) {
+    execute("SET default_transaction_read_only = off");
+  } else if (!inTransaction()) {
+    execute("SET default_transaction_read_only = on");
+  } else if (on) {
+    execute("SAVEPOINT korvex_query_only; SET LOCAL transaction_read_only = on");
+  } else {
+    execute("ROLLBACK TO SAVEPOINT korvex_query_only; RELEASE SAVEPOINT korvex_query_only");
+  }
+  queryOnly_ = on;
+}
+
+}  // namespace korvex::ds

@@ -1,0 +1,95 @@
+// One connection to the database server and what the data-access objects
+// do on it: the payroll texts adapted and run statement by statement, the
+// rows read with the field types of the columns they come from, the
+// transactions of the host and of the scripts.
+#pragma once
+
+#include <libpq-fe.h>
+
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "korvex/sqlite.hpp"
+#include "korvex/value.hpp"
+#include "postgres/server_dialect.hpp"
+#include "sqlite/backend.hpp"
+
+namespace korvex::ds {
+
+class ServerSession {
+ public:
+  /// Connects to `connection` (a postgresql:// address or key=value
+  /// settings), to the database `catalog` when it is not empty, and
+  /// prepares the session for the payroll texts; `readOnly` sessions
+  /// refuse every write. Throws DbError.
+  ServerSession(const std::string& connection, std::u16string_view catalog, bool readOnly);
+  ~ServerSession();
+  ServerSession(const ServerSession&) = delete;
+  ServerSession& operator=(const ServerSession&) = delete;
+
+  const std::string& connection() const noexcept { return connection_; }
+  const std::u16string& catalog() const noexcept { return catalog_; }
+
+  /// Runs a payroll text (adapted, one statement after the other, each
+  /// one undone alone when it fails); the last statement's result.
+  ResultSet run(std::u16string_view sql, std::span<const Value> params);
+  /// Runs one statement exactly as written; the last `identity` columns of
+  /// its rows come back in rowIdentities.
+  ResultSet runExact(std::string_view sql, std::span<const SqlParameter> params,
+                     std::size_t identity);
+  /// Runs statements as written, without parameters or results.
+  void execute(std::string_view sql);
+  /// The result of the server function `name` called with `inputs`;
+  /// nullopt when the server has no function of that name.
+  std::optional<ResultSet> callFunction(std::u16string_view name, std::span<const Value> inputs);
+  /// What a payroll text holds, as the server reads it, without running it.
+  SqliteDatabase::TextKind inspect(std::u16string_view sql);
+
+  /// A transaction statement of the scripts: run as it is, or as a
+  /// savepoint inside the host's enclosing transaction.
+  void userTransaction(TransactionWord word);
+  /// The host's transactions.
+  void begin();
+  void beginEnclosing();
+  void commit();
+  void rollback();
+  /// While on, every statement is refused that would write.
+  void setQueryOnly(bool on);
+
+ private:
+  using Result = std::unique_ptr<PGresult, void (*)(PGresult*)>;
+  struct TableInfo {
+    std::u16string name;
+    std::map<int, std::pair<std::u16string, std::string>> columns;  // number: name, type
+  };
+
+  Result send(std::string_view sql, std::span<const SqlParameter> params);
+  Result guarded(std::string_view sql, std::span<const SqlParameter> params);
+  ResultSet statement(std::string_view sql, std::span<const SqlParameter> params);
+  ResultSet rowsOf(const PGresult* result, std::size_t hidden);
+  const TableInfo& table(unsigned oid);
+  bool inTransaction() const;
+  void makeDomains();
+  [[noreturn]] void fail(const PGresult* result) const;
+
+  PGconn* conn_ = nullptr;
+  std::string connection_;
+  std::u16string catalog_;
+  bool enclosing_ = false;
+  bool userOpen_ = false;
+  bool queryOnly_ = false;
+  bool domains_ = false;
+  std::unordered_map<unsigned, TableInfo> tables_;
+};
+
+/// Whether `database` names a server rather than a file: a postgresql://
+/// (or postgres://) address, or key=value settings naming a host or a
+/// database.
+bool namesServer(std::string_view database);
+
+}  // namespace korvex::ds
