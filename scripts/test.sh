@@ -29,5 +29,20 @@ else
 fi
 
 cmake --build "$dir" -j"$jobs"
+
+# The data tests run on SQLite and on a throwaway PostgreSQL server
+# (scripts/pg_server.sh), stopped when this script ends; without a server
+# their server runs are skipped. KORVEX_PG set beforehand names a server
+# of one's own instead.
+if [ -z "${KORVEX_PG:-}" ]; then
+  root=$(pwd)
+  if pg_env=$(scripts/pg_server.sh start); then
+    eval "$pg_env"
+    trap '"$root/scripts/pg_server.sh" stop "$KORVEX_PG_DIR"' EXIT
+  else
+    echo "test: no PostgreSQL server could be started; the data tests run on SQLite only" >&2
+  fi
+fi
+
 cd "$dir"
 ctest --output-on-failure -j"$jobs"
