@@ -86,6 +86,10 @@ struct BatchSummary {
   std::vector<RowFailure> failures;  // in row order
   /// A dry run's rows that changed fields, with the values computed.
   std::vector<RowFields> computed;
+  /// A month shared with other processes (on a database server): the rows
+  /// of the whole query; `rows` and `done` count the rows this process
+  /// claimed and ran.
+  std::optional<std::size_t> sharedRows;
 };
 
 struct BatchJob {
@@ -119,9 +123,16 @@ struct BatchDatabase {
   std::unique_ptr<BatchWriter> writer;
   /// The read results the workers share; none when switched off.
   std::shared_ptr<SqliteReuse> reuse;
+  /// On a database server, a batch that writes shares the month with any
+  /// other process running it: this claims the rows in small groups
+  /// through the database, runs each group (runBatch, on `job`) and
+  /// commits its writes and its claim together, until no row is left. It
+  /// stands for `table` and `writer`, which it leaves empty.
+  std::function<BatchSummary(const BatchJob& job)> shared;
 };
 
-/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
+/// Opens the SQLite file `path` (it must exist), or the server's database
+/// a connection string names (isServerDatabase), and runs `recordQuery`, one
 /// statement that only reads; `forWriting` takes the write lock first (a
 /// batch that will write back). nullopt with `error` set (one line, for a
 /// usage error) when any of it fails. Raising `stop` interrupts the SQL

@@ -53,6 +53,9 @@ class PostgresDatabase {
 
   /// Runs statements (one or more, separated by ";") as written.
   DatabaseResult<> execute(std::string_view sql);
+  /// Runs one statement as written, its parameters bound exactly as given
+  /// to $1, $2, ...
+  DatabaseResult<> run(std::string_view sql, std::span<const SqlParameter> params);
   /// Runs a payroll SQL text as Connection.Execute does.
   DatabaseResult<SqlResult> query(std::u16string_view sql, std::span<const Value> params = {});
   /// What a payroll SQL text holds, without running it.

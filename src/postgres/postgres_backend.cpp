@@ -107,6 +107,10 @@ DatabaseResult<> PostgresDatabase::execute(std::string_view sql) {
   return ds::attempt([&] { session_->execute(sql); });
 }
 
+DatabaseResult<> PostgresDatabase::run(std::string_view sql, std::span<const SqlParameter> params) {
+  return ds::attempt([&] { session_->runExact(sql, params, 0); });
+}
+
 DatabaseResult<SqlResult> PostgresDatabase::query(std::u16string_view sql,
                                                   std::span<const Value> params) {
   try {

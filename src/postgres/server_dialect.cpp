@@ -105,7 +105,8 @@ ServerText adaptForServer(std::u16string_view written) {
       declares = isWord(piece, "CREATE") || isWord(piece, "ALTER");
       statementStart = false;
     }
-    if (t.kind == SqlTokenKind::Name && t.closed) {
+    // "[]" names nothing in the payroll texts; on the server it is an array.
+    if (t.kind == SqlTokenKind::Name && t.closed && piece != u"[]") {
       out.sql += quotedLower(nameInside(piece));
     } else if (t.kind == SqlTokenKind::Symbol && piece == u"?") {
       if (next && next->kind == SqlTokenKind::Word && allDigits(after)) {

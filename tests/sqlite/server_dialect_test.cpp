@@ -39,6 +39,7 @@ TEST(ServerDialect, AdaptsThePayrollTexts) {
        "[03/01/2005] = 'it''s'",
        "where 日期 between '2005-03-01' and '2005-03-31 08:30:00' and x = '13/01/2005' and "
        "\"03/01/2005\" = 'it''s'"},
+      {"select a::text[] from t", "select a::text[] from t"},
       {"select :p0 || :P1, ?2, ?, ? from t where a::text = ':p0 ?1' -- :p0",
        "select $1 || $2, $2, $1, $2 from t where a::text = ':p0 ?1' -- :p0"},
       // Column types of the payroll database, in declarations only.
