@@ -22,6 +22,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "korvex/host_object.hpp"
 #include "korvex/sqlite.hpp"
@@ -60,6 +61,8 @@ class PostgresDatabase {
   DatabaseResult<SqlResult> query(std::u16string_view sql, std::span<const Value> params = {});
   /// What a payroll SQL text holds, without running it.
   DatabaseResult<SqliteDatabase::TextKind> inspect(std::u16string_view sql);
+  /// The names of the columns a payroll query returns, compiled but not run.
+  DatabaseResult<std::vector<std::u16string>> columnNames(std::u16string_view sql);
   /// An open Recordset holding a result; its Update writes on this session.
   ObjectRef recordset(SqlResult result);
 

@@ -128,6 +128,14 @@ DatabaseResult<SqliteDatabase::TextKind> PostgresDatabase::inspect(std::u16strin
   }
 }
 
+DatabaseResult<std::vector<std::u16string>> PostgresDatabase::columnNames(std::u16string_view sql) {
+  try {
+    return session_->columnNames(sql);
+  } catch (const ds::DbError& e) {
+    return DatabaseFailure{e.message()};
+  }
+}
+
 ObjectRef PostgresDatabase::recordset(SqlResult result) {
   return std::make_shared<ds::Recordset>(std::move(result),
                                          std::make_shared<ds::ServerBackend>(session_));

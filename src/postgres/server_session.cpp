@@ -471,19 +471,38 @@ SqliteDatabase::TextKind ServerSession::inspect(std::u16string_view sql) {
     }
   }
   if (statements.size() > 1) return Kind::Several;
-  // Compiled, not run: a mistake in it is the server's message (and undoes
-  // nothing but the compile, inside a transaction).
+  return PQnfields(describe(statements[0]).get()) > 0 ? Kind::Query : Kind::Other;
+}
+
+// Compiled, not run: a mistake in it is the server's message (and undoes
+// nothing but the compile, inside a transaction).
+ServerSession::Result ServerSession::describe(std::string_view statement) {
   const bool inside = inTransaction();
   if (inside) execute("SAVEPOINT korvex_statement");
-  Result prepared(PQprepare(conn_, "", std::string(statements[0]).c_str(), 0, nullptr), PQclear);
+  Result prepared(PQprepare(conn_, "", std::string(statement).c_str(), 0, nullptr), PQclear);
   if (PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) {
-    if (inside) execute("ROLLBACK TO SAVEPOINT korvex_statement");
-    if (inside) execute("RELEASE SAVEPOINT korvex_statement");
+    if (inside)
+      execute("ROLLBACK TO SAVEPOINT korvex_statement; RELEASE SAVEPOINT korvex_statement");
     fail(prepared.get());
   }
-  if (inside) execute("RELEASE SAVEPOINT korvex_statement");
+  // Described before anything else runs: any other statement replaces the
+  // unnamed one.
   Result described(PQdescribePrepared(conn_, ""), PQclear);
-  return PQnfields(described.get()) > 0 ? Kind::Query : Kind::Other;
+  if (inside) execute("RELEASE SAVEPOINT korvex_statement");
+  if (PQresultStatus(described.get()) != PGRES_COMMAND_OK) fail(described.get());
+  return described;
+}
+
+std::vector<std::u16string> ServerSession::columnNames(std::u16string_view sql) {
+  const std::string text = toUtf8(adaptForServer(sql).sql);
+  const std::vector<std::string_view> statements = serverStatements(text);
+  std::vector<std::u16string> names;
+  if (statements.empty()) return names;
+  const Result described = describe(statements[0]);
+  for (int i = 0; i < PQnfields(described.get()); ++i) {
+    names.push_back(fromUtf8(PQfname(described.get(), i)));
+  }
+  return names;
 }
 
 void ServerSession::userTransaction(TransactionWord word) {

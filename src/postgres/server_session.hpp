@@ -49,6 +49,8 @@ class ServerSession {
   std::optional<ResultSet> callFunction(std::u16string_view name, std::span<const Value> inputs);
   /// What a payroll text holds, as the server reads it, without running it.
   SqliteDatabase::TextKind inspect(std::u16string_view sql);
+  /// The column names of a payroll query's first statement, compiled only.
+  std::vector<std::u16string> columnNames(std::u16string_view sql);
 
   /// A transaction statement of the scripts: run as it is, or as a
   /// savepoint inside the host's enclosing transaction.
@@ -76,6 +78,7 @@ class ServerSession {
   bool inTransaction() const;
   void makeDomains();
   [[noreturn]] void fail(const PGresult* result) const;
+  Result describe(std::string_view statement);
 
   PGconn* conn_ = nullptr;
   std::string connection_;

@@ -39,7 +39,7 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
       const Files f0 = makeFiles("names", kSeven, "x");
       const std::string dir = f0.db.substr(0, f0.db.size() - 1);
       makePayDatabase(dir + "p");
-      Files file{dir + f.name, f0.script};
+      Files file{dir + f.name, f0.script, nullptr};
       if (!f.exists) std::filesystem::remove(file.db);
       if (f.exists && file.db != f0.db) makePayDatabase(file.db);
       const Outcome r = korvex(command, file, "SELECT * FROM pay WHERE code = 'E1'");
