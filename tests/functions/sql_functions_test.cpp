@@ -1,5 +1,6 @@
 // DoSQL, DoSqlEx and "_员工工资项目值" on a real database: results, the exact
 // SQL texts sent, and the failure paths.
+#include <optional>
 #include <vector>
 
 #include "database_fixture.hpp"
@@ -75,22 +76,36 @@ TEST_P(SqlFunctions, ResultsMessagesAndTextsSent) {
             "2/5000000000");
 }
 
-TEST_F(SqlFunctionsOnFile, UseLineMovesOnlyDoSqlExToTheOtherDatabase) {
-  const std::string other = createFile("other");
-  DispatchResult c = openConnection(*objects_, fromUtf8(other));
-  ASSERT_TRUE(c.ok());
+// "use NAME" names another file beside the database, or another database
+// of the same server.
+TEST_P(SqlFunctions, UseLineMovesOnlyDoSqlExToTheOtherDatabase) {
+  const std::string name = onServer() ? "korvex_other" : "other";
+  std::optional<PostgresDatabase> admin;
+  std::u16string other;
+  if (onServer()) {
+    admin.emplace(need(PostgresDatabase::open(testServer())));
+    need(admin->execute("DROP DATABASE IF EXISTS korvex_other WITH (FORCE)"));
+    need(admin->execute("CREATE DATABASE korvex_other"));
+    other = fromUtf8(testServer() + " dbname=korvex_other");
+  } else {
+    other = fromUtf8(createFile(name));
+  }
+  DispatchResult c = openConnection(*objects_, other);
+  ASSERT_TRUE(c.ok()) << toUtf8(c.description);
   const std::array<Value, 1> sql{
       Value::string(u"create table t (v text); insert into t values ('x')")};
   ASSERT_TRUE(c.value.objectValue()->callMethod(u"Execute", sql).ok());
 
-  const char* script = "(\"use other\" & CRLF & \"select v from t\")";
-  Outcome o = evaluate(std::string("DoSQL") + script);
-  EXPECT_EQ(o.errMsg, "函数:DoSQL\r\nno such table: t");
+  const std::string script = "(\"use " + name + "\" & CRLF & \"select v from t\")";
+  Outcome o = evaluate("DoSQL" + script);
+  EXPECT_EQ(o.errMsg, onServer() ? "函数:DoSQL\r\nrelation \"t\" does not exist"
+                                 : "函数:DoSQL\r\nno such table: t");
   engine_.SetErrNum(0);
-  const Value v = engine_.Evaluate(fromUtf8(std::string("DoSqlEx") + script));
+  const Value v = engine_.Evaluate(fromUtf8("DoSqlEx" + script));
   ASSERT_EQ(engine_.ErrNum(), 0) << toUtf8(engine_.ErrMsg());
   ASSERT_TRUE(v.isArray());
   EXPECT_EQ(v.arrayValue().elements().at(0).stringValue(), u"x");
+  if (admin) need(admin->execute("DROP DATABASE korvex_other WITH (FORCE)"));
 }
 
 TEST_F(SqlFunctionsOnFile, ObjectsComeOnlyFromTheHostsFactory) {
