@@ -74,6 +74,10 @@ class PostgresDatabase {
   DatabaseResult<> rollback();
   /// While on, every statement that would write is refused.
   DatabaseResult<> setQueryOnly(bool on);
+  /// Begins a repeatable-read transaction that only reads and exports its
+  /// snapshot for other sessions to read in (SqliteAccess::snapshot); the
+  /// snapshot lasts until the transaction ends.
+  DatabaseResult<std::string> exportSnapshot();
 
  private:
   friend std::optional<PostgresDatabase> postgresDatabaseOf(const ObjectRef& connection);

@@ -31,7 +31,9 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, bool forWriting,
                                                const std::atomic<bool>* stop, std::string& error,
                                                bool reuse) {
-  if (isServerDatabase(path)) return openServerBatch(path, recordQuery, forWriting, stop, error);
+  if (isServerDatabase(path)) {
+    return openServerBatch(path, recordQuery, forWriting, stop, error, reuse);
+  }
   // The writer's cache holds the month's changed pages: spilling them
   // would take the lock that keeps the workers reading.
   SqliteAccess writing;
@@ -84,9 +86,11 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     // no statement of a script can undo; a stop ends the statement running.
     // They all read the state committed before the batch, so what one has
     // read answers the others.
-    auto factory = sqliteObjectFactory(
-        nullptr,
-        {.readOnly = true, .interrupt = stop, .reuse = shared, .cacheMiB = kWorkerCacheMiB});
+    auto factory = sqliteObjectFactory(nullptr, {.readOnly = true,
+                                                 .interrupt = stop,
+                                                 .reuse = shared,
+                                                 .cacheMiB = kWorkerCacheMiB,
+                                                 .snapshot = {}});
     ObjectRef parent;
     if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
       parent = connectParent(c.value.objectValue());

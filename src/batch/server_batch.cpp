@@ -1,5 +1,7 @@
 #include "server_batch.hpp"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <mutex>
 #include <vector>
@@ -17,7 +19,14 @@ constexpr std::size_t kGroupRows = 16;
 // The claims of every batch of every month; made by the first batch.
 constexpr std::string_view kClaimTable =
     "CREATE TABLE IF NOT EXISTS korvex_claims (run text NOT NULL, row_key text NOT NULL, "
-    "done boolean NOT NULL DEFAULT false, PRIMARY KEY (run, row_key))";
+    "done boolean NOT NULL DEFAULT false, done_by text, PRIMARY KEY (run, row_key))";
+
+// Who did a row: the machine and the process.
+std::u16string processName() {
+  char host[256] = {};
+  if (::gethostname(host, sizeof host - 1) != 0) host[0] = '\0';
+  return fromUtf8(std::string(host) + ":" + std::to_string(::getpid()));
+}
 
 std::u16string text(std::string_view s) { return fromUtf8(s); }
 
@@ -53,7 +62,10 @@ Value textArray(const std::vector<std::u16string>& items) {
 // takes one for its rows and gives it back when it ends.
 class WorkerSessions : public std::enable_shared_from_this<WorkerSessions> {
  public:
-  explicit WorkerSessions(std::string connection) : connection_(std::move(connection)) {}
+  WorkerSessions(std::string connection, SqliteAccess access)
+      : connection_(std::move(connection)), access_(std::move(access)) {
+    access_.readOnly = true;
+  }
 
   BatchJob::EngineSetup take() {
     std::unique_ptr<Slot> slot;
@@ -85,9 +97,7 @@ class WorkerSessions : public std::enable_shared_from_this<WorkerSessions> {
   // connection the rows fail for want of one, as they would anywhere.
   std::unique_ptr<Slot> open() const {
     auto slot = std::make_unique<Slot>();
-    SqliteAccess readOnly;
-    readOnly.readOnly = true;
-    slot->factory = postgresObjectFactory(nullptr, readOnly);
+    slot->factory = postgresObjectFactory(nullptr, access_);
     if (DispatchResult c = openConnection(*slot->factory, fromUtf8(connection_)); c.ok()) {
       slot->parent = connectParent(c.value.objectValue());
     }
@@ -95,6 +105,7 @@ class WorkerSessions : public std::enable_shared_from_this<WorkerSessions> {
   }
 
   std::string connection_;
+  SqliteAccess access_;
   std::mutex mutex_;
   std::vector<std::unique_ptr<Slot>> idle_;
 };
@@ -222,13 +233,15 @@ class SharedMonth {
     BatchTable table;
     table.fieldNames = shape_.fieldNames;
     table.rows = rows.value().rows;
-    const std::array<Value, 2> finished{Value::string(shape_.run), textArray(keys)};
+    const std::array<Value, 3> finished{Value::string(shape_.run), textArray(keys),
+                                        Value::string(processName())};
     PostgresDatabase db = db_;
     RecordsetWriter writer(
         db_.recordset(std::move(rows).value()),
         [db, finished]() mutable -> DatabaseResult<> {
           DatabaseResult<SqlResult> marked = db.query(
-              u"UPDATE korvex_claims SET done = true WHERE run = $1 AND row_key = ANY(CAST($2 AS "
+              u"UPDATE korvex_claims SET done = true, done_by = $3 WHERE run = $1 AND row_key = "
+              u"ANY(CAST($2 AS "
               u"text ARRAY))",
               finished);
           if (!marked.ok()) return marked.error();
@@ -279,11 +292,23 @@ std::optional<std::vector<std::u16string>> primaryKey(PostgresDatabase& db, cons
   return names;
 }
 
+// A session holding one snapshot open for the workers to read in; its
+// transaction only reads and ends with the session.
+std::optional<std::pair<PostgresDatabase, std::string>> exportSnapshot(
+    const std::string& connection) {
+  DatabaseResult<PostgresDatabase> holder = PostgresDatabase::open(connection);
+  if (!holder.ok()) return std::nullopt;
+  DatabaseResult<std::string> id = holder.value().exportSnapshot();
+  if (!id.ok()) return std::nullopt;
+  return std::pair{std::move(holder).value(), std::move(id).value()};
+}
+
 }  // namespace
 
 std::optional<BatchDatabase> openServerBatch(const std::string& connection,
                                              const std::string& recordQuery, bool forWriting,
-                                             const std::atomic<bool>* stop, std::string& error) {
+                                             const std::atomic<bool>* stop, std::string& error,
+                                             bool reuse) {
   DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection);
   if (!opened.ok()) {
     error = "无法连接数据库 '" + connection + "': " + toUtf8(opened.error().message);
@@ -302,9 +327,19 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
     return std::nullopt;
   }
   SqlResult& result = rows.value();
-  const auto sessions = std::make_shared<WorkerSessions>(connection);
   BatchDatabase batch;
-  batch.openWorker = [sessions] { return sessions->take(); };
+  SqliteAccess access;
+  std::shared_ptr<PostgresDatabase> holder;
+  if (reuse) {
+    // Without a snapshot to share, every statement runs.
+    if (auto exported = exportSnapshot(connection)) {
+      holder = std::make_shared<PostgresDatabase>(std::move(exported->first));
+      access.snapshot = std::move(exported->second);
+      access.reuse = batch.reuse = makeSqliteReuse();
+    }
+  }
+  const auto sessions = std::make_shared<WorkerSessions>(connection, std::move(access));
+  batch.openWorker = [sessions, holder] { return sessions->take(); };
   for (const SqlColumn& c : result.columns) batch.table.fieldNames.push_back(c.name);
   if (!forWriting) {
     batch.table.rows = std::move(result.rows);

@@ -17,9 +17,12 @@
 
 namespace korvex {
 
-/// openBatchDatabase for a server's connection string.
+/// openBatchDatabase for a server's connection string. With `reuse`, the
+/// workers read in one snapshot, exported by a session held open for the
+/// batch's length, and share what they read.
 std::optional<BatchDatabase> openServerBatch(const std::string& connection,
                                              const std::string& recordQuery, bool forWriting,
-                                             const std::atomic<bool>* stop, std::string& error);
+                                             const std::atomic<bool>* stop, std::string& error,
+                                             bool reuse);
 
 }  // namespace korvex

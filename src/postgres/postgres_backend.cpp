@@ -48,7 +48,7 @@ class ServerBackend final : public Backend {
 std::shared_ptr<Backend> openServer(std::u16string_view connection, std::u16string_view catalog,
                                     const SqliteAccess& access) {
   return std::make_shared<ServerBackend>(
-      std::make_shared<ServerSession>(toUtf8(connection), catalog, access.readOnly));
+      std::make_shared<ServerSession>(toUtf8(connection), catalog, access));
 }
 
 class ServerFactory final : public ObjectFactory {
@@ -97,7 +97,7 @@ PostgresDatabase::PostgresDatabase(std::shared_ptr<ds::ServerSession> session) n
 
 DatabaseResult<PostgresDatabase> PostgresDatabase::open(const std::string& connection) {
   try {
-    return PostgresDatabase(std::make_shared<ds::ServerSession>(connection, u"", false));
+    return PostgresDatabase(std::make_shared<ds::ServerSession>(connection, u"", SqliteAccess{}));
   } catch (const ds::DbError& e) {
     return DatabaseFailure{e.message()};
   }
@@ -155,6 +155,14 @@ DatabaseResult<> PostgresDatabase::rollback() {
 }
 DatabaseResult<> PostgresDatabase::setQueryOnly(bool on) {
   return ds::attempt([&] { session_->setQueryOnly(on); });
+}
+
+DatabaseResult<std::string> PostgresDatabase::exportSnapshot() {
+  try {
+    return session_->exportSnapshot();
+  } catch (const ds::DbError& e) {
+    return DatabaseFailure{e.message()};
+  }
 }
 
 std::optional<PostgresDatabase> postgresDatabaseOf(const ObjectRef& connection) {

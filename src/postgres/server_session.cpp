@@ -183,8 +183,9 @@ bool namesServer(std::string_view database) {
 }
 
 ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
-                             bool readOnly)
+                             const SqliteAccess& access)
     : connection_(connection) {
+  const bool readOnly = access.readOnly;
   const std::string database = toUtf8(catalog);
   const char* keys[] = {"dbname", catalog.empty() ? nullptr : "dbname", nullptr};
   const char* values[] = {connection.c_str(), database.c_str(), nullptr};
@@ -201,6 +202,18 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
     if (readOnly) execute("SET default_transaction_read_only = on");
     const ResultSet name = runExact("SELECT current_database()", {}, 0);
     catalog_ = name.rows.at(0).at(0).stringValue();
+    // In the snapshot another session exported, for as long as this one
+    // lives; the scripts' transactions become savepoints inside it. Only
+    // the database the snapshot is of can take it.
+    if (readOnly && !access.snapshot.empty() && catalog.empty()) {
+      const std::array<SqlParameter, 1> id{access.snapshot};
+      const ResultSet quoted = runExact("SELECT quote_literal($1)", id, 0);
+      execute("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; SET TRANSACTION SNAPSHOT " +
+              toUtf8(quoted.rows.at(0).at(0).stringValue()));
+      enclosing_ = true;
+      snapshot_ = access.snapshot;
+      reuse_ = access.reuse;
+    }
   } catch (...) {
     PQfinish(conn_);
     conn_ = nullptr;
@@ -414,8 +427,68 @@ ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> par
       result = ResultSet{};
       continue;
     }
-    result = statement(one, values);
+    result = reuse_ ? reusedOrRun(one, values) : statement(one, values);
   }
+  return result;
+}
+
+namespace {
+
+// Functions whose answer depends on nothing but their arguments and the
+// data: a query calling only these gives the same rows in one snapshot.
+// Anything else (the clock, random numbers, sequences, functions of the
+// site's own) may not.
+constexpr std::string_view kSteadyCalls[] = {
+    "SUM",          "COUNT",      "AVG",           "MIN",          "MAX",        "COALESCE",
+    "EXISTS",       "IN",         "ANY",           "ALL",          "CAST",       "ROUND",
+    "ABS",          "RTRIM",      "TRIM",          "LTRIM",        "UPPER",      "LOWER",
+    "LENGTH",       "SUBSTR",     "SUBSTRING",     "LEFT",         "RIGHT",      "CHR",
+    "CONCAT",       "NULLIF",     "AND",           "OR",           "NOT",        "BETWEEN",
+    "ON",           "WHERE",      "FROM",          "SELECT",       "AS",         "WHEN",
+    "THEN",         "ELSE",       "KORVEX_YEAR",   "KORVEX_MONTH", "KORVEX_DAY", "KORVEX_LEFT",
+    "KORVEX_RIGHT", "KORVEX_LEN", "KORVEX_LENGTH", "HAVING",       "BY",         "LIKE",
+    "IS",
+};
+
+// A query that reads and gives the same rows whenever the data are the
+// same: a SELECT that locks nothing and calls nothing outside kSteadyCalls.
+bool steadyQuery(std::string_view sql) {
+  const std::vector<SqlToken> tokens = sqlTokens(sql);
+  bool first = true;
+  for (std::size_t k = 0; k < tokens.size(); ++k) {
+    const SqlToken& t = tokens[k];
+    if (t.kind != SqlTokenKind::Word) continue;
+    const std::string_view word = sql.substr(t.begin, t.size);
+    if (first && !isWord(word, "SELECT")) return false;
+    first = false;
+    for (std::string_view locks : {"FOR", "INTO"}) {
+      if (isWord(word, locks)) return false;
+    }
+    std::size_t next = k + 1;
+    while (next < tokens.size() && tokens[next].kind == SqlTokenKind::Blank) ++next;
+    const bool called = next < tokens.size() && tokens[next].kind == SqlTokenKind::Symbol &&
+                        sql[tokens[next].begin] == '(';
+    if (called && std::none_of(std::begin(kSteadyCalls), std::end(kSteadyCalls),
+                               [&](std::string_view steady) { return isWord(word, steady); })) {
+      return false;
+    }
+  }
+  return !first;
+}
+
+}  // namespace
+
+// Inside one snapshot a steady query asked again with the same values
+// has the same answer, whichever session asks: the sessions of the
+// snapshot share it.
+ResultSet ServerSession::reusedOrRun(std::string_view sql, std::span<const SqlParameter> params) {
+  reuse_->countSent();
+  if (!steadyQuery(sql)) return statement(sql, params);
+  const std::string key = SqliteReuse::keyOf(snapshot_ + '\0' + std::string(sql), params);
+  std::uint64_t generation = 0;
+  if (std::optional<ResultSet> kept = reuse_->find(key, generation)) return std::move(*kept);
+  ResultSet result = statement(sql, params);
+  reuse_->keep(key, result, generation);
   return result;
 }
 
@@ -539,6 +612,13 @@ void ServerSession::userTransaction(TransactionWord word) {
 }
 
 void ServerSession::begin() { execute("BEGIN"); }
+
+std::string ServerSession::exportSnapshot() {
+  execute("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+  // Not under a savepoint: a subtransaction cannot export.
+  const Result id = send("SELECT pg_export_snapshot()", {});
+  return PQgetvalue(id.get(), 0, 0);
+}
 
 void ServerSession::beginEnclosing() {
   execute("BEGIN");

@@ -18,6 +18,7 @@
 #include "korvex/value.hpp"
 #include "postgres/server_dialect.hpp"
 #include "sqlite/backend.hpp"
+#include "sqlite/read_reuse.hpp"
 
 namespace korvex::ds {
 
@@ -25,9 +26,11 @@ class ServerSession {
  public:
   /// Connects to `connection` (a postgresql:// address or key=value
   /// settings), to the database `catalog` when it is not empty, and
-  /// prepares the session for the payroll texts; `readOnly` sessions
-  /// refuse every write. Throws DbError.
-  ServerSession(const std::string& connection, std::u16string_view catalog, bool readOnly);
+  /// prepares the session for the payroll texts; read-only sessions
+  /// refuse every write, and with a snapshot read in it and share what
+  /// they read (SqliteAccess). Throws DbError.
+  ServerSession(const std::string& connection, std::u16string_view catalog,
+                const SqliteAccess& access);
   ~ServerSession();
   ServerSession(const ServerSession&) = delete;
   ServerSession& operator=(const ServerSession&) = delete;
@@ -62,6 +65,8 @@ class ServerSession {
   void rollback();
   /// While on, every statement is refused that would write.
   void setQueryOnly(bool on);
+  /// Begins a read-only repeatable-read transaction; its snapshot's name.
+  std::string exportSnapshot();
 
  private:
   using Result = std::unique_ptr<PGresult, void (*)(PGresult*)>;
@@ -74,6 +79,7 @@ class ServerSession {
   Result guarded(std::string_view sql, std::span<const SqlParameter> params);
   ResultSet statement(std::string_view sql, std::span<const SqlParameter> params);
   ResultSet rowsOf(const PGresult* result, std::size_t hidden);
+  ResultSet reusedOrRun(std::string_view sql, std::span<const SqlParameter> params);
   const TableInfo& table(unsigned oid);
   bool inTransaction() const;
   void makeDomains();
@@ -87,6 +93,9 @@ class ServerSession {
   bool userOpen_ = false;
   bool queryOnly_ = false;
   bool domains_ = false;
+  // Reads shared with the sessions of the same snapshot.
+  std::string snapshot_;
+  std::shared_ptr<SqliteReuse> reuse_;
   std::unordered_map<unsigned, TableInfo> tables_;
 };
 

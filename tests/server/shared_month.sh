@@ -21,8 +21,8 @@ printf 'DIM n\nn = DoSQL("create schema %s")\n' "$schema" >"$work/create.bas"
 "$korvex" run --db "$KORVEX_PG" "$work/create.bas"
 trap '"$korvex" run --db "$KORVEX_PG" "$work/drop.bas" >/dev/null 2>&1 || true' EXIT
 
-"$korvex" demo "$work/month.db" --employees 150 >/dev/null
-"$korvex" demo "$server" --employees 150 >/dev/null
+"$korvex" demo "$work/month.db" --employees 400 >/dev/null
+"$korvex" demo "$server" --employees 400 >/dev/null
 "$korvex" batch "$examples"/*.bas --db "$work/month.db" --record "$record" >/dev/null
 
 pids=""
@@ -32,7 +32,15 @@ for i in 1 2 3 4; do
   pids="$pids $!"
 done
 victim=$(echo $pids | cut -d' ' -f2)
-sleep 0.7
+# Killed once it has committed a group of its own: in the middle of its work.
+printf 'MSGBOX DoSQL("select count(*) from korvex_claims where done_by like %s")\n' \
+  "'%:$victim'" >"$work/victim.bas"
+tries=0
+until "$korvex" run --db "$server" "$work/victim.bas" 2>/dev/null | grep -qv '^0$'; do
+  tries=$((tries + 1))
+  [ "$tries" -lt 600 ] || { echo "the process to kill never finished a group"; exit 1; }
+  sleep 0.02
+done
 kill -9 "$victim"
 status=0
 for pid in $pids; do
@@ -47,10 +55,23 @@ if grep -q '"committed": true' "$work/process2.json" 2>/dev/null; then
   echo "the killed process had finished before the kill: the test proves nothing"
   exit 1
 fi
+# Every row done once: by a survivor, or committed by the victim before it died.
+by_victim=$("$korvex" run --db "$server" "$work/victim.bas")
+month=$(sed -n 's/.*"sharedRows": \([0-9]*\).*/\1/p' "$work/process1.json")
+survivors=0
+for i in 1 3 4; do
+  survivors=$((survivors + $(sed -n 's/^{"rows": \([0-9]*\),.*/\1/p' "$work/process$i.json")))
+done
+if [ $((survivors + by_victim)) != "$month" ]; then
+  echo "rows done: $survivors by the survivors, $by_victim by the killed process, of $month"
+  exit 1
+fi
 # Whatever the killed process held is open again for this run.
 "$korvex" batch "$examples"/*.bas --db "$server" --record "$record" --json >"$work/rerun.json"
-# A finished month run again: every row computed anew, nothing changed.
-"$korvex" batch "$examples"/*.bas --db "$server" --record "$record" --json >"$work/again.json"
+# A finished month run again: every row computed anew (without sharing
+# reads between rows this time), nothing changed.
+"$korvex" batch "$examples"/*.bas --db "$server" --record "$record" --json --no-reuse \
+  >"$work/again.json"
 grep -q '"changedRows": 0,' "$work/again.json" || {
   cat "$work/again.json"
   echo "running the finished month again changed rows"
