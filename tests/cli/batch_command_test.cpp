@@ -171,8 +171,8 @@ Outcome run(const Files& f, std::vector<std::string_view> more = {},
 // Exit codes are written as numbers: they are what callers of the command see.
 // The raised error carries the line of the single-line If's tail (run on its
 // own) and the line of the If.
-// On the server nothing is shared between rows' reads, and a batch that
-// writes shares the month with other processes: its summary says so.
+// On the server a batch that writes shares the month with other
+// processes: its summary says so.
 class BatchOnBoth : public ::testing::TestWithParam<testing::Backend> {
  protected:
   void SetUp() override {
@@ -195,8 +195,7 @@ TEST_P(BatchOnBoth, WritesSucceedingRowsAndReportsFailures) {
            dryRunAndCommitted +
            R"(, "interrupted": false, "error": "", "seconds": 0, "rowsPerSecond": 0, )" +
            (shared ? R"("sharedRows": 6, )" : "") +
-           (onServer() ? "" : R"("statements": 0, "reused": 0, )") +
-           R"("failures": [{"row": 4, "key": "E4", "errNum": 2000, "line": 3, )"
+           R"("statements": 0, "reused": 0, "failures": [{"row": 4, "key": "E4", "errNum": 2000, "line": 3, )"
            R"("message": "negative : 行号 1 : 行号 3"}])" +
            computed + "}\n";
   };
