@@ -95,6 +95,7 @@ class ServerSession {
   bool domains_ = false;
   // Reads shared with the sessions of the same snapshot.
   std::string snapshot_;
+  std::string snapshotBegin_;  // what begins a transaction in it
   std::shared_ptr<SqliteReuse> reuse_;
   std::unordered_map<unsigned, TableInfo> tables_;
 };
