@@ -43,8 +43,17 @@ bool DatabaseSession::attach(const RunOptions& options, BasicEngine& engine, std
     const bool checked = std::visit(
         [&](auto& db) { return checkRecordQuery(db, *options.record, error); }, *database_);
     if (!checked) return false;
+    // Read where nothing can be written: on a server the check reads only
+    // the text, and a function the query calls could still write.
     const std::array<Value, 1> sql{Value::string(fromUtf8(*options.record))};
-    DispatchResult rs = connect->callMethod(u"Execute", sql);
+    const auto queryOnly = [&](bool on) {
+      return std::visit([on](auto& db) { return db.setQueryOnly(on); }, *database_);
+    };
+    DatabaseResult<> guard = queryOnly(true);
+    DispatchResult rs =
+        guard.ok() ? connect->callMethod(u"Execute", sql) : guard.error().dispatchResult();
+    if (guard.ok()) guard = queryOnly(false);
+    if (rs.ok() && !guard.ok()) rs = guard.error().dispatchResult();
     if (!rs.ok()) {
       error = "--record " + *options.record + ": " + toUtf8(rs.description);
       return false;

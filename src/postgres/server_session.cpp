@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "sqlite/field_types.hpp"
+#include "sqlite/sql_rewrite.hpp"
 #include "sqlite/sql_tokens.hpp"
 #include "values/text_scan.hpp"
 
@@ -393,7 +394,10 @@ ResultSet ServerSession::rowsOf(const PGresult* r, std::size_t hidden) {
 // tables share), the statement runs as written.
 ResultSet ServerSession::statement(std::string_view sql, std::span<const SqlParameter> params) {
   const std::string word = firstWord(sql);
-  if (word == "CREATE" || word == "ALTER" || word == "DROP") tables_.clear();
+  if (word == "CREATE" || word == "ALTER" || word == "DROP") {
+    tables_.clear();
+    columnKinds_.clear();
+  }
   if (const std::optional<std::size_t> from = selectListEnd(sql);
       from && plainSelectList(sql, *from)) {
     std::string traced(sql.substr(0, *from));
@@ -428,22 +432,61 @@ ResultSet ServerSession::statement(std::string_view sql, std::span<const SqlPara
   return rowsOf(guarded(sql, params).get(), 0);
 }
 
+// Each statement adapted on its own (its "?" placeholders numbered from
+// the first, as the payroll database numbers them), with its filters in the
+// forms an index serves where the column's values allow it.
 ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> params) {
-  const ServerText adapted = adaptForServer(sql);
-  if (adapted.usesDomains) makeDomains();
-  const std::string text = toUtf8(adapted.sql);
+  const std::string written = toUtf8(sql);
   std::vector<SqlParameter> values;
   for (const Value& v : params) values.push_back(parameterOf(v));
   ResultSet result;
-  for (const std::string_view one : serverStatements(text)) {
-    if (const TransactionWord word = transactionWord(one); word != TransactionWord::None) {
+  for (const std::string_view one : serverStatements(written)) {
+    const std::optional<std::string> indexed =
+        rewriteFilters(one, [this](std::string_view table, std::string_view column,
+                                   ColumnKind kind) { return holds(table, column, kind); });
+    const ServerText adapted = adaptForServer(fromUtf8(indexed ? *indexed : std::string(one)));
+    if (adapted.usesDomains) makeDomains();
+    const std::string text = toUtf8(adapted.sql);
+    if (const TransactionWord word = transactionWord(text); word != TransactionWord::None) {
       userTransaction(word);
       result = ResultSet{};
       continue;
     }
-    result = reuse_ ? reusedOrRun(one, values) : statement(one, values);
+    result = reuse_ ? reusedOrRun(text, values) : statement(text, values);
   }
   return result;
+}
+
+// Whether the filters on a column may take the forms an index serves: a
+// date or timestamp column holds nothing but dates, a char(n) column
+// compares without its trailing blanks, and other text columns are asked,
+// in a snapshot only (where no one can add a code ending in a blank while
+// the answer is kept).
+bool ServerSession::holds(std::string_view table, std::string_view column, ColumnKind kind) {
+  const auto key = std::tuple(std::string(table), std::string(column), kind);
+  if (const auto known = columnKinds_.find(key); known != columnKinds_.end()) return known->second;
+  const std::string quotedTable = doubleQuoted(std::string_view(lowerAscii(fromUtf8(table))));
+  const std::string name = lowerAscii(fromUtf8(column));
+  const std::array<SqlParameter, 2> names{quotedTable, name};
+  const Result type = send(
+      "SELECT format_type(atttypid, atttypmod) FROM pg_attribute WHERE attrelid = "
+      "to_regclass($1) AND attname = $2 AND NOT attisdropped",
+      names);
+  const std::string declared = PQntuples(type.get()) == 1 ? PQgetvalue(type.get(), 0, 0) : "";
+  bool answer = false;
+  if (kind == ColumnKind::IsoDates) {
+    answer = declared == "date" || declared.starts_with("timestamp");
+  } else if (declared.starts_with("character(")) {
+    answer = true;
+  } else if (!snapshot_.empty() &&
+             (declared.starts_with("character varying") || declared == "text")) {
+    const Result blanks = send("SELECT NOT EXISTS (SELECT 1 FROM " + quotedTable + " WHERE " +
+                                   doubleQuoted(std::string_view(name)) + " LIKE '% ')",
+                               {});
+    answer = std::string_view(PQgetvalue(blanks.get(), 0, 0)) == "t";
+  }
+  columnKinds_.emplace(key, answer);
+  return answer;
 }
 
 namespace {
@@ -543,11 +586,14 @@ SqliteDatabase::TextKind ServerSession::inspect(std::u16string_view sql) {
   const std::vector<std::string_view> statements = serverStatements(text);
   if (statements.empty()) return Kind::Nothing;
   const std::string word = firstWord(statements[0]);
+  if (transactionWord(statements[0]) != TransactionWord::None || word == "SHOW" ||
+      word == "EXPLAIN") {
+    return Kind::Other;
+  }
   // Only these read without writing; a query that calls a function which
   // writes is refused when it runs, as the record query runs read-only.
-  const bool reads = word == "SELECT" || word == "WITH" || word == "VALUES" || word == "TABLE";
-  if (!reads || transactionWord(statements[0]) != TransactionWord::None) {
-    return word == "SHOW" || word == "EXPLAIN" ? Kind::Other : Kind::Writes;
+  if (word != "SELECT" && word != "WITH" && word != "VALUES" && word != "TABLE") {
+    return Kind::Writes;
   }
   // A query that locks its rows, or a WITH that writes, writes.
   for (const SqlToken& t : sqlTokens(statements[0])) {

@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -19,6 +20,7 @@
 #include "postgres/server_dialect.hpp"
 #include "sqlite/backend.hpp"
 #include "sqlite/read_reuse.hpp"
+#include "sqlite/sql_rewrite.hpp"
 
 namespace korvex::ds {
 
@@ -80,6 +82,7 @@ class ServerSession {
   ResultSet statement(std::string_view sql, std::span<const SqlParameter> params);
   ResultSet rowsOf(const PGresult* result, std::size_t hidden);
   ResultSet reusedOrRun(std::string_view sql, std::span<const SqlParameter> params);
+  bool holds(std::string_view table, std::string_view column, ColumnKind kind);
   const TableInfo& table(unsigned oid);
   bool inTransaction() const;
   void makeDomains();
@@ -98,6 +101,7 @@ class ServerSession {
   std::string snapshotBegin_;  // what begins a transaction in it
   std::shared_ptr<SqliteReuse> reuse_;
   std::unordered_map<unsigned, TableInfo> tables_;
+  std::map<std::tuple<std::string, std::string, ColumnKind>, bool> columnKinds_;
 };
 
 /// Whether `database` names a server rather than a file: a postgresql://

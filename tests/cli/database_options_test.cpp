@@ -57,7 +57,20 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
 }
 
 // A refused query leaves the table as it was: neither it nor the script ran.
-TEST(DatabaseOptions, RecordTakesOneStatementThatOnlyReads) {
+// On the file and on the server.
+class RecordQuery : public ::testing::TestWithParam<testing::Backend> {
+ protected:
+  void SetUp() override {
+    if (GetParam() == testing::Backend::Postgres && testing::testServer().empty()) {
+      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
+    }
+  }
+};
+INSTANTIATE_TEST_SUITE_P(, RecordQuery,
+                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
+                         testing::backendName);
+
+TEST_P(RecordQuery, TakesOneStatementThatOnlyReads) {
   const struct {
     const char* record;
     const char* errPart;  // nullptr: accepted, and the script runs
@@ -75,7 +88,7 @@ TEST(DatabaseOptions, RecordTakesOneStatementThatOnlyReads) {
   for (const std::string command : {"run", "batch"}) {
     for (const auto& c : kCases) {
       SCOPED_TRACE(command + " " + c.record);
-      const Files f = makeFiles("record", kSeven);
+      const Files f = makeFiles("record", kSeven, "pay.db", GetParam());
       const Outcome r = korvex(command, f, c.record);
       if (c.errPart == nullptr) {
         EXPECT_EQ(r.status, 0) << r.err;
