@@ -49,11 +49,13 @@ inline Files makeFiles(const std::string& name, const std::string& script = kPay
                        const std::string& dbName = "pay.db",
                        testing::Backend backend = testing::Backend::Sqlite) {
   namespace fs = std::filesystem;
-  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name);
+  // The server's run of a test may go on beside the file's.
+  const bool server = backend == testing::Backend::Postgres;
+  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name + (server ? "_pg" : ""));
   fs::remove_all(dir);
   fs::create_directories(dir);
   Files f{(dir / dbName).string(), (dir / "pay.bas").string(), nullptr};
-  if (backend == testing::Backend::Postgres) {
+  if (server) {
     f.schema = std::make_shared<testing::ServerSchema>();
     f.db = f.schema->connection();
     testing::need(testing::need(PostgresDatabase::open(f.db)).query(fromUtf8(kSchema)));
