@@ -16,10 +16,12 @@ namespace {
 
 constexpr std::size_t kGroupRows = 16;
 
-// The claims of every batch of every month; made by the first batch.
+// The claims of every batch of every month, and the open ones of a run in
+// order; made by the first batch.
 constexpr std::string_view kClaimTable =
     "CREATE TABLE IF NOT EXISTS korvex_claims (run text NOT NULL, row_key text NOT NULL, "
-    "done boolean NOT NULL DEFAULT false, done_by text, PRIMARY KEY (run, row_key))";
+    "done boolean NOT NULL DEFAULT false, done_by text, PRIMARY KEY (run, row_key)); "
+    "CREATE INDEX IF NOT EXISTS korvex_claims_open ON korvex_claims (run, row_key) WHERE NOT done";
 
 // Who did a row: the machine and the process.
 std::u16string processName() {
@@ -36,8 +38,10 @@ std::u16string quoted(std::u16string_view name) {
   return out + u"\"";
 }
 
-// The key text of a row: its primary key's columns as text, joined.
+// The key text of a row: its primary key's columns as text, joined. A key
+// of one text column is that column, which its index finds.
 std::u16string keyExpression(const std::vector<std::u16string>& key) {
+  if (key.size() == 1) return quoted(key[0]) + u"::text";
   std::u16string out = u"concat_ws(chr(31)";
   for (const std::u16string& column : key) out += u", " + quoted(column) + u"::text";
   return out + u")";

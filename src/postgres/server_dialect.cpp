@@ -86,7 +86,39 @@ std::size_t numberOf(std::u16string_view digits) {
   return n;
 }
 
+// Functions whose answer depends on nothing but their arguments and the
+// data: a query calling only these gives the same rows in one snapshot.
+// Anything else (the clock, random numbers, sequences, functions of the
+// site's own) may not.
+constexpr std::string_view kSteadyCalls[] = {
+    "SUM",          "COUNT",      "AVG",           "MIN",          "MAX",        "COALESCE",
+    "EXISTS",       "IN",         "ANY",           "ALL",          "CAST",       "ROUND",
+    "ABS",          "RTRIM",      "TRIM",          "LTRIM",        "UPPER",      "LOWER",
+    "LENGTH",       "SUBSTR",     "SUBSTRING",     "LEFT",         "RIGHT",      "CHR",
+    "CONCAT",       "NULLIF",     "AND",           "OR",           "NOT",        "BETWEEN",
+    "ON",           "WHERE",      "FROM",          "SELECT",       "AS",         "WHEN",
+    "THEN",         "ELSE",       "KORVEX_YEAR",   "KORVEX_MONTH", "KORVEX_DAY", "KORVEX_LEFT",
+    "KORVEX_RIGHT", "KORVEX_LEN", "KORVEX_LENGTH", "HAVING",       "BY",         "LIKE",
+    "IS",
+};
+
 }  // namespace
+
+bool namesServer(std::string_view database) {
+  if (database.starts_with("postgresql://") || database.starts_with("postgres://")) return true;
+  // key=value settings: a word, "=", and among them the host or database.
+  const auto setting = [&](std::string_view key) {
+    for (std::size_t at = database.find(key); at != std::string_view::npos;
+         at = database.find(key, at + 1)) {
+      const bool starts = at == 0 || database[at - 1] == ' ';
+      std::size_t eq = at + key.size();
+      while (eq < database.size() && database[eq] == ' ') ++eq;
+      if (starts && eq < database.size() && database[eq] == '=') return true;
+    }
+    return false;
+  };
+  return setting("host") || setting("dbname") || setting("service");
+}
 
 ServerText adaptForServer(std::u16string_view written) {
   const std::u16string sql = adaptSql(written, kServerRenames);
@@ -202,6 +234,30 @@ std::vector<bool> placeholdersUsed(std::string_view statement) {
     used[n - 1] = true;
   }
   return used;
+}
+
+bool steadyQuery(std::string_view sql) {
+  const std::vector<SqlToken> tokens = sqlTokens(sql);
+  bool first = true;
+  for (std::size_t k = 0; k < tokens.size(); ++k) {
+    const SqlToken& t = tokens[k];
+    if (t.kind != SqlTokenKind::Word) continue;
+    const std::string_view word = sql.substr(t.begin, t.size);
+    if (first && !isWord(word, "SELECT")) return false;
+    first = false;
+    for (std::string_view locks : {"FOR", "INTO"}) {
+      if (isWord(word, locks)) return false;
+    }
+    std::size_t next = k + 1;
+    while (next < tokens.size() && tokens[next].kind == SqlTokenKind::Blank) ++next;
+    const bool called = next < tokens.size() && tokens[next].kind == SqlTokenKind::Symbol &&
+                        sql[tokens[next].begin] == '(';
+    if (called && std::none_of(std::begin(kSteadyCalls), std::end(kSteadyCalls),
+                               [&](std::string_view steady) { return isWord(word, steady); })) {
+      return false;
+    }
+  }
+  return !first;
 }
 
 }  // namespace korvex::ds

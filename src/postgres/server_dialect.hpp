@@ -17,6 +17,11 @@ struct ServerText {
   bool usesDomains = false;
 };
 
+/// Whether `database` names a server rather than a file: a postgresql://
+/// (or postgres://) address, or key=value settings naming a host, a
+/// database or a service.
+bool namesServer(std::string_view database);
+
 /// The text with
 /// - dates in the payroll forms written as ISO text, which the server reads
 ///   as the same date whatever its DateStyle;
@@ -45,5 +50,12 @@ std::string firstWord(std::string_view statement);
 /// Which placeholders "$N" the statement uses: element N-1 is true for
 /// "$N"; as long as the highest number used.
 std::vector<bool> placeholdersUsed(std::string_view statement);
+
+/// Whether a statement (as the server gets it) gives the same rows
+/// whenever the data are the same: a SELECT that locks nothing, writes
+/// nothing and calls only functions whose answer depends on their
+/// arguments and the data (sums, trims, the session's date functions, ...),
+/// not the clock, random numbers, sequences or functions of the site's own.
+bool steadyQuery(std::string_view statement);
 
 }  // namespace korvex::ds

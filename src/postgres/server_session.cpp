@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "postgres/server_cells.hpp"
 #include "sqlite/field_types.hpp"
 #include "sqlite/sql_rewrite.hpp"
 #include "sqlite/sql_tokens.hpp"
@@ -14,19 +15,6 @@
 namespace korvex::ds {
 
 namespace {
-
-// Server type numbers of the values read as numbers or bytes.
-enum : Oid {
-  kBool = 16,
-  kBytea = 17,
-  kInt8 = 20,
-  kInt2 = 21,
-  kInt4 = 23,
-  kOid = 26,
-  kFloat4 = 700,
-  kFloat8 = 701,
-  kNumeric = 1700,
-};
 
 // What the session needs before the first payroll text: dates read and
 // written in ISO form (and month first where a text is ambiguous), and the
@@ -97,58 +85,6 @@ std::string numberText(double d) {
   return ec == std::errc{} ? std::string(buffer.data(), end) : std::string("0");
 }
 
-int fromHex(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return 0;
-}
-
-// A value as the server sent it in text form, as SQLite would have stored
-// it: integers, reals, text or bytes.
-SqlCell cellOf(Oid type, std::string_view text) {
-  const auto integer = [&]() -> std::optional<long long> {
-    long long n = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), n);
-    if (ec != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return n;
-  };
-  switch (type) {
-    case kBool:
-      return static_cast<long long>(text == "t" ? 1 : 0);
-    case kInt2:
-    case kInt4:
-    case kInt8:
-    case kOid:
-    case kNumeric:
-      // A whole numeric (a sum of integers) stays an integer, as SQLite's
-      // sums of integers are.
-      if (const auto n = integer()) return *n;
-      [[fallthrough]];
-    case kFloat4:
-    case kFloat8:
-      return std::strtod(std::string(text).c_str(), nullptr);
-    case kBytea: {
-      SqlBlob blob;
-      if (text.starts_with("\\x")) {
-        for (std::size_t i = 2; i + 1 < text.size(); i += 2) {
-          blob.bytes += static_cast<char>(fromHex(text[i]) * 16 + fromHex(text[i + 1]));
-        }
-      }
-      return blob;
-    }
-    default:
-      return std::string(text);
-  }
-}
-
-// The field type of a column's declared type, as the server writes it
-// (format_type): "character varying(10)", "public.korvex_money", ...
-std::int32_t typeOfServerDeclared(std::string_view declared) {
-  if (declared == "bytea") return kTypeBinary;
-  return typeOfDeclared(declared);
-}
-
 // Only a select list of plain names can come from one table's columns
 // alone: anything with parentheses is an expression, which no row holds.
 bool plainSelectList(std::string_view sql, std::size_t from) {
@@ -166,22 +102,6 @@ constexpr std::array<std::u16string_view, 3> kIdentity{u"ctid", u"xmin", u"table
 constexpr std::string_view kIdentityColumns = ", ctid, xmin, tableoid ";
 
 }  // namespace
-
-bool namesServer(std::string_view database) {
-  if (database.starts_with("postgresql://") || database.starts_with("postgres://")) return true;
-  // key=value settings: a word, "=", and among them the host or database.
-  const auto setting = [&](std::string_view key) {
-    for (std::size_t at = database.find(key); at != std::string_view::npos;
-         at = database.find(key, at + 1)) {
-      const bool starts = at == 0 || database[at - 1] == ' ';
-      std::size_t eq = at + key.size();
-      while (eq < database.size() && database[eq] == ' ') ++eq;
-      if (starts && eq < database.size() && database[eq] == '=') return true;
-    }
-    return false;
-  };
-  return setting("host") || setting("dbname") || setting("service");
-}
 
 ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
                              const SqliteAccess& access)
@@ -258,17 +178,17 @@ ServerSession::Result ServerSession::send(std::string_view sql,
     const SqlParameter p = i < params.size() ? params[i] : SqlParameter{nullptr};
     if (const auto* n = std::get_if<long long>(&p)) {
       texts[i] = std::to_string(*n);
-      types[i] = kInt8;
+      types[i] = kServerInt8;
     } else if (const auto* d = std::get_if<double>(&p)) {
       texts[i] = numberText(*d);
-      types[i] = kFloat8;
+      types[i] = kServerFloat8;
     } else if (const auto* s = std::get_if<std::string>(&p)) {
       texts[i] = *s;
     } else if (const auto* b = std::get_if<SqlBlob>(&p)) {
       static constexpr char kDigits[] = "0123456789abcdef";
       texts[i] = "\\x";
       for (unsigned char c : b->bytes) texts[i] += {kDigits[c >> 4], kDigits[c & 15]};
-      types[i] = kBytea;
+      types[i] = kServerBytea;
     }
     if (!std::holds_alternative<std::nullptr_t>(p)) values[i] = texts[i].c_str();
     if (!used[i]) types[i] = 25;  // text
@@ -488,52 +408,6 @@ bool ServerSession::holds(std::string_view table, std::string_view column, Colum
   columnKinds_.emplace(key, answer);
   return answer;
 }
-
-namespace {
-
-// Functions whose answer depends on nothing but their arguments and the
-// data: a query calling only these gives the same rows in one snapshot.
-// Anything else (the clock, random numbers, sequences, functions of the
-// site's own) may not.
-constexpr std::string_view kSteadyCalls[] = {
-    "SUM",          "COUNT",      "AVG",           "MIN",          "MAX",        "COALESCE",
-    "EXISTS",       "IN",         "ANY",           "ALL",          "CAST",       "ROUND",
-    "ABS",          "RTRIM",      "TRIM",          "LTRIM",        "UPPER",      "LOWER",
-    "LENGTH",       "SUBSTR",     "SUBSTRING",     "LEFT",         "RIGHT",      "CHR",
-    "CONCAT",       "NULLIF",     "AND",           "OR",           "NOT",        "BETWEEN",
-    "ON",           "WHERE",      "FROM",          "SELECT",       "AS",         "WHEN",
-    "THEN",         "ELSE",       "KORVEX_YEAR",   "KORVEX_MONTH", "KORVEX_DAY", "KORVEX_LEFT",
-    "KORVEX_RIGHT", "KORVEX_LEN", "KORVEX_LENGTH", "HAVING",       "BY",         "LIKE",
-    "IS",
-};
-
-// A query that reads and gives the same rows whenever the data are the
-// same: a SELECT that locks nothing and calls nothing outside kSteadyCalls.
-bool steadyQuery(std::string_view sql) {
-  const std::vector<SqlToken> tokens = sqlTokens(sql);
-  bool first = true;
-  for (std::size_t k = 0; k < tokens.size(); ++k) {
-    const SqlToken& t = tokens[k];
-    if (t.kind != SqlTokenKind::Word) continue;
-    const std::string_view word = sql.substr(t.begin, t.size);
-    if (first && !isWord(word, "SELECT")) return false;
-    first = false;
-    for (std::string_view locks : {"FOR", "INTO"}) {
-      if (isWord(word, locks)) return false;
-    }
-    std::size_t next = k + 1;
-    while (next < tokens.size() && tokens[next].kind == SqlTokenKind::Blank) ++next;
-    const bool called = next < tokens.size() && tokens[next].kind == SqlTokenKind::Symbol &&
-                        sql[tokens[next].begin] == '(';
-    if (called && std::none_of(std::begin(kSteadyCalls), std::end(kSteadyCalls),
-                               [&](std::string_view steady) { return isWord(word, steady); })) {
-      return false;
-    }
-  }
-  return !first;
-}
-
-}  // namespace
 
 // Inside one snapshot a steady query asked again with the same values
 // has the same answer, whichever session asks: the sessions of the

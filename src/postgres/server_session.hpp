@@ -104,9 +104,4 @@ class ServerSession {
   std::map<std::tuple<std::string, std::string, ColumnKind>, bool> columnKinds_;
 };
 
-/// Whether `database` names a server rather than a file: a postgresql://
-/// (or postgres://) address, or key=value settings naming a host or a
-/// database.
-bool namesServer(std::string_view database);
-
 }  // namespace korvex::ds

@@ -79,5 +79,35 @@ TEST(ServerDialect, CutsAndClassifiesStatements) {
   EXPECT_EQ(placeholdersUsed("select $3, '$1', $1"), (std::vector<bool>{true, false, true}));
 }
 
+// What the sessions of one snapshot may share: the answer of a query that
+// reads, locks nothing and calls only functions of the data.
+TEST(ServerDialect, SteadyQueriesAndServerNames) {
+  const std::pair<const char*, bool> queries[] = {
+      {"SELECT SUM(工资合计) AS 合计 From WA_JobData WHERE (pg_temp.korvex_year(日期) = 2025)",
+       true},
+      {"select \"基本工资\" as WA_Value from \"工资表\" Where (工号 = '001')", true},
+      {"select count(*) from t where exists (select 1 from u where rtrim(u.k) in ('a'))", true},
+      {"select pg_temp.korvex_getdate()", false},
+      {"select random() from t", false},
+      {"select nextval('s')", false},
+      {"select calcbyworkgroup($1)", false},
+      {"select * from t for update", false},
+      {"update t set a = 1", false},
+      {"-- only a comment", false},
+  };
+  for (const auto& [sql, steady] : queries) EXPECT_EQ(steadyQuery(sql), steady) << sql;
+  const std::pair<const char*, bool> names[] = {
+      {"postgresql://clerk@db/payroll", true},
+      {"postgres://db", true},
+      {"host=/run/pg dbname=payroll", true},
+      {"dbname = payroll", true},
+      {"service=payroll", true},
+      {"pay.db", false},
+      {"/data/dbname=x.db", false},
+      {"Data Source=pay.db", false},
+  };
+  for (const auto& [name, server] : names) EXPECT_EQ(namesServer(name), server) << name;
+}
+
 }  // namespace
 }  // namespace korvex::ds
