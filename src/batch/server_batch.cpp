@@ -129,8 +129,10 @@ class SharedMonth {
   SharedMonth(PostgresDatabase db, Shape shape, const std::atomic<bool>* stop)
       : db_(std::move(db)), shape_(std::move(shape)), stop_(stop) {}
 
-  // Lists the claims of a new run unless one is under way.
-  DatabaseResult<std::size_t> join(const std::vector<std::u16string>& identities) {
+  // Lists the claims of a new run unless one is under way: the rows of the
+  // record query as they are now, under the lock that keeps two processes
+  // from listing at once.
+  DatabaseResult<std::size_t> join() {
     DatabaseResult<> done = db_.begin();
     if (done.ok()) done = db_.execute("SELECT pg_advisory_xact_lock(hashtext('korvex_claims'))");
     if (done.ok()) done = db_.execute(kClaimTable);
@@ -147,7 +149,13 @@ class SharedMonth {
     };
     if (number(1) == 0) {
       // No run under way: every row of the query is open again.
-      const std::array<Value, 2> rows{Value::string(shape_.run), textArray(identities)};
+      DatabaseResult<SqlResult> record = db_.query(shape_.run);
+      if (!record.ok()) return fail(record.error());
+      std::vector<std::u16string> places;
+      for (const auto& id : record.value().rowIdentities) {
+        places.push_back(fromUtf8(std::get<std::string>(id.at(0))));
+      }
+      const std::array<Value, 2> rows{Value::string(shape_.run), textArray(places)};
       DatabaseResult<SqlResult> done =
           db_.query(u"DELETE FROM korvex_claims WHERE run = $1", std::span(rows).first(1));
       if (done.ok()) {
@@ -373,11 +381,8 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
     return std::nullopt;
   }
   shape.key = *key;
-  std::vector<std::u16string> places;
-  for (const auto& id : result.rowIdentities)
-    places.push_back(fromUtf8(std::get<std::string>(id[0])));
   auto month = std::make_shared<SharedMonth>(db, std::move(shape), stop);
-  const DatabaseResult<std::size_t> joined = month->join(places);
+  const DatabaseResult<std::size_t> joined = month->join();
   if (!joined.ok()) {
     error = "无法认领行: " + toUtf8(joined.error().message);
     return std::nullopt;
