@@ -17,10 +17,12 @@ namespace {
 constexpr std::size_t kGroupRows = 16;
 
 // The claims of every batch of every month, and the open ones of a run in
-// order; made by the first batch.
+// order; made by the first batch (a table of the first version of the
+// claims gains who did each row).
 constexpr std::string_view kClaimTable =
     "CREATE TABLE IF NOT EXISTS korvex_claims (run text NOT NULL, row_key text NOT NULL, "
     "done boolean NOT NULL DEFAULT false, done_by text, PRIMARY KEY (run, row_key)); "
+    "ALTER TABLE korvex_claims ADD COLUMN IF NOT EXISTS done_by text; "
     "CREATE INDEX IF NOT EXISTS korvex_claims_open ON korvex_claims (run, row_key) WHERE NOT done";
 
 // Who did a row: the machine and the process.
