@@ -4,6 +4,7 @@
 #include "host/object_members.hpp"
 #include "korvex/postgres.hpp"
 #include "postgres/server_session.hpp"
+#include "postgres/session_pool.hpp"
 #include "sqlite/objects.hpp"
 
 namespace korvex::ds {
@@ -45,20 +46,20 @@ class ServerBackend final : public Backend {
   std::shared_ptr<ServerSession> session_;
 };
 
-std::shared_ptr<Backend> openServer(std::u16string_view connection, std::u16string_view catalog,
-                                    const SqliteAccess& access) {
-  return std::make_shared<ServerBackend>(
-      std::make_shared<ServerSession>(toUtf8(connection), catalog, access));
-}
-
 class ServerFactory final : public ObjectFactory {
  public:
   ServerFactory(std::shared_ptr<SqlLog> log, SqliteAccess access)
       : log_(std::move(log)), access_(std::move(access)) {}
 
   ObjectRef create(std::u16string_view className) override {
-    if (host::equalsNoCase(className, u"Connection"))
-      return std::make_shared<Connection>(log_, access_, openServer);
+    if (host::equalsNoCase(className, u"Connection")) {
+      return std::make_shared<Connection>(
+          log_, access_,
+          [pool = pool_](std::u16string_view connection, std::u16string_view catalog,
+                         const SqliteAccess& access) {
+            return std::make_shared<ServerBackend>(pool->take(toUtf8(connection), catalog, access));
+          });
+    }
     if (host::equalsNoCase(className, u"Recordset")) return std::make_shared<Recordset>();
     if (host::equalsNoCase(className, u"Command")) return std::make_shared<Command>();
     return nullptr;
@@ -67,6 +68,8 @@ class ServerFactory final : public ObjectFactory {
  private:
   std::shared_ptr<SqlLog> log_;
   SqliteAccess access_;
+  // The sessions its connections leave behind, for the next ones.
+  std::shared_ptr<SessionPool> pool_ = std::make_shared<SessionPool>();
 };
 
 template <class F>

@@ -146,6 +146,12 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
 
 ServerSession::~ServerSession() { PQfinish(conn_); }
 
+bool ServerSession::reusable() const noexcept {
+  if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_) return false;
+  const PGTransactionStatusType state = PQtransactionStatus(conn_);
+  return snapshotBegin_.empty() ? state == PQTRANS_IDLE && !enclosing_ : state == PQTRANS_INTRANS;
+}
+
 void ServerSession::fail(const PGresult* result) const {
   const char* primary = result ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
   std::string why = primary != nullptr ? primary : PQerrorMessage(conn_);

@@ -38,6 +38,11 @@ class ServerSession {
   ServerSession& operator=(const ServerSession&) = delete;
 
   const std::string& connection() const noexcept { return connection_; }
+  /// Whether the session is as it was when it was opened, fit for the next
+  /// connection: no transaction of the host's or the scripts' open (a
+  /// session reading a snapshot still in it), nothing switched to reading
+  /// only, the connection to the server sound.
+  bool reusable() const noexcept;
   const std::u16string& catalog() const noexcept { return catalog_; }
 
   /// Runs a payroll text (adapted, one statement after the other, each
