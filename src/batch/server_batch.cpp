@@ -343,6 +343,7 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
   SqlResult& result = rows.value();
   BatchDatabase batch;
   SqliteAccess access;
+  access.interrupt = stop;
   std::shared_ptr<PostgresDatabase> holder;
   if (reuse) {
     // Without a snapshot to share, every statement runs.

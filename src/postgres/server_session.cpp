@@ -1,5 +1,7 @@
 #include "postgres/server_session.hpp"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -105,7 +107,7 @@ constexpr std::string_view kIdentityColumns = ", ctid, xmin, tableoid ";
 
 ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
                              const SqliteAccess& access)
-    : connection_(connection) {
+    : connection_(connection), interrupt_(access.interrupt) {
   const bool readOnly = access.readOnly;
   const std::string database = toUtf8(catalog);
   const char* keys[] = {"dbname", catalog.empty() ? nullptr : "dbname", nullptr};
@@ -199,14 +201,43 @@ ServerSession::Result ServerSession::send(std::string_view sql,
     if (!std::holds_alternative<std::nullptr_t>(p)) values[i] = texts[i].c_str();
     if (!used[i]) types[i] = 25;  // text
   }
-  Result r(PQexecParams(conn_, std::string(sql).c_str(), static_cast<int>(count), types.data(),
-                        values.data(), nullptr, nullptr, 0),
-           PQclear);
+  if (interrupt_ != nullptr && interrupt_->load()) throw DbError(u"interrupted");
+  Result r(nullptr, PQclear);
+  if (interrupt_ == nullptr) {
+    r.reset(PQexecParams(conn_, std::string(sql).c_str(), static_cast<int>(count), types.data(),
+                         values.data(), nullptr, nullptr, 0));
+  } else if (PQsendQueryParams(conn_, std::string(sql).c_str(), static_cast<int>(count),
+                               types.data(), values.data(), nullptr, nullptr, 0) == 1) {
+    r = awaitResult();
+  }
   const ExecStatusType status = PQresultStatus(r.get());
   if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK && status != PGRES_EMPTY_QUERY) {
     fail(r.get());
   }
   return r;
+}
+
+// The result of the statement sent, waiting in short steps so that a
+// raised interrupt cancels it (the server then answers with an error).
+ServerSession::Result ServerSession::awaitResult() {
+  bool cancelled = false;
+  while (PQisBusy(conn_) == 1) {
+    pollfd ready{PQsocket(conn_), POLLIN, 0};
+    (void)::poll(&ready, 1, 50);
+    if (PQconsumeInput(conn_) == 0) break;
+    if (!cancelled && interrupt_->load()) {
+      cancelled = true;
+      if (PGcancel* cancel = PQgetCancel(conn_)) {
+        char why[256];
+        (void)PQcancel(cancel, why, sizeof why);
+        PQfreeCancel(cancel);
+      }
+    }
+  }
+  Result first(PQgetResult(conn_), PQclear);
+  // The connection takes the next statement only once every result is read.
+  while (PGresult* more = PQgetResult(conn_)) PQclear(more);
+  return first;
 }
 
 // Inside a transaction a failed statement would leave the whole

@@ -6,6 +6,7 @@
 
 #include <libpq-fe.h>
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <span>
@@ -83,6 +84,7 @@ class ServerSession {
   };
 
   Result send(std::string_view sql, std::span<const SqlParameter> params);
+  Result awaitResult();
   Result guarded(std::string_view sql, std::span<const SqlParameter> params);
   ResultSet statement(std::string_view sql, std::span<const SqlParameter> params);
   ResultSet rowsOf(const PGresult* result, std::size_t hidden);
@@ -104,6 +106,9 @@ class ServerSession {
   // Reads shared with the sessions of the same snapshot.
   std::string snapshot_;
   std::string snapshotBegin_;  // what begins a transaction in it
+  // Raised from elsewhere: the statement running is cancelled, and every
+  // statement after it refused.
+  const std::atomic<bool>* interrupt_ = nullptr;
   std::shared_ptr<SqliteReuse> reuse_;
   std::unordered_map<unsigned, TableInfo> tables_;
   std::map<std::tuple<std::string, std::string, ColumnKind>, bool> columnKinds_;

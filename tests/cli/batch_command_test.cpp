@@ -255,11 +255,12 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
 
 // A stop reaches into the SQL a row is running: a query of a billion steps
 // ends within moments, and nothing is written.
-TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
+TEST_P(BatchOnBoth, AStopInterruptsTheStatementRunning) {
   const Files f =
       makeFiles("interrupt",
                 "DIM n\r\nn = DoSQL(\"WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
-                "FROM c WHERE x < 1000000000) SELECT count(*) FROM c\")\r\nwage = n\r\n");
+                "FROM c WHERE x < 1000000000) SELECT count(*) FROM c\")\r\nwage = n\r\n",
+                "pay.db", GetParam());
   std::atomic<bool> stop{false};
   std::string error;
   std::optional<BatchDatabase> db =
@@ -275,7 +276,7 @@ TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     stop = true;
   });
-  const BatchSummary s = runBatch(db->table, job, db->writer.get());
+  const BatchSummary s = db->shared ? db->shared(job) : runBatch(db->table, job, db->writer.get());
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
   EXPECT_TRUE(s.interrupted);
   EXPECT_FALSE(s.committed);
