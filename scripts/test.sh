@@ -13,6 +13,11 @@ jobs="${KORVEX_JOBS:-2}"
 scripts/deps.sh
 scripts/deps.sh python3 ||
   echo "test: could not install python3; saved workbooks will not be read a second time" >&2
+# The PostgreSQL server for the data tests on a server (skipped without).
+if ! ls /usr/lib/postgresql/*/bin/initdb >/dev/null 2>&1; then
+  scripts/deps.sh postgresql ||
+    echo "test: could not install the PostgreSQL server; the data tests will run on SQLite only" >&2
+fi
 if ! command -v soffice >/dev/null 2>&1; then
   scripts/deps.sh libreoffice-calc-nogui ||
     echo "test: could not install LibreOffice; the interop test will be skipped" >&2
