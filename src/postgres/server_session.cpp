@@ -120,24 +120,35 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
     conn_ = nullptr;
     throw DbError(fromUtf8(why));
   }
+  // The server's notices (a warning of a script's BEGIN inside the run's
+  // transaction, ...) are no business of the command's output.
+  PQsetNoticeProcessor(
+      conn_, [](void*, const char*) {}, nullptr);
   try {
     execute(kSessionSetup);
     if (readOnly) execute("SET default_transaction_read_only = on");
     const ResultSet name = runExact("SELECT current_database()", {}, 0);
     catalog_ = name.rows.at(0).at(0).stringValue();
-    // In the snapshot another session exported, for as long as this one
-    // lives; the scripts' transactions become savepoints inside it. Only
-    // the database the snapshot is of can take it.
-    if (readOnly && !access.snapshot.empty() && catalog.empty()) {
-      const std::array<SqlParameter, 1> id{access.snapshot};
-      const ResultSet quoted = runExact("SELECT quote_literal($1)", id, 0);
-      snapshotBegin_ =
-          "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; SET TRANSACTION SNAPSHOT " +
-          toUtf8(quoted.rows.at(0).at(0).stringValue());
-      execute(snapshotBegin_);
+    // A read-only session reads inside a read-only transaction of its own,
+    // begun again whenever it ends, which no statement of a script can
+    // switch to writing; with a snapshot another session exported, in that
+    // snapshot (only the database it is of can take it). The scripts'
+    // transactions become savepoints inside it.
+    // (Its first query comes with it: before that, a statement could still
+    // switch the transaction to writing.)
+    if (readOnly) {
+      readOnlyBegin_ = "BEGIN READ ONLY; SELECT 1";
+      if (!access.snapshot.empty() && catalog.empty()) {
+        std::string quoted = "'";
+        for (char c : access.snapshot) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+        readOnlyBegin_ =
+            "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; SET TRANSACTION SNAPSHOT " + quoted +
+            "'; SELECT 1";
+        snapshot_ = access.snapshot;
+        reuse_ = access.reuse;
+      }
+      execute(readOnlyBegin_);
       enclosing_ = true;
-      snapshot_ = access.snapshot;
-      reuse_ = access.reuse;
     }
   } catch (...) {
     PQfinish(conn_);
@@ -151,7 +162,7 @@ ServerSession::~ServerSession() { PQfinish(conn_); }
 bool ServerSession::reusable() const noexcept {
   if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_) return false;
   const PGTransactionStatusType state = PQtransactionStatus(conn_);
-  return snapshotBegin_.empty() ? state == PQTRANS_IDLE && !enclosing_ : state == PQTRANS_INTRANS;
+  return readOnlyBegin_.empty() ? state == PQTRANS_IDLE && !enclosing_ : state == PQTRANS_INTRANS;
 }
 
 void ServerSession::fail(const PGresult* result) const {
@@ -245,16 +256,30 @@ ServerSession::Result ServerSession::awaitResult() {
 // A savepoint around it does the same here.
 ServerSession::Result ServerSession::guarded(std::string_view sql,
                                              std::span<const SqlParameter> params) {
+  // A statement of a script (ABORT, COMMIT AND CHAIN) may have ended a
+  // read-only session's transaction.
+  if (!readOnlyBegin_.empty() && !inTransaction()) {
+    execute(readOnlyBegin_);
+    userOpen_ = false;
+  }
   if (!inTransaction()) return send(sql, params);
-  if (!snapshotBegin_.empty() && !userOpen_) {
-    // A session reading a snapshot has nothing to undo: after a failure it
-    // begins again in the same snapshot, which costs less than a savepoint
+  if (!readOnlyBegin_.empty() && !userOpen_) {
+    // A read-only session has nothing to undo: after a failure it begins
+    // again (in the same snapshot), which costs less than a savepoint
     // around every statement.
     try {
-      return send(sql, params);
+      Result r = send(sql, params);
+      // A script's COMMIT AND CHAIN began a transaction of its own, which
+      // it could still switch to writing: it is replaced at once.
+      const std::string_view ended = PQcmdStatus(r.get());
+      if (ended == "COMMIT" || ended == "ROLLBACK") {
+        if (inTransaction()) execute("ROLLBACK");
+        execute(readOnlyBegin_);
+      }
+      return r;
     } catch (const DbError&) {
       execute("ROLLBACK");
-      execute(snapshotBegin_);
+      execute(readOnlyBegin_);
       throw;
     }
   }

@@ -105,7 +105,7 @@ class ServerSession {
   bool domains_ = false;
   // Reads shared with the sessions of the same snapshot.
   std::string snapshot_;
-  std::string snapshotBegin_;  // what begins a transaction in it
+  std::string readOnlyBegin_;  // what begins a read-only session's transaction
   // Raised from elsewhere: the statement running is cancelled, and every
   // statement after it refused.
   const std::atomic<bool>* interrupt_ = nullptr;

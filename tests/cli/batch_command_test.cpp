@@ -326,17 +326,36 @@ TEST(BatchCommand, SharedReadsComputeTheSameMonth) {
 
 // A script's own SQL cannot write, whatever it tries: the connections it
 // reaches, also one it opens with "use NAME", open the file read-only.
-TEST(BatchCommand, ScriptsCannotWriteBehindTheBatch) {
-  for (const char* script :
-       {"DIM n\r\nn = DoSQL(\"PRAGMA query_only = 0\")\r\nn = DoSQL(\"UPDATE pay SET wage = "
-        "99\")\r\n",
-        "DIM n\r\nn = DoSQL(\"use pay\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n"}) {
+// The rows' connections only read, whatever a script sends to undo that.
+TEST_P(BatchOnBoth, ScriptsCannotWriteBehindTheBatch) {
+  using Attempt = std::pair<const char*, const char*>;  // script, refusal
+  const std::vector<Attempt> attempts =
+      onServer()
+          ? std::vector<
+                Attempt>{{"DIM n\r\nn = DoSQL(\"SET default_transaction_read_only = off\")\r\n"
+                          "n = DoSQL(\"UPDATE pay SET wage = 99\")\r\n",
+                          "cannot execute UPDATE in a read-only transaction"},
+                         {"DIM n\r\nn = DoSQL(\"SET default_transaction_read_only = off\" & vbCrLf "
+                          "& "
+                          "\"ABORT\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n",
+                          "cannot execute UPDATE in a read-only transaction"},
+                         {"DIM n\r\nn = DoSQL(\"COMMIT AND CHAIN\" & vbCrLf & \"SET "
+                          "transaction_read_only = "
+                          "off\" & vbCrLf & \"UPDATE pay SET wage = 97\")\r\n",
+                          "transaction read-write mode must be set before any query"}}
+          : std::vector<Attempt>{
+                {"DIM n\r\nn = DoSQL(\"PRAGMA query_only = 0\")\r\nn = DoSQL(\"UPDATE pay SET "
+                 "wage = 99\")\r\n",
+                 "readonly database"},
+                {"DIM n\r\nn = DoSQL(\"use pay\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n",
+                 "readonly database"}};
+  for (const auto& [script, refusal] : attempts) {
     for (const std::string_view mode : {"--dry-run", "--json"}) {
       SCOPED_TRACE(std::string(script) + " " + std::string(mode));
-      const Files f = makeFiles("readonly", script);
+      const Files f = makeFiles("readonly", script, "pay.db", GetParam());
       const Outcome r = run(f, {mode});
       EXPECT_EQ(r.status, 1) << r.err;
-      EXPECT_NE(r.out.find("readonly database"), std::string::npos) << r.out;
+      EXPECT_NE(r.out.find(refusal), std::string::npos) << r.out;
       EXPECT_EQ(wages(f.db), kUnchanged);
     }
   }
