@@ -292,9 +292,11 @@ KORVEX_API int32_t korvex_call_fail(korvex_call* call, int32_t number, const cha
 
 /* ---- the database ------------------------------------------------------- */
 
-/* Opens a SQLite database file: the script's data functions and its Parent
- * connection use it. KORVEX_E_DATABASE when the file is missing or cannot
- * be opened. */
+/* Opens a SQLite database file, or a PostgreSQL server's database for a
+ * connection string (postgresql://... or host=... dbname=...) that names
+ * no file: the script's data functions and its Parent connection use it.
+ * KORVEX_E_DATABASE when the file is missing or the database cannot be
+ * opened. */
 KORVEX_API korvex_status korvex_open_database(korvex_engine* engine, const char* path,
                                               size_t path_length);
 
@@ -316,7 +318,10 @@ KORVEX_API korvex_status korvex_bind_record(korvex_engine* engine, const char* s
  * (nothing was computed: a database that cannot be written, a record query
  * that would write or whose rows cannot be traced to one table's rows)
  * `*batch` holds only the reason, korvex_batch_error. Free it with
- * korvex_batch_free. Thread-safe: every call has its own connections. */
+ * korvex_batch_free. Thread-safe: every call has its own connections.
+ * With a PostgreSQL connection string as `db_path` the month is shared with
+ * every other process running it: rows are claimed and committed in small
+ * groups, and `rows` and `done` count the rows this call ran. */
 typedef struct korvex_batch korvex_batch;
 typedef struct korvex_batch_summary {
   size_t rows;           /* rows of the record query */

@@ -6,7 +6,7 @@
 set -eu
 
 [ "$#" -gt 0 ] || set -- g++ cmake make pkg-config libgtest-dev libbenchmark-dev \
-  clang-format libsqlite3-dev libzip-dev libexpat1-dev
+  clang-format libsqlite3-dev libzip-dev libexpat1-dev libpq-dev
 
 missing=""
 for p in "$@"; do

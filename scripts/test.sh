@@ -13,6 +13,11 @@ jobs="${KORVEX_JOBS:-2}"
 scripts/deps.sh
 scripts/deps.sh python3 ||
   echo "test: could not install python3; saved workbooks will not be read a second time" >&2
+# The PostgreSQL server for the data tests on a server (skipped without).
+if ! ls /usr/lib/postgresql/*/bin/initdb >/dev/null 2>&1; then
+  scripts/deps.sh postgresql ||
+    echo "test: could not install the PostgreSQL server; the data tests will run on SQLite only" >&2
+fi
 if ! command -v soffice >/dev/null 2>&1; then
   scripts/deps.sh libreoffice-calc-nogui ||
     echo "test: could not install LibreOffice; the interop test will be skipped" >&2
@@ -29,6 +34,21 @@ else
 fi
 
 cmake --build "$dir" -j"$jobs"
+
+# The data tests run on SQLite and on a throwaway PostgreSQL server
+# (scripts/pg_server.sh), stopped when this script ends; without a server
+# their server runs are skipped. KORVEX_PG set beforehand names a server
+# of one's own instead.
+if [ -z "${KORVEX_PG:-}" ]; then
+  root=$(pwd)
+  if pg_env=$(scripts/pg_server.sh start); then
+    eval "$pg_env"
+    trap '"$root/scripts/pg_server.sh" stop "$KORVEX_PG_DIR"' EXIT
+  else
+    echo "test: no PostgreSQL server could be started; the data tests run on SQLite only" >&2
+  fi
+fi
+
 (cd "$dir" && ctest --output-on-failure -j"$jobs")
 
 # The Windows builds and the automation component's tests under Wine (they

@@ -19,6 +19,7 @@
 
 #include "korvex/host_object.hpp"
 #include "korvex/locale.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
@@ -85,6 +86,10 @@ struct BatchSummary {
   std::vector<RowFailure> failures;  // in row order
   /// A dry run's rows that changed fields, with the values computed.
   std::vector<RowFields> computed;
+  /// A month shared with other processes (on a database server): the rows
+  /// of the whole query; `rows` and `done` count the rows this process
+  /// claimed and ran.
+  std::optional<std::size_t> sharedRows;
 };
 
 struct BatchJob {
@@ -118,9 +123,16 @@ struct BatchDatabase {
   std::unique_ptr<BatchWriter> writer;
   /// The read results the workers share; none when switched off.
   std::shared_ptr<SqliteReuse> reuse;
+  /// On a database server, a batch that writes shares the month with any
+  /// other process running it: this claims the rows in small groups
+  /// through the database, runs each group (runBatch, on `job`) and
+  /// commits its writes and its claim together, until no row is left. It
+  /// stands for `table` and `writer`, which it leaves empty.
+  std::function<BatchSummary(const BatchJob& job)> shared;
 };
 
-/// Opens the SQLite file `path` (it must exist) and runs `recordQuery`, one
+/// Opens the SQLite file `path` (it must exist), or the server's database
+/// a connection string names (isServerDatabase), and runs `recordQuery`, one
 /// statement that only reads; `forWriting` takes the write lock first (a
 /// batch that will write back). nullopt with `error` set (one line, for a
 /// usage error) when any of it fails. Raising `stop` interrupts the SQL
@@ -133,13 +145,25 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
 
 /// Opens the SQLite file `path` (it must exist; the name is a path, never a
 /// connection string) as a Connection of `objects`; the open connection,
-/// or false with a one-line reason in `error`.
+/// or false with a one-line reason in `error`. A `path` that names no file
+/// but a database server (namesDatabaseServer) is opened as that server's
+/// connection string, with `objects` of postgresObjectFactory.
 bool openDatabaseFile(ObjectFactory& objects, const std::string& path, ObjectRef& connection,
                       std::string& error);
+
+/// Whether `database` (a --db value) is a server's connection string: it
+/// names one and no file of that name exists.
+bool isServerDatabase(const std::string& database);
+/// The objects that open `database`: the server's for a server's
+/// connection string, SQLite's for a file.
+std::shared_ptr<ObjectFactory> objectFactoryFor(const std::string& database,
+                                                std::shared_ptr<SqlLog> log = nullptr,
+                                                SqliteAccess access = {});
 
 /// Refuses a record query that is not exactly one statement reading rows,
 /// as `database` compiles it, before any of it runs: false with a one-line
 /// reason in `error`.
 bool checkRecordQuery(SqliteDatabase database, const std::string& sql, std::string& error);
+bool checkRecordQuery(PostgresDatabase database, const std::string& sql, std::string& error);
 
 }  // namespace korvex

@@ -107,6 +107,12 @@ struct SqliteAccess {
   std::shared_ptr<SqliteReuse> reuse;
   /// The page cache of each connection, in MiB (0: SQLite's default).
   int cacheMiB = 0;
+  /// On a database server, with readOnly: a snapshot another session
+  /// exported (pg_export_snapshot) that every session reads in, one
+  /// repeatable-read transaction each, so that all of them see one state
+  /// and may share what they read (`reuse`). Empty: every statement sees
+  /// what is committed when it runs, and nothing is shared.
+  std::string snapshot;
 };
 
 /// Makes "Connection", "Recordset" and "Command" objects (names matched

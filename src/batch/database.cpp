@@ -4,6 +4,8 @@
 #include "korvex/convert.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/sqlite.hpp"
+#include "recordset_writer.hpp"
+#include "server_batch.hpp"
 
 namespace korvex {
 
@@ -11,86 +13,6 @@ namespace {
 
 constexpr int kWriterCacheMiB = 64;
 constexpr int kWorkerCacheMiB = 32;
-
-// A field that would not take its value: the failure says which field and
-// what value.
-DispatchResult failedField(const DispatchResult& item, const Value& value, DispatchResult failure) {
-  std::u16string name = u"?";
-  if (item.ok()) {
-    const DispatchResult n = item.value.objectValue()->getProperty(u"Name", {});
-    if (n.ok() && n.value.isString()) name = n.value.stringValue();
-  }
-  const Converted<std::u16string> text = toText(value);
-  failure.description = u"字段 " + name + u" = " +
-                        (text ? *text.value : std::u16string(u"(无法显示的值)")) + u": " +
-                        failure.description;
-  return failure;
-}
-
-// Puts the rows' assignments back through a record set of the record query
-// on the writing connection, so that a row goes back to its table exactly
-// as a script's own Update would, all inside the transaction opened before
-// the query ran.
-class RecordsetWriter final : public BatchWriter {
- public:
-  RecordsetWriter(SqliteDatabase database, ObjectRef recordset)
-      : database_(std::move(database)), recordset_(std::move(recordset)) {}
-  ~RecordsetWriter() override { rollback(); }
-  RecordsetWriter(const RecordsetWriter&) = delete;
-  RecordsetWriter& operator=(const RecordsetWriter&) = delete;
-
-  DispatchResult write(std::size_t row, std::span<const FieldWrite> writes,
-                       std::size_t& changed) override {
-    for (; position_ < row; ++position_) {
-      if (DispatchResult moved = recordset_->callMethod(u"MoveNext", {}); !moved.ok()) {
-        return moved;
-      }
-    }
-    const DispatchResult fields = recordset_->getProperty(u"Fields", {});
-    if (!fields.ok()) return fields;
-    changed = 0;
-    for (const FieldWrite& w : writes) {
-      const std::array<Value, 1> index{Value::lng(static_cast<std::int32_t>(w.column))};
-      const DispatchResult item = fields.value.objectValue()->getProperty(u"Item", index);
-      DispatchResult set = item;
-      if (item.ok()) set = item.value.objectValue()->setProperty(u"Value", {}, w.value);
-      if (!set.ok()) {
-        (void)recordset_->callMethod(u"CancelUpdate", {});
-        return failedField(item, w.value, std::move(set));
-      }
-      // Counted as the field keeps it: 25 put into a money field holding 25
-      // changes nothing.
-      const ObjectRef field = item.value.objectValue();
-      const DispatchResult now = field->getProperty(u"Value", {});
-      const DispatchResult before = field->getProperty(u"OriginalValue", {});
-      if (!now.ok() || !before.ok() || !sameValue(now.value, before.value)) ++changed;
-    }
-    return recordset_->callMethod(u"Update", {});
-  }
-
-  DispatchResult commit() override {
-    if (!open_) return DispatchResult::success();
-    if (const DatabaseResult<> done = database_.commit(); !done.ok()) {
-      return done.error().dispatchResult();
-    }
-    open_ = false;
-    return DispatchResult::success();
-  }
-
-  void rollback() noexcept override {
-    if (!open_) return;
-    open_ = false;
-    // A refused rollback needs no answer: the transaction is gone either
-    // way, as SQLite drops it with the connection.
-    (void)database_.rollback();
-  }
-
- private:
-  SqliteDatabase database_;
-  ObjectRef recordset_;
-  std::size_t position_ = 0;
-  bool open_ = true;
-};
 
 // Runs the record query inside the transaction the writer finishes. The
 // workers' connections and the record query's must not change anything: a
@@ -109,6 +31,9 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
                                                const std::string& recordQuery, bool forWriting,
                                                const std::atomic<bool>* stop, std::string& error,
                                                bool reuse) {
+  if (isServerDatabase(path)) {
+    return openServerBatch(path, recordQuery, forWriting, stop, error, reuse);
+  }
   // The writer's cache holds the month's changed pages: spilling them
   // would take the lock that keeps the workers reading.
   SqliteAccess writing;
@@ -146,7 +71,11 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
   for (const SqlColumn& c : result.columns) db.table.fieldNames.push_back(c.name);
   db.table.rows = result.rows;
   ObjectRef recordset = database.recordset(std::move(result));
-  db.writer = std::make_unique<RecordsetWriter>(std::move(database), std::move(recordset));
+  db.writer = std::make_unique<RecordsetWriter>(
+      std::move(recordset), [database]() mutable { return database.commit(); },
+      // A refused rollback needs no answer: the transaction is gone either
+      // way, as SQLite drops it with the connection.
+      [database]() mutable { (void)database.rollback(); });
 
   if (reuse) db.reuse = makeSqliteReuse();
   const std::u16string connect = dataSource(path);
@@ -157,9 +86,11 @@ std::optional<BatchDatabase> openBatchDatabase(const std::string& path,
     // no statement of a script can undo; a stop ends the statement running.
     // They all read the state committed before the batch, so what one has
     // read answers the others.
-    auto factory = sqliteObjectFactory(
-        nullptr,
-        {.readOnly = true, .interrupt = stop, .reuse = shared, .cacheMiB = kWorkerCacheMiB});
+    auto factory = sqliteObjectFactory(nullptr, {.readOnly = true,
+                                                 .interrupt = stop,
+                                                 .reuse = shared,
+                                                 .cacheMiB = kWorkerCacheMiB,
+                                                 .snapshot = {}});
     ObjectRef parent;
     if (DispatchResult c = openConnection(*factory, connect); c.ok()) {
       parent = connectParent(c.value.objectValue());

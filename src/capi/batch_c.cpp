@@ -41,7 +41,9 @@ korvex_status korvex_batch_run(const char* dbPath, const char* recordSql, size_t
     job.script = korvex::fromUtf8(text(script, scriptLength));
     job.jobs = jobs;
     job.openWorker = db->openWorker;
-    out->summary = korvex::runBatch(db->table, job, dryRun != 0 ? nullptr : db->writer.get());
+    out->summary = db->shared
+                       ? db->shared(job)
+                       : korvex::runBatch(db->table, job, dryRun != 0 ? nullptr : db->writer.get());
     for (const korvex::RowFailure& f : out->summary.failures) {
       out->messages.push_back(korvex::toUtf8(f.message));
     }

@@ -13,9 +13,11 @@
 #include <vector>
 
 #include "korvex.h"
+#include "korvex/batch.hpp"
 #include "korvex/convert.hpp"
 #include "korvex/engine.hpp"
 #include "korvex/host_function.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 #include "korvex/user_interface.hpp"
 
@@ -462,15 +464,20 @@ korvex_status korvex_open_database(korvex_engine* e, const char* path, size_t pa
   if (e == nullptr || path == nullptr) return KORVEX_E_ARGUMENT;
   return guarded(e, [&] {
     const std::string file(textOf(path, pathLength));
+    const bool server = korvex::isServerDatabase(file);
     struct stat info {};
-    if (::stat(file.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (!server && (::stat(file.c_str(), &info) != 0 || !S_ISREG(info.st_mode))) {
       return failed(e, KORVEX_E_DATABASE, "数据库文件 '" + file + "' 不存在");
     }
-    korvex::DispatchResult opened = korvex::openConnection(*e->objects, korvex::dataSource(file));
+    std::shared_ptr<korvex::ObjectFactory> objects = korvex::objectFactoryFor(file);
+    korvex::DispatchResult opened = korvex::openConnection(
+        *objects, server ? korvex::fromUtf8(file) : korvex::dataSource(file));
     if (!opened.ok()) {
       return failed(e, KORVEX_E_DATABASE,
                     "无法打开数据库 '" + file + "': " + korvex::toUtf8(opened.description));
     }
+    e->objects = std::move(objects);
+    e->engine.SetObjectFactory(e->objects);
     e->connection = opened.value.objectValue();
     e->engine.SetParent(korvex::connectParent(e->connection));
     return KORVEX_OK;
@@ -482,8 +489,10 @@ korvex_status korvex_bind_record(korvex_engine* e, const char* sql, size_t sqlLe
   return guarded(e, [&] {
     if (!e->connection) return failed(e, KORVEX_E_REFUSED, "no database is open");
     const std::u16string text = korvex::fromUtf8(textOf(sql, sqlLength));
-    // A connection of the SQLite factory, open: it has a database.
-    const auto kind = korvex::databaseOf(e->connection)->inspect(text);
+    // An open connection of either factory: it has a database.
+    std::optional<korvex::SqliteDatabase> file = korvex::databaseOf(e->connection);
+    const auto kind =
+        file ? file->inspect(text) : korvex::postgresDatabaseOf(e->connection)->inspect(text);
     if (!kind.ok()) return failed(e, KORVEX_E_DATABASE, korvex::toUtf8(kind.error().message));
     if (kind.value() != korvex::SqliteDatabase::TextKind::Query) {
       return failed(e, KORVEX_E_REFUSED, "not one read-only query returning rows");

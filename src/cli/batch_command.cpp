@@ -102,7 +102,8 @@ int runBatchCommand(const BatchOptions& options, std::istream& in, std::ostream&
   {
     StopSignals signals;
     job.stop = &gStop;
-    summary = runBatch(db->table, job, options.dryRun ? nullptr : db->writer.get());
+    summary = db->shared ? db->shared(job)
+                         : runBatch(db->table, job, options.dryRun ? nullptr : db->writer.get());
   }
   if (db->reuse) summary.statements = reuseCounts(*db->reuse);
   // With several files, a line is told as the line of the file it is in.

@@ -49,6 +49,7 @@ std::string summaryJson(const BatchSummary& s) {
       ", \"error\": " + jsonString(s.error) +
       ", \"seconds\": " + jsonNumber(std::round(s.seconds * 1000) / 1000) +
       ", \"rowsPerSecond\": " + jsonNumber(rowsPerSecond(s.done, s.seconds));
+  if (s.sharedRows) out += ", \"sharedRows\": " + count(*s.sharedRows);
   if (s.statements) {
     out += ", \"statements\": " + std::to_string(s.statements->sent) +
            ", \"reused\": " + std::to_string(s.statements->reused);
@@ -127,6 +128,11 @@ std::string summaryText(const BatchSummary& s) {
     }
     out += g.rows.size() > kRowsNamed ? " …\n" : "\n";
   }
+  if (s.interrupted && s.sharedRows) {
+    out += "批处理已中断: 本进程已提交 " + std::to_string(s.done) +
+           " 行, 正在计算的一组已撤销, 留给其他进程或重新运行\n";
+    return out;
+  }
   if (s.interrupted) {
     out += "批处理已中断: 已运行 " + std::to_string(s.done) + "/" + std::to_string(s.rows) +
            " 行, 数据库未改动\n";
@@ -137,6 +143,10 @@ std::string summaryText(const BatchSummary& s) {
          std::to_string(s.failed) + " 行; " + (s.dryRun ? "应改动 " : "改动 ") +
          std::to_string(s.changedRows) + " 行共 " + std::to_string(s.changedFields) + " 个字段 (" +
          fixed(s.seconds, 2) + " 秒, " + fixed(rowsPerSecond(s.done, s.seconds), 0) + " 行/秒)\n";
+  if (s.sharedRows) {
+    out += "与其他进程分担本月 " + std::to_string(*s.sharedRows) + " 行, 本进程完成其中 " +
+           std::to_string(s.rows) + " 行\n";
+  }
   if (s.statements) {
     out += "SQL 语句 " + std::to_string(s.statements->sent) + " 条, 其中 " +
            std::to_string(s.statements->reused) + " 条用已读的结果作答\n";

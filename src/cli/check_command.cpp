@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "json.hpp"
+#include "korvex/batch.hpp"
 #include "korvex/check.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 #include "run_command.hpp"  // the exit statuses
@@ -56,9 +58,33 @@ std::optional<CheckOptions> parseCheck(std::span<const std::string_view> args, s
   return o;
 }
 
+// The column names of the record's query on a database server: the query
+// compiled by the server, not run.
+std::optional<std::vector<std::u16string>> serverRecordFields(const CheckOptions& o,
+                                                              std::string& error) {
+  DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(o.db);
+  if (!opened.ok()) {
+    error = "无法连接数据库 '" + o.db + "': " + toUtf8(opened.error().message);
+    return std::nullopt;
+  }
+  const auto kind = opened.value().inspect(fromUtf8(*o.record));
+  DatabaseResult<std::vector<std::u16string>> names =
+      kind.ok() && kind.value() == SqliteDatabase::TextKind::Query
+          ? opened.value().columnNames(fromUtf8(*o.record))
+          : DatabaseResult<std::vector<std::u16string>>(kind.ok() ? DatabaseFailure{}
+                                                                  : kind.error());
+  if (!names.ok()) {
+    error = "--record 必须是一条返回记录的查询语句";
+    if (!names.error().message.empty()) error += ": " + toUtf8(names.error().message);
+    return std::nullopt;
+  }
+  return std::move(names).value();
+}
+
 // The column names of the record's query: the database opened read-only,
 // the query prepared but not run.
 std::optional<std::vector<std::u16string>> recordFields(const CheckOptions& o, std::string& error) {
+  if (isServerDatabase(o.db)) return serverRecordFields(o, error);
   auto opened = SqliteDatabase::open(o.db, SqliteDatabase::Mode::ReadOnly);
   if (!opened.ok()) {
     error = "无法打开数据库 '" + o.db + "': " + toUtf8(opened.error().message);

@@ -1,5 +1,5 @@
 // The command's database options: --db hands the engine a Parent whose
-// "Connect" is the open SQLite file, --record sets the current record,
+// "Connect" is the open SQLite file (or the server's database), --record sets the current record,
 // --trace-sql keeps every SQL text the run sends. Everything the run
 // writes through that connection (its SQL and the record's fields) is one
 // transaction: committed when the run succeeds, rolled back when it fails
@@ -9,10 +9,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "assigned_fields.hpp"
 #include "korvex/engine.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 #include "options.hpp"
 
@@ -43,7 +45,8 @@ class DatabaseSession {
  private:
   std::shared_ptr<SqlLog> log_;
   std::size_t firstTraced_ = 0;
-  std::optional<SqliteDatabase> database_;  // while the transaction is open
+  // While the transaction is open: the file, or the server's session.
+  std::optional<std::variant<SqliteDatabase, PostgresDatabase>> database_;
   // In a dry run, a second connection that reads the file for as long as the
   // run lasts: a commit the script itself sends cannot take the file then.
   std::shared_ptr<AssignedFieldList> assigned_;

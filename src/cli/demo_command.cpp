@@ -7,6 +7,8 @@
 #include <string>
 
 #include "demo_database.hpp"
+#include "demo_server.hpp"
+#include "korvex/batch.hpp"
 #include "korvex/system_error.hpp"
 
 namespace korvex::cli {
@@ -84,7 +86,19 @@ int runDemo(std::span<const std::string_view> args, std::ostream& out, std::ostr
       return usageError(err, "选项 " + std::string(arg) + " 的值无效: " + std::string(*value));
   }
   if (!path) return usageError(err, "缺少数据库文件路径");
+  std::string error;
   std::error_code ec;
+  if (isServerDatabase(*path)) {
+    const std::optional<DemoSummary> s = createDemoOnServer(*path, settings, force, error);
+    if (!s) {
+      err << "korvex demo: " << error << "\n";
+      return 1;
+    }
+    out << "已在数据库服务器上建立演示数据: " << s->employees << " 名员工, " << s->months
+        << " 个月, 计件记录 " << s->jobRows << " 条, 考核记录 " << s->assessmentRows
+        << " 条; 待计算的工资表: " << s->lastWageTable << "\n";
+    return 0;
+  }
   const bool exists = std::filesystem::exists(*path, ec);
   if (exists && !force) {
     err << "korvex demo: 文件已存在, 不会覆盖 (用 --force 替换它): " << *path << "\n";
@@ -94,7 +108,6 @@ int runDemo(std::span<const std::string_view> args, std::ostream& out, std::ostr
   // old one.
   const std::string target = exists ? *path + ".korvex-new" : *path;
   if (exists) std::filesystem::remove(target, ec);
-  std::string error;
   const std::optional<DemoSummary> s = createDemoDatabase(target, settings, error);
   if (!s) {
     err << "korvex demo: " << error << "\n";

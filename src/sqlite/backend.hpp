@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -81,6 +82,12 @@ class Backend {
   virtual void begin() = 0;
   virtual void commit() = 0;
   virtual void rollback() = 0;
+
+  /// The rows of the stored procedure `name` run with `inputs` (the input
+  /// parameters in order); nullopt when the database has no such
+  /// procedure. Throws DbError.
+  virtual std::optional<ResultSet> procedure(std::u16string_view name,
+                                             std::span<const Value> inputs) = 0;
 
   /// Dialect hook: the text the database actually runs for a text written
   /// for the payroll database.

@@ -1,7 +1,6 @@
 // The Command object with its Parameters. A stored procedure (CommandType
-// 4) is kept by the database as SQL text in the table korvex_procedures
-// (name, body): the body reads the input parameters as :p0, :p1, ... in
-// order, and the output parameters receive the first row's columns in
+// 4) is the database's (Backend::procedure): it gets the input parameters
+// in order, and the output parameters receive the first row's columns in
 // order.
 #include <string>
 
@@ -109,16 +108,6 @@ DispatchResult Command::runProcedure(Connection& connection) {
   if (!backend) return objectClosed();
   auto& params = static_cast<Parameters&>(*parameters_).items;
   try {
-    std::u16string body;
-    try {
-      const std::array<Value, 1> name{Value::string(text_)};
-      const ResultSet found =
-          backend->run(u"SELECT body FROM korvex_procedures WHERE name = ?1", name);
-      if (!found.rows.empty() && found.rows[0][0].isString()) body = found.rows[0][0].stringValue();
-    } catch (const DbError&) {
-      // No procedure table: no procedures.
-    }
-    if (body.empty()) return providerError(u"找不到存储过程 '" + text_ + u"'。");
     std::vector<Value> inputs;
     for (const auto& p : params) {
       if (p->direction == kInput || p->direction == kInputOutput) {
@@ -126,7 +115,9 @@ DispatchResult Command::runProcedure(Connection& connection) {
             storedValue(p->type == 200 ? kTypeText : p->type, p->value, Locale::zhCN()));
       }
     }
-    ResultSet result = backend->run(body, inputs);
+    std::optional<ResultSet> rows = backend->procedure(text_, inputs);
+    if (!rows) return providerError(u"找不到存储过程 '" + text_ + u"'。");
+    ResultSet& result = *rows;
     std::size_t column = 0;
     for (const auto& p : params) {
       if (p->direction != kOutput && p->direction != kInputOutput && p->direction != kReturnValue) {

@@ -158,6 +158,15 @@ std::u16string Connection::catalog() const {
 
 DispatchResult Connection::open() {
   if (backend_) return alreadyOpen();
+  if (server_) {
+    try {
+      backend_ = server_(connectionString_, catalog_ ? *catalog_ : u"", access_);
+      path_ = toUtf8(connectionString_);
+      return DispatchResult::success();
+    } catch (const DbError& e) {
+      return providerError(e.message());
+    }
+  }
   std::string path = toUtf8(setting(connectionString_, kDataSource));
   const std::u16string wanted = catalog_ ? *catalog_ : setting(connectionString_, kInitialCatalog);
   // Another catalog than the file itself is the file of that name beside it.
@@ -184,6 +193,11 @@ DispatchResult Connection::setCatalog(const Value& value) {
   }
   // Changing the catalog of an open connection moves it to that database.
   try {
+    if (server_) {
+      backend_ = server_(connectionString_, name, access_);
+      catalog_ = std::move(name);
+      return DispatchResult::success();
+    }
     backend_ = openSqlite(sqliteCatalogPath(path_, name), access_);
     path_ = sqliteCatalogPath(path_, name);
     catalog_ = std::move(name);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "values/ops.hpp"
 #include "values/runtime_error.hpp"
@@ -155,6 +156,41 @@ Value storedValue(std::int32_t type, const Value& v, const Locale& loc) {
       return Value::dbl(static_cast<double>(vb::toCurrency(v, loc).scaled) / 10000.0);
     default:
       return Value::string(vb::toString(v, loc));
+  }
+}
+
+Value storedCell(SqlCell cell) {
+  if (const auto* n = std::get_if<long long>(&cell)) {
+    if (*n >= std::numeric_limits<std::int32_t>::min() &&
+        *n <= std::numeric_limits<std::int32_t>::max()) {
+      return Value::lng(static_cast<std::int32_t>(*n));
+    }
+    return Value::dbl(static_cast<double>(*n));
+  }
+  if (const auto* d = std::get_if<double>(&cell)) return Value::dbl(*d);
+  if (const auto* s = std::get_if<std::string>(&cell)) return Value::string(fromUtf8(*s));
+  if (const auto* b = std::get_if<SqlBlob>(&cell)) {
+    // Binary data: one character per byte.
+    std::u16string bytes;
+    bytes.reserve(b->bytes.size());
+    for (char c : b->bytes) bytes += static_cast<char16_t>(static_cast<unsigned char>(c));
+    return Value::string(std::move(bytes));
+  }
+  return Value::null();
+}
+
+void settleColumnTypes(ResultSet& result, const std::vector<std::optional<bool>>& binary) {
+  for (std::size_t i = 0; i < result.columns.size(); ++i) {
+    Column& c = result.columns[i];
+    if (c.type == 0 && i < binary.size() && binary[i].value_or(false)) c.type = kTypeBinary;
+    if (c.type == 0) {
+      for (const auto& row : result.rows) {
+        if ((c.type = typeOfStored(row[i])) != 0) break;
+      }
+      if (c.type == 0) c.type = kTypeText;
+      continue;
+    }
+    for (auto& row : result.rows) row[i] = fieldValue(c.type, std::move(row[i]));
   }
 }
 

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "korvex/locale.hpp"
 #include "korvex/value.hpp"
@@ -32,6 +33,17 @@ Value fieldValue(std::int32_t type, Value stored);
 /// type (0: by the value's own type). Throws vb::RuntimeError when the
 /// value does not convert (text into a Date field, ...).
 Value storedValue(std::int32_t type, const Value& v, const Locale& loc);
+
+/// The script value of a stored value on its own: integers within a Long
+/// as Longs, others as Doubles, text as Strings, binary data one character
+/// per byte.
+Value storedCell(SqlCell cell);
+/// Settles the field types of a result whose columns hold the declared
+/// type (0 for none) and whose rows hold storedCell values: declared
+/// columns convert their values; an expression column takes the type of
+/// its first value that is not Null, binary when `binary` says its first
+/// stored value was (so that it is written back as it is stored).
+void settleColumnTypes(ResultSet& result, const std::vector<std::optional<bool>>& binary);
 
 /// Whether a value of a field of the given type (as read, or as storedValue
 /// makes it) stands for exactly one stored number: a 64-bit integer beyond

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,11 +31,19 @@ DispatchResult badArguments();
 /// A database failure as the objects report it.
 DispatchResult providerError(std::u16string message);
 
+/// Opens a database on a server for a connection string in the server's
+/// own form, in the catalog named (empty: the one the string names).
+/// Throws DbError.
+using ServerOpener = std::function<std::shared_ptr<Backend>(
+    std::u16string_view connection, std::u16string_view catalog, const SqliteAccess& access)>;
+
 class Connection final : public HostObject, public std::enable_shared_from_this<Connection> {
  public:
-  /// `access`: how every database this connection opens is opened.
-  Connection(std::shared_ptr<SqlLog> log, SqliteAccess access)
-      : log_(std::move(log)), access_(access) {}
+  /// `access`: how every database this connection opens is opened; with
+  /// `server`, the connection string names a server's database, else a
+  /// SQLite file.
+  Connection(std::shared_ptr<SqlLog> log, SqliteAccess access, ServerOpener server = nullptr)
+      : log_(std::move(log)), access_(access), server_(std::move(server)) {}
 
   DispatchResult getProperty(std::u16string_view name, std::span<const Value> args) override;
   DispatchResult setProperty(std::u16string_view name, std::span<const Value> args,
@@ -55,6 +64,7 @@ class Connection final : public HostObject, public std::enable_shared_from_this<
 
   std::shared_ptr<SqlLog> log_;
   SqliteAccess access_;
+  ServerOpener server_;
   std::u16string connectionString_;
   std::optional<std::u16string> catalog_;  // "Initial Catalog" set by the user
   std::shared_ptr<Backend> backend_;

@@ -102,6 +102,40 @@ bool isWord(std::basic_string_view<Char> word, std::string_view upper) {
   return true;
 }
 
+std::optional<std::size_t> selectListEnd(std::string_view sql) {
+  std::vector<SqlToken> words;      // outside parentheses
+  std::vector<std::size_t> commas;  // the same
+  int depth = 0;
+  for (const SqlToken& t : sqlTokens(sql)) {
+    const std::string_view text = sql.substr(t.begin, t.size);
+    if (t.kind == SqlTokenKind::Word && depth == 0) words.push_back(t);
+    if (t.kind != SqlTokenKind::Symbol) continue;
+    if (text == "," && depth == 0) commas.push_back(t.begin);
+    depth += text == "(" ? 1 : text == ")" ? -1 : 0;
+  }
+  const auto word = [&](const SqlToken& t, std::string_view upper) {
+    return isWord(sql.substr(t.begin, t.size), upper);
+  };
+  if (words.empty() || !word(words[0], "SELECT")) return std::nullopt;
+  std::optional<std::size_t> from;
+  std::size_t fromEnd = sql.size();
+  for (const SqlToken& w : words) {
+    for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT", "JOIN"}) {
+      if (word(w, many)) return std::nullopt;
+    }
+    if (!from && word(w, "FROM")) from = w.begin;
+    for (std::string_view next : {"WHERE", "ORDER", "LIMIT", "WINDOW"}) {
+      if (from && fromEnd == sql.size() && word(w, next)) fromEnd = w.begin;
+    }
+  }
+  // FROM a, b: a join.
+  if (!from || std::any_of(commas.begin(), commas.end(),
+                           [&](std::size_t at) { return at > *from && at < fromEnd; })) {
+    return std::nullopt;
+  }
+  return from;
+}
+
 template std::vector<SqlToken> sqlTokens(std::string_view);
 template std::vector<SqlToken> sqlTokens(std::u16string_view);
 template bool isWord(std::string_view, std::string_view);

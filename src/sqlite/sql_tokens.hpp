@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +34,14 @@ std::vector<SqlToken> sqlTokens(std::basic_string_view<Char> sql);
 /// Whether a word is `upper` (an ASCII upper-case word) in any letter case.
 template <class Char>
 bool isWord(std::basic_string_view<Char> word, std::string_view upper);
+
+/// Where columns can be added at the end of the select list of a statement
+/// that reads each of its rows from one row of one table: before its FROM
+/// (so that ORDER BY 1 still means the first column shown). None for
+/// anything else: DISTINCT, GROUP BY and compounds make a result row of
+/// several rows, a join of several tables, and other statements have no
+/// select list.
+std::optional<std::size_t> selectListEnd(std::string_view sql);
 
 extern template std::vector<SqlToken> sqlTokens(std::string_view);
 extern template std::vector<SqlToken> sqlTokens(std::u16string_view);

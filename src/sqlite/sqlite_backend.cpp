@@ -1,6 +1,7 @@
 // The SQLite backend: the embedded default database of the data-access
 // objects.
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <limits>
@@ -25,26 +26,6 @@ namespace korvex::ds {
 
 namespace {
 
-Value storedCell(SqlCell cell) {
-  if (const auto* n = std::get_if<long long>(&cell)) {
-    if (*n >= std::numeric_limits<std::int32_t>::min() &&
-        *n <= std::numeric_limits<std::int32_t>::max()) {
-      return Value::lng(static_cast<std::int32_t>(*n));
-    }
-    return Value::dbl(static_cast<double>(*n));
-  }
-  if (const auto* d = std::get_if<double>(&cell)) return Value::dbl(*d);
-  if (const auto* s = std::get_if<std::string>(&cell)) return Value::string(fromUtf8(*s));
-  if (const auto* b = std::get_if<SqlBlob>(&cell)) {
-    // Binary data: one character per byte.
-    std::u16string bytes;
-    bytes.reserve(b->bytes.size());
-    for (char c : b->bytes) bytes += static_cast<char16_t>(static_cast<unsigned char>(c));
-    return Value::string(std::move(bytes));
-  }
-  return Value::null();
-}
-
 // The index of parameter ":pN" (N from 0), or `position` for "?" and any
 // other name.
 std::size_t parameterSlot(const SqliteStatement& st, int index) {
@@ -66,46 +47,6 @@ bool equalsAsciiNoCase(std::string_view a, std::string_view b) {
 }
 
 std::string quotedName(std::string_view name) { return doubleQuoted(name); }
-
-// Where columns can be added at the end of the select list of a statement
-// that reads each of its rows from one row of one table: before its FROM
-// (so that ORDER BY 1 still means the first column shown). None for
-// anything else: DISTINCT, GROUP BY and compounds make a result row of
-// several rows, a join of several tables, and other statements have no
-// select list.
-std::optional<std::size_t> selectListEnd(std::string_view sql) {
-  std::vector<SqlToken> words;      // outside parentheses
-  std::vector<std::size_t> commas;  // the same
-  int depth = 0;
-  for (const SqlToken& t : sqlTokens(sql)) {
-    const std::string_view text = sql.substr(t.begin, t.size);
-    if (t.kind == SqlTokenKind::Word && depth == 0) words.push_back(t);
-    if (t.kind != SqlTokenKind::Symbol) continue;
-    if (text == "," && depth == 0) commas.push_back(t.begin);
-    depth += text == "(" ? 1 : text == ")" ? -1 : 0;
-  }
-  const auto word = [&](const SqlToken& t, std::string_view upper) {
-    return isWord(sql.substr(t.begin, t.size), upper);
-  };
-  if (words.empty() || !word(words[0], "SELECT")) return std::nullopt;
-  std::optional<std::size_t> from;
-  std::size_t fromEnd = sql.size();
-  for (const SqlToken& w : words) {
-    for (std::string_view many : {"DISTINCT", "GROUP", "UNION", "INTERSECT", "EXCEPT", "JOIN"}) {
-      if (word(w, many)) return std::nullopt;
-    }
-    if (!from && word(w, "FROM")) from = w.begin;
-    for (std::string_view next : {"WHERE", "ORDER", "LIMIT", "WINDOW"}) {
-      if (from && fromEnd == sql.size() && word(w, next)) fromEnd = w.begin;
-    }
-  }
-  // FROM a, b: a join.
-  if (!from || std::any_of(commas.begin(), commas.end(),
-                           [&](std::size_t at) { return at > *from && at < fromEnd; })) {
-    return std::nullopt;
-  }
-  return from;
-}
 
 class SqliteBackend final : public Backend {
  public:
@@ -154,6 +95,22 @@ class SqliteBackend final : public Backend {
   void rollback() override {
     if (reuse_) reuse_->forget();  // what was kept may hold what is undone
     valueOrThrow(db_.userTransaction(SqliteStatement::Control::Rollback));
+  }
+
+  // The file keeps a procedure as SQL text in the table korvex_procedures
+  // (name, body): the body reads the inputs as :p0, :p1, ... in order.
+  std::optional<ResultSet> procedure(std::u16string_view name,
+                                     std::span<const Value> inputs) override {
+    std::u16string body;
+    try {
+      const std::array<Value, 1> key{Value::string(name)};
+      const ResultSet found = run(u"SELECT body FROM korvex_procedures WHERE name = ?1", key);
+      if (!found.rows.empty() && found.rows[0][0].isString()) body = found.rows[0][0].stringValue();
+    } catch (const DbError&) {
+      // No procedure table: no procedures.
+    }
+    if (body.empty()) return std::nullopt;
+    return run(body, inputs);
   }
 
   std::u16string adapt(std::u16string_view sql) const override {
@@ -368,21 +325,7 @@ class SqliteBackend final : public Backend {
     }
     if (!traced) result.rowIdentities.clear();
     result.changed = columns > 0 ? 0 : db_.changes();
-    // Declared columns convert; an expression column takes the type of its
-    // first stored value that is not Null (binary data stays binary, so that
-    // it is written back as it is stored).
-    for (std::size_t i = 0; i < result.columns.size(); ++i) {
-      Column& c = result.columns[i];
-      if (c.type == 0 && blob[i].value_or(false)) c.type = kTypeBinary;
-      if (c.type == 0) {
-        for (const auto& row : result.rows) {
-          if ((c.type = typeOfStored(row[i])) != 0) break;
-        }
-        if (c.type == 0) c.type = kTypeText;
-        continue;
-      }
-      for (auto& row : result.rows) row[i] = fieldValue(c.type, std::move(row[i]));
-    }
+    settleColumnTypes(result, blob);
     return result;
   }
 

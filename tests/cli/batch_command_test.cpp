@@ -171,13 +171,30 @@ Outcome run(const Files& f, std::vector<std::string_view> more = {},
 // Exit codes are written as numbers: they are what callers of the command see.
 // The raised error carries the line of the single-line If's tail (run on its
 // own) and the line of the If.
-TEST(BatchCommand, WritesSucceedingRowsAndReportsFailures) {
-  const Files f = makeFiles("write");
-  const auto expected = [](const char* dryRunAndCommitted, const std::string& computed) {
+// On the server a batch that writes shares the month with other
+// processes: its summary says so.
+class BatchOnBoth : public ::testing::TestWithParam<testing::Backend> {
+ protected:
+  void SetUp() override {
+    if (onServer() && testing::testServer().empty()) {
+      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
+    }
+  }
+  bool onServer() const { return GetParam() == testing::Backend::Postgres; }
+};
+INSTANTIATE_TEST_SUITE_P(, BatchOnBoth,
+                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
+                         testing::backendName);
+
+TEST_P(BatchOnBoth, WritesSucceedingRowsAndReportsFailures) {
+  const Files f = makeFiles("write", kPayScript, "pay.db", GetParam());
+  const auto expected = [&](const char* dryRunAndCommitted, const std::string& computed) {
+    const bool shared = onServer() && computed.empty();
     return std::string(R"({"rows": 6, "done": 6, "succeeded": 5, "failed": 1, "changedRows": 5, )"
                        R"("changedFields": 5, )") +
            dryRunAndCommitted +
-           R"(, "interrupted": false, "error": "", "seconds": 0, "rowsPerSecond": 0, )"
+           R"(, "interrupted": false, "error": "", "seconds": 0, "rowsPerSecond": 0, )" +
+           (shared ? R"("sharedRows": 6, )" : "") +
            R"("statements": 0, "reused": 0, "failures": [{"row": 4, "key": "E4", "errNum": 2000, "line": 3, )"
            R"("message": "negative : 行号 1 : 行号 3"}])" +
            computed + "}\n";
@@ -238,11 +255,12 @@ TEST(BatchCommand, ASummaryThatCannotBeWrittenIsNoSuccess) {
 
 // A stop reaches into the SQL a row is running: a query of a billion steps
 // ends within moments, and nothing is written.
-TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
+TEST_P(BatchOnBoth, AStopInterruptsTheStatementRunning) {
   const Files f =
       makeFiles("interrupt",
                 "DIM n\r\nn = DoSQL(\"WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
-                "FROM c WHERE x < 1000000000) SELECT count(*) FROM c\")\r\nwage = n\r\n");
+                "FROM c WHERE x < 1000000000) SELECT count(*) FROM c\")\r\nwage = n\r\n",
+                "pay.db", GetParam());
   std::atomic<bool> stop{false};
   std::string error;
   std::optional<BatchDatabase> db =
@@ -258,7 +276,7 @@ TEST(BatchCommand, AStopInterruptsTheStatementRunning) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     stop = true;
   });
-  const BatchSummary s = runBatch(db->table, job, db->writer.get());
+  const BatchSummary s = db->shared ? db->shared(job) : runBatch(db->table, job, db->writer.get());
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
   EXPECT_TRUE(s.interrupted);
   EXPECT_FALSE(s.committed);
@@ -308,17 +326,36 @@ TEST(BatchCommand, SharedReadsComputeTheSameMonth) {
 
 // A script's own SQL cannot write, whatever it tries: the connections it
 // reaches, also one it opens with "use NAME", open the file read-only.
-TEST(BatchCommand, ScriptsCannotWriteBehindTheBatch) {
-  for (const char* script :
-       {"DIM n\r\nn = DoSQL(\"PRAGMA query_only = 0\")\r\nn = DoSQL(\"UPDATE pay SET wage = "
-        "99\")\r\n",
-        "DIM n\r\nn = DoSQL(\"use pay\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n"}) {
+// The rows' connections only read, whatever a script sends to undo that.
+TEST_P(BatchOnBoth, ScriptsCannotWriteBehindTheBatch) {
+  using Attempt = std::pair<const char*, const char*>;  // script, refusal
+  const std::vector<Attempt> attempts =
+      onServer()
+          ? std::vector<
+                Attempt>{{"DIM n\r\nn = DoSQL(\"SET default_transaction_read_only = off\")\r\n"
+                          "n = DoSQL(\"UPDATE pay SET wage = 99\")\r\n",
+                          "cannot execute UPDATE in a read-only transaction"},
+                         {"DIM n\r\nn = DoSQL(\"SET default_transaction_read_only = off\" & vbCrLf "
+                          "& "
+                          "\"ABORT\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n",
+                          "cannot execute UPDATE in a read-only transaction"},
+                         {"DIM n\r\nn = DoSQL(\"COMMIT AND CHAIN\" & vbCrLf & \"SET "
+                          "transaction_read_only = "
+                          "off\" & vbCrLf & \"UPDATE pay SET wage = 97\")\r\n",
+                          "transaction read-write mode must be set before any query"}}
+          : std::vector<Attempt>{
+                {"DIM n\r\nn = DoSQL(\"PRAGMA query_only = 0\")\r\nn = DoSQL(\"UPDATE pay SET "
+                 "wage = 99\")\r\n",
+                 "readonly database"},
+                {"DIM n\r\nn = DoSQL(\"use pay\" & vbCrLf & \"UPDATE pay SET wage = 98\")\r\n",
+                 "readonly database"}};
+  for (const auto& [script, refusal] : attempts) {
     for (const std::string_view mode : {"--dry-run", "--json"}) {
       SCOPED_TRACE(std::string(script) + " " + std::string(mode));
-      const Files f = makeFiles("readonly", script);
+      const Files f = makeFiles("readonly", script, "pay.db", GetParam());
       const Outcome r = run(f, {mode});
       EXPECT_EQ(r.status, 1) << r.err;
-      EXPECT_NE(r.out.find("readonly database"), std::string::npos) << r.out;
+      EXPECT_NE(r.out.find(refusal), std::string::npos) << r.out;
       EXPECT_EQ(wages(f.db), kUnchanged);
     }
   }

@@ -1,9 +1,11 @@
 // What the command tests of run and batch share: a folder with the six
-// employees' pay table and a script, and the table read back.
+// employees' pay table (in a file, or in a schema of its own on the test
+// server) and a script, and the table read back.
 #pragma once
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <span>
 #include <sstream>
 #include <string>
@@ -13,6 +15,8 @@
 #include "cli/options.hpp"
 #include "cli/run_command.hpp"
 #include "database_fixture.hpp"
+#include "korvex/batch.hpp"
+#include "korvex/postgres.hpp"
 #include "korvex/sqlite.hpp"
 
 namespace korvex::cli {
@@ -28,8 +32,9 @@ constexpr const char* kPayScript =
     "wage = pieces * rate\r\n";
 
 struct Files {
-  std::string db;
+  std::string db;  // the file's path, or the server's connection string
   std::string script;
+  std::shared_ptr<testing::ServerSchema> schema;  // while the files are used
 };
 
 // The six employees' table in a new file at `path`.
@@ -38,24 +43,36 @@ inline void makePayDatabase(const std::string& path) {
   testing::need(testing::need(SqliteDatabase::open(path)).query(fromUtf8(kSchema)));
 }
 
-// A folder of its own holding pay.db (or `dbName`) and the script pay.bas.
+// A folder of its own holding pay.db (or `dbName`) and the script pay.bas;
+// on the server, the table in a schema of its own instead of pay.db.
 inline Files makeFiles(const std::string& name, const std::string& script = kPayScript,
-                       const std::string& dbName = "pay.db") {
+                       const std::string& dbName = "pay.db",
+                       testing::Backend backend = testing::Backend::Sqlite) {
   namespace fs = std::filesystem;
-  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name);
+  // The server's run of a test may go on beside the file's.
+  const bool server = backend == testing::Backend::Postgres;
+  const fs::path dir = fs::path(::testing::TempDir()) / ("batch_" + name + (server ? "_pg" : ""));
   fs::remove_all(dir);
   fs::create_directories(dir);
-  Files f{(dir / dbName).string(), (dir / "pay.bas").string()};
-  makePayDatabase(f.db);
+  Files f{(dir / dbName).string(), (dir / "pay.bas").string(), nullptr};
+  if (server) {
+    f.schema = std::make_shared<testing::ServerSchema>();
+    f.db = f.schema->connection();
+    testing::need(testing::need(PostgresDatabase::open(f.db)).query(fromUtf8(kSchema)));
+  } else {
+    makePayDatabase(f.db);
+  }
   std::ofstream(f.script, std::ios::binary) << script;
   return f;
 }
 
 inline std::string wages(const std::string& db) {
+  const std::u16string sql = u"SELECT code, wage FROM pay ORDER BY code";
+  const SqlResult table = isServerDatabase(db)
+                              ? testing::need(testing::need(PostgresDatabase::open(db)).query(sql))
+                              : testing::need(testing::need(SqliteDatabase::open(db)).query(sql));
   std::string out;
-  for (const auto& row : testing::need(testing::need(SqliteDatabase::open(db))
-                                           .query(u"SELECT code, wage FROM pay ORDER BY code"))
-                             .rows) {
+  for (const auto& row : table.rows) {
     out += toUtf8(row[0].stringValue()) + "=" + std::to_string(row[1].doubleValue()) + " ";
   }
   return out;

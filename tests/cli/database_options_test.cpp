@@ -39,7 +39,7 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
       const Files f0 = makeFiles("names", kSeven, "x");
       const std::string dir = f0.db.substr(0, f0.db.size() - 1);
       makePayDatabase(dir + "p");
-      Files file{dir + f.name, f0.script};
+      Files file{dir + f.name, f0.script, nullptr};
       if (!f.exists) std::filesystem::remove(file.db);
       if (f.exists && file.db != f0.db) makePayDatabase(file.db);
       const Outcome r = korvex(command, file, "SELECT * FROM pay WHERE code = 'E1'");
@@ -57,7 +57,20 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
 }
 
 // A refused query leaves the table as it was: neither it nor the script ran.
-TEST(DatabaseOptions, RecordTakesOneStatementThatOnlyReads) {
+// On the file and on the server.
+class RecordQuery : public ::testing::TestWithParam<testing::Backend> {
+ protected:
+  void SetUp() override {
+    if (GetParam() == testing::Backend::Postgres && testing::testServer().empty()) {
+      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
+    }
+  }
+};
+INSTANTIATE_TEST_SUITE_P(, RecordQuery,
+                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
+                         testing::backendName);
+
+TEST_P(RecordQuery, TakesOneStatementThatOnlyReads) {
   const struct {
     const char* record;
     const char* errPart;  // nullptr: accepted, and the script runs
@@ -75,7 +88,7 @@ TEST(DatabaseOptions, RecordTakesOneStatementThatOnlyReads) {
   for (const std::string command : {"run", "batch"}) {
     for (const auto& c : kCases) {
       SCOPED_TRACE(command + " " + c.record);
-      const Files f = makeFiles("record", kSeven);
+      const Files f = makeFiles("record", kSeven, "pay.db", GetParam());
       const Outcome r = korvex(command, f, c.record);
       if (c.errPart == nullptr) {
         EXPECT_EQ(r.status, 0) << r.err;

@@ -227,8 +227,21 @@ TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
 }
 
 // One transaction per run: kept only when the run succeeds and is no dry
-// run; a record query without rows runs nothing.
-TEST(RunDatabase, OnlyASucceedingRunChangesTheFile) {
+// run; a record query without rows runs nothing. On the file and on the
+// server.
+class RunDatabase : public ::testing::TestWithParam<testing::Backend> {
+ protected:
+  void SetUp() override {
+    if (GetParam() == testing::Backend::Postgres && testing::testServer().empty()) {
+      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
+    }
+  }
+};
+INSTANTIATE_TEST_SUITE_P(, RunDatabase,
+                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
+                         testing::backendName);
+
+TEST_P(RunDatabase, OnlyASucceedingRunChangesTheFile) {
   const std::string all = "select * from pay order by code";
   const struct {
     const char* name;
@@ -286,15 +299,16 @@ TEST(RunDatabase, OnlyASucceedingRunChangesTheFile) {
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
-    const Files f = makeFiles(std::string("run_") + c.name, c.script);
-    const std::string before = readFile(f.db);
+    const Files f = makeFiles(std::string("run_") + c.name, c.script, "pay.db", GetParam());
+    const bool file = GetParam() == testing::Backend::Sqlite;
+    const std::string before = file ? readFile(f.db) : wages(f.db);
     std::vector<std::string_view> args{"--json", "--db", f.db, "--record", c.record, f.script};
     args.insert(args.begin(), c.options.begin(), c.options.end());
     const Outcome r = run(args);
     EXPECT_EQ(r.status, c.status) << r.err;
     EXPECT_NE((r.out + r.err).find(c.said), std::string::npos) << r.out << r.err;
     if (c.wages.empty()) {
-      EXPECT_EQ(readFile(f.db), before);
+      EXPECT_EQ(file ? readFile(f.db) : wages(f.db), before);
     } else {
       EXPECT_EQ(wages(f.db), c.wages);
     }
