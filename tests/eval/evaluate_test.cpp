@@ -38,10 +38,10 @@ TEST_P(EvaluatesTo, Value) {
 }
 
 // clang-format off
-const ValueCase kArithmetic[] = {
-    {"1+2*3", "Double:7"}, {"(1+2)*3", "Double:9"},
-    {"2^3^2", "Double:64"},  // left-associative
-    {"-3^2", "Double:-9"},   // the sign applies after the power
+const ValueCase kValues[] = {
+    // arithmetic
+    {"1+2*3", "Double:7"}, {"(1+2)*3", "Double:9"}, {"2^3^2", "Double:64"},  // left-associative
+    {"-3^2", "Double:-9"},  // the sign applies after the power
     {"2*-3", "Double:-6"}, {"2^-1", "Double:0.5"}, {"+5", "Double:5"}, {"- (2 + 3)", "Double:-5"},
     {"10-4-3", "Double:3"}, {"12/4/3", "Double:1"},
     {"1+2 & 3", "String:33"},  // & binds looser than +
@@ -51,36 +51,23 @@ const ValueCase kArithmetic[] = {
     {"3 > 2 > 1", "Boolean:False"}, {R"("a" & 1 = "a1")", "Boolean:True"},
     {R"("ab" + "cd" = "abcd")", "Boolean:True"}, {"1. + .5 + 007", "Double:8.5"},
     {"1 = 1 = 1", "Boolean:False"},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(Arithmetic, EvaluatesTo, ::testing::ValuesIn(kArithmetic));
-
-// clang-format off
-const ValueCase kStringsAndComparison[] = {
+    // strings and comparison
     {R"("ab" + "cd")", "String:abcd"}, {R"("ab" & "cd")", "String:abcd"},
-    {R"("1" + 2)", "Double:3"},
-    {R"("+")", "String:+"},  // a literal operator text stays a string
+    {R"("1" + 2)", "Double:3"}, {R"("+")", "String:+"},  // a literal operator text stays a string
     {R"("and")", "String:and"}, {R"("Mod" & "xor")", "String:Modxor"},
     {R"("a" = 1)", "Boolean:False"}, {R"("a" <> 1)", "Boolean:True"},
     {R"("ABC" = "abc")", "Boolean:False"},  // case-sensitive
     {R"("abc" = s)", "Boolean:True"}, {"1 < 2", "Boolean:True"}, {"2 <= 2", "Boolean:True"},
     {"3 >= 4", "Boolean:False"}, {"3 > 2", "Boolean:True"}, {"3 != 2", "Boolean:True"},
     {"1 + 1 = 2", "Boolean:True"}, {"1 < 2 AND 2 < 3", "Boolean:True"},
-    {"1 > 2 OR 2 > 3", "Boolean:False"},
-    {"NOT 1 = 2", "Boolean:True"},  // NOT binds looser than =
+    {"1 > 2 OR 2 > 3", "Boolean:False"}, {"NOT 1 = 2", "Boolean:True"},  // NOT binds looser than =
     {"NOT 0", "Boolean:True"}, {"not 1", "Boolean:False"},
     {"2 AND 4", "Boolean:True"},  // logical, not bitwise
     {"6 and 3", "Boolean:True"}, {"0 OR 0", "Boolean:False"}, {"TRUE AND FALSE", "Boolean:False"},
     {"TRUE OR FALSE AND FALSE", "Boolean:True"}, {"1 = 1 AND 2 > 3", "Boolean:False"},
     {"CRLF", "String:\r\n"}, {"vbcrlf & 1", "String:\r\n1"}, {"#2005-03-01#", "Date:2005/3/1"},
     {"#2005-03-01# + 1", "Date:2005/3/2"},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(StringsAndComparison, EvaluatesTo,
-                         ::testing::ValuesIn(kStringsAndComparison));
-
-// clang-format off
-const ValueCase kNullRules[] = {
+    // the evaluator's own Null rules
     {"NULL + 5", "Double:5"}, {"5 + NULL", "Double:5"}, {"N + N", "Null:"},
     {"NULL - 5", "Double:-5"}, {"5 - N", "Double:5"}, {"NULL * 5", "Integer:0"},
     {"5 * N", "Integer:0"}, {"NULL / 5", "Double:0"}, {"NULL & \"x\"", "String:x"},
@@ -88,23 +75,16 @@ const ValueCase kNullRules[] = {
     {"NULL ^ 2", "Null:"}, {"NULL & NULL", "Null:"}, {"NULL < 1", "Null:"},
     {"\"a\" * NULL", "Integer:0"}, {"NOT EMPTY", "Boolean:True"},
     {"NULL + 5 & \"|\" & NULL * 5", "String:5|0"},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(NullRules, EvaluatesTo, ::testing::ValuesIn(kNullRules));
-
-// The inline functions evaluate their one argument themselves; function
-// objects get the text with its parentheses and hand back a value that the
-// expression goes on with.
-// clang-format off
-const ValueCase kFunctions[] = {
+    // The inline functions evaluate their one argument themselves; function
+    // objects get the text with its parentheses and hand back a value that the
+    // expression goes on with.
     {"int(-2.5)", "Double:-2"}, {"INT(2.5)", "Double:2"}, {"Int(-0.5) + 0", "Double:0"},
     {"INT(\"3.7\")", "Double:3"}, {"INT(TRUE)", "Integer:-1"}, {"Len(12.5)", "Long:4"},
     {"LEN(\"abc\")", "Long:3"}, {"len(\"中文\")", "Long:2"}, {"LEN(NULL)", "Null:"},
     {"LEN(EMPTY)", "Long:0"}, {"ABS(-3)", "Double:3"}, {"ABS(NULL)", "Null:"},
     {"abs(TRUE)", "Integer:1"}, {"SQR(16)", "Double:4"}, {"YEAR(#2005-03-01#)", "Integer:2005"},
     {"YEAR(\"2005-03-01\")", "Integer:2005"}, {"TRIM(\"  a b \")", "String:a b"},
-    {"TRIM(12)", "String:12"},
-    {"ABS (-3) * 2", "Double:6"},  // blanks before the "(" are allowed
+    {"TRIM(12)", "String:12"}, {"ABS (-3) * 2", "Double:6"},  // blanks before the "(" are allowed
     {"ABS(-(2+3))", "Double:5"}, {"LEN(S) + Len(s & s)", "Long:9"},
     {"MID(\"abcd\", 2, 2) & \"!\"", "String:bc!"},
     {"LEFT(\"abc\", 2) + RIGHT(\"xyz\", 1)", "String:abz"}, {"LEFT(\"a)b\", 2)", "String:a)"},
@@ -113,13 +93,13 @@ const ValueCase kFunctions[] = {
     {"SetVar(\"V\", 2) & GetVar(\"V\")", "String:True2"},
 };
 // clang-format on
-INSTANTIATE_TEST_SUITE_P(Functions, EvaluatesTo, ::testing::ValuesIn(kFunctions));
+INSTANTIATE_TEST_SUITE_P(All, EvaluatesTo, ::testing::ValuesIn(kValues));
 
 struct ErrorCase {
   const char* expression;
   std::int32_t errNum;
   const char* errMsg;
-  const char* box;  // the warning box shown, or nullptr for none
+  const char* box = nullptr;  // the warning box shown, if any
 };
 
 class FailsWith : public ::testing::TestWithParam<ErrorCase> {};
@@ -144,33 +124,23 @@ TEST_P(FailsWith, NumberMessageAndBox) {
 constexpr const char* kMismatchBox = "表达式错误类型不匹配 Line:7";
 
 // clang-format off
-const ErrorCase kScanErrors[] = {
-    {"1 2", 50, "缺操作符", nullptr}, {"a \"x\"", 50, "缺操作符", nullptr},
-    {"1+", 51, "缺操作数", nullptr}, {"--5", 51, "缺操作数", nullptr},
-    {"-+5", 51, "缺操作数", nullptr}, {"* 2", 51, "缺操作数", nullptr},
-    {"1 + * 2", 51, "缺操作数", nullptr}, {"NOT", 51, "缺操作数", nullptr},
-    {"(1+)", 51, "缺操作数", nullptr}, {"1+2)", 52, "闭括号没有与之相匹配的开括号", nullptr},
-    {")", 52, "闭括号没有与之相匹配的开括号", nullptr},
-    {"1.2.3", 53, "操作数含多个小数点", nullptr}, {".", 54, "操作数非法", nullptr},
-    {"1 + .", 54, "操作数非法", nullptr}, {"#2005-03-01", 55, "表达式错误", nullptr},
-    {"nosuchname", 56, "遇到不可识别的符号或变量名", nullptr},
-    {"1 @ 2", 56, "遇到不可识别的符号或变量名", nullptr},
-    {"1 ! 2", 56, "遇到不可识别的符号或变量名", nullptr},
-    {"a OR(a)", 56, "遇到不可识别的符号或变量名", nullptr},  // OR needs a blank after it
-    {"5 MOD 2", 56, "遇到不可识别的符号或变量名", nullptr},  // MOD is no operator here
-    {"部门工资合计(1)", 56, "遇到不可识别的符号或变量名", nullptr},
-    {"(1+2", 57, "括号不匹配:缺\")\"", nullptr}, {"((1)", 57, "括号不匹配:缺\")\"", nullptr},
-    {"Then", 23, "非法使用关键字,期待语句:'Then'", nullptr},
-    {"1 + loop", 23, "非法使用关键字,期待语句:'loop'", nullptr},
-    {"#not a date#", 4, "类型不匹配", nullptr},
-    {"\"abc", 2, "错误的表达式,期待引号。\r\n\"abc", nullptr},
-    {"1 + \"x", 2, "错误的表达式,期待引号。\r\n1 + \"x", nullptr},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(Scanning, FailsWith, ::testing::ValuesIn(kScanErrors));
-
-// clang-format off
-const ErrorCase kEvaluationErrors[] = {
+const ErrorCase kErrors[] = {
+    // scanning
+    {"1 2", 50, "缺操作符"}, {"a \"x\"", 50, "缺操作符"}, {"1+", 51, "缺操作数"},
+    {"--5", 51, "缺操作数"}, {"-+5", 51, "缺操作数"}, {"* 2", 51, "缺操作数"},
+    {"1 + * 2", 51, "缺操作数"}, {"NOT", 51, "缺操作数"}, {"(1+)", 51, "缺操作数"},
+    {"1+2)", 52, "闭括号没有与之相匹配的开括号"}, {")", 52, "闭括号没有与之相匹配的开括号"},
+    {"1.2.3", 53, "操作数含多个小数点"}, {".", 54, "操作数非法"}, {"1 + .", 54, "操作数非法"},
+    {"#2005-03-01", 55, "表达式错误"}, {"nosuchname", 56, "遇到不可识别的符号或变量名"},
+    {"1 @ 2", 56, "遇到不可识别的符号或变量名"}, {"1 ! 2", 56, "遇到不可识别的符号或变量名"},
+    {"a OR(a)", 56, "遇到不可识别的符号或变量名"},  // OR needs a blank after it
+    {"5 MOD 2", 56, "遇到不可识别的符号或变量名"},  // MOD is no operator here
+    {"部门工资合计(1)", 56, "遇到不可识别的符号或变量名"}, {"(1+2", 57, "括号不匹配:缺\")\""},
+    {"((1)", 57, "括号不匹配:缺\")\""}, {"Then", 23, "非法使用关键字,期待语句:'Then'"},
+    {"1 + loop", 23, "非法使用关键字,期待语句:'loop'"}, {"#not a date#", 4, "类型不匹配"},
+    {"\"abc", 2, "错误的表达式,期待引号。\r\n\"abc"},
+    {"1 + \"x", 2, "错误的表达式,期待引号。\r\n1 + \"x"},
+    // evaluation
     {"\"a\" < 1", 4, "类型不匹配", kMismatchBox}, {"1 >= \"a\"", 4, "类型不匹配", kMismatchBox},
     {"NOT \"x\"", 4, "类型不匹配", kMismatchBox}, {"NOT NULL", 4, "类型不匹配", kMismatchBox},
     {"\"x\" AND 1", 4, "类型不匹配", kMismatchBox}, {"1 OR \"x\"", 4, "类型不匹配", kMismatchBox},
@@ -180,27 +150,22 @@ const ErrorCase kEvaluationErrors[] = {
     {"1 XOR 2", 2, "错误的表达式", "栈中含多个结果, 请检查表达式是否正确"},
     // "(" may follow an operand; the two groups leave two results.
     {"(1)(2)", 2, "错误的表达式", "栈中含多个结果, 请检查表达式是否正确"},
+    // Names that are functions fail as functions, whether or not their class is
+    // built, never as unknown names.
+    {"_部门工资合计(1)", 6, "错误的参数表达式或参数个数{函数:_部门工资合计(1)}"},
+    {"计件工资额(1)", 6, "错误的参数表达式或参数个数{函数:_计件工资额(1)}"},
+    {"getcell(1)", 6, "错误的参数表达式或参数个数{函数:GetCell(1)}"},
+    {"LEFT(\"abc\", (1)", 25, "括号不匹配"},
+    // the inline argument is one expression
+    {"ABS(1,2)", 56, "遇到不可识别的符号或变量名"}, {"LEN(1 2)", 50, "缺操作符"},
+    {"ABS 5", 26, "缺少'( ' ,函数名后必须跟'( '"},
+    {"_员工属性 + 1", 26, "缺少'( ' ,函数名后必须跟'( '"},
+    {"left(1, 2, 3, 4)", 6, "错误的参数表达式或参数个数{函数:Left(1, 2, 3, 4)}"},
+    // A failing argument stops the whole expression.
+    {"1 + ABS(nosuch) + MID(\"a\", 1, 1)", 56, "遇到不可识别的符号或变量名"},
 };
 // clang-format on
-INSTANTIATE_TEST_SUITE_P(Evaluation, FailsWith, ::testing::ValuesIn(kEvaluationErrors));
-
-// Names that are functions fail as functions, whether or not their class is
-// built, never as unknown names.
-const ErrorCase kFunctionErrors[] = {
-    {"_部门工资合计(1)", 6, "错误的参数表达式或参数个数{函数:_部门工资合计(1)}", nullptr},
-    {"计件工资额(1)", 6, "错误的参数表达式或参数个数{函数:_计件工资额(1)}", nullptr},
-    {"getcell(1)", 6, "错误的参数表达式或参数个数{函数:GetCell(1)}", nullptr},
-    {"LEFT(\"abc\", (1)", 25, "括号不匹配", nullptr},
-    {"ABS(1,2)", 56, "遇到不可识别的符号或变量名",
-     nullptr},  // the inline argument is one expression
-    {"LEN(1 2)", 50, "缺操作符", nullptr},
-    {"ABS 5", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
-    {"_员工属性 + 1", 26, "缺少'( ' ,函数名后必须跟'( '", nullptr},
-    {"left(1, 2, 3, 4)", 6, "错误的参数表达式或参数个数{函数:Left(1, 2, 3, 4)}", nullptr},
-    // A failing argument stops the whole expression.
-    {"1 + ABS(nosuch) + MID(\"a\", 1, 1)", 56, "遇到不可识别的符号或变量名", nullptr},
-};
-INSTANTIATE_TEST_SUITE_P(Functions, FailsWith, ::testing::ValuesIn(kFunctionErrors));
+INSTANTIATE_TEST_SUITE_P(All, FailsWith, ::testing::ValuesIn(kErrors));
 
 TEST(Evaluate, OnlyTheEvaluatorsOperatorTextsAreApplied) {
   // Only literals are protected: a variable holding an operator's text acts
