@@ -42,7 +42,7 @@ const ScriptCase kStatements[] = {
     {"DIM x\nx = \"abc\nMSGBOX \"next\"", "X=Empty: | box next"},
     {"DIM x\nx = 7\nx = 1 XOR 2",
      "err 2 错误的表达式 : 行号 3 | X=Double:7 | box 栈中含多个结果, 请检查表达式是否正确"},
-    {"y = 1", "err 5 变量未定义 'y' : 行号 1"}, 
+    {"y = 1", "err 5 变量未定义 'y' : 行号 1"},
     // bad
     {"a#b = 1", "err -2147220004 错误的符号或变量名称#' : 行号 1"},
     // control characters as blanks
@@ -59,8 +59,7 @@ const ScriptCase kStatements[] = {
      "B=Empty: | A=Double:5 | C=Empty: | 工资=Empty: | 金额_1=Empty: | D=Empty:"},
     {"DIM a,", "err 1 语法错{DIM} : 行号 1 | A=Empty:"},
     {"DIM 1x", "err 3 错误的符号或变量名称 '1'{DIM} : 行号 1"},
-    {"DIM ab#c", "err 3 错误的符号或变量名称 '#' : 行号 1"},
-{"DIM ,a", "err 1 语法错 : 行号 1"},
+    {"DIM ab#c", "err 3 错误的符号或变量名称 '#' : 行号 1"}, {"DIM ,a", "err 1 语法错 : 行号 1"},
     {"DIM a, b ,c\nc = (1 + 2) * 3\na = 1 + 2 * 3\nb = \"it's\" ' note\nDIM a",
      "C=Double:9 | A=Double:7 | B=String:it's"},
     {"DIM a b", "err 1 语法错 : 行号 1 | A=Empty:"},
@@ -126,8 +125,7 @@ const ScriptCase kStatements[] = {
     {"DIM s, r\ns = \"1\"\nIf s Then r = r & \"s\"\nIf -1 Then\nr = r & \"t\"\nElse\nr = r & "
      "\"e\"\nEnd If",
      "S=String:1 | R=String:st"},
-    {"DIM d\nd = #2005-01-01#\nIf d Then MSGBOX \"d\"",
-     "err 13 类型不匹配 | D=Date:2005/1/1"},
+    {"DIM d\nd = #2005-01-01#\nIf d Then MSGBOX \"d\"", "err 13 类型不匹配 | D=Date:2005/1/1"},
     {"If False Then\nIf True Then\nElse\nMSGBOX 1\nEnd If\nMSGBOX 3\nElse\nMSGBOX 2\nEnd If", "box 2"},
     {"DIM s\ns = \"abc\"\nIf s Then\nEnd If", "err 13 类型不匹配 | S=String:abc"},
     {"DIM n\nn = NULL\nIf n Then\nMSGBOX 1\nElse ' other\nMSGBOX 2\nend if", "N=Null: | box 2"},
@@ -212,14 +210,8 @@ const ScriptCase kStatements[] = {
     {"DIM x\nx = (1 XOR 2)", "err 52 闭括号没有与之相匹配的开括号 : 行号 2 | X=Empty:"},
     {"DIM x\nx = 1 + (2 XOR 3",
      "err 4 类型不匹配 : 行号 2 | X=Empty: | box 表达式错误类型不匹配 Line:2"},
-};
-// clang-format on
-
-TEST(ScriptRules, Statements) { expectOutcomes(kStatements); }
-
-// Expressions and functions as a running script reports them; their values
-// and errors are pinned by the evaluator's and the functions' tables.
-const ScriptCase kExpressions[] = {
+    // Expressions and functions as a running script reports them; their values
+    // and errors are pinned by the evaluator's and the functions' tables.
     {"DIM x\nx = 1+", "err 51 缺操作数 : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT 1", "err 26 缺少'( ' ,函数名后必须跟'( ' : 行号 2 | X=Empty:"},
     {"DIM x\nx = LEFT \"abc\"",
@@ -238,8 +230,9 @@ const ScriptCase kExpressions[] = {
      "notx - xory",
      "ORDER=Double:1 | ANDY=Double:2 | NOTX=Double:3 | XORY=Double:4 | X=Double:3"},
 };
+// clang-format on
 
-TEST(ScriptRules, Expressions) { expectOutcomes(kExpressions); }
+TEST(ScriptRules, StatementsAndExpressions) { expectOutcomes(kStatements); }
 
 // Statements called directly: paths the run loop never reaches because the
 // line classifier rejects such lines first, the stack entries the block
@@ -257,55 +250,54 @@ struct DirectCase {
   const char* name;
   StatementFn statement;
   const char16_t* line;
-  std::int32_t result;
-  std::int32_t errNum;
+  std::int32_t errNum;  // also what the statement returns
   const char* errMsg;
-  std::int16_t lineAfter;  // the engine starts on line 5
 };
 
 void PrintTo(const DirectCase& c, std::ostream* os) { *os << c.name; }
 
 class DirectCases : public ::testing::TestWithParam<DirectCase> {};
 
+// None of these moves off the line the engine starts on.
 TEST_P(DirectCases, ResultMessageAndLine) {
   const DirectCase& c = GetParam();
   Harness h;
   h.engine.SetCurrentLineNum(5);
-  EXPECT_EQ(onLine(c.statement, h.engine, c.line), c.result);
+  EXPECT_EQ(onLine(c.statement, h.engine, c.line), c.errNum);
   EXPECT_EQ(h.engine.ErrNum(), c.errNum);
   EXPECT_EQ(h.errMsg(), c.errMsg);
-  EXPECT_EQ(h.engine.CurrentLineNum(), c.lineAfter);
+  EXPECT_EQ(h.engine.CurrentLineNum(), 5);
 }
 
+// clang-format off
 const DirectCase kDirectCases[] = {
     // A bad first character of the target only leaves a message behind.
-    {"assign_bad_first_character", stmt::Assign, u"1x = 2", 0, 0, "错误的符号或变量名称", 5},
-    {"assign_bad_later_character", stmt::Assign, u"a# = 1", 3, 3, "错误的符号或变量名称'#'", 5},
-    {"assign_equals_without_name", stmt::Assign, u" = 5", 1, 1, "语法错", 5},
-    {"msgbox_parenthesis_after_keyword", stmt::MsgBox, u"MsgBox(\"x\")", 3, 3,
-     "错误的符号或变量名称'('", 5},
-    {"msgbox_bad_first_character", stmt::MsgBox, u"(x", 3, 3, "错误的符号或变量名称", 5},
-    {"msgbox_other_keyword", stmt::MsgBox, u"Show 1", 1, 1, "语法错", 5},
-    {"msgbox_unclosed_literal", stmt::MsgBox, u"MsgBox \"abc", 0, 0, "", 5},
-    {"else_bad_later_character", stmt::Else, u"Else#", 3, 3, "错误的符号或变量名称 '#'", 5},
-    {"else_bad_first_character", stmt::Else, u"  #Else", 3, 3, "错误的符号或变量名称", 5},
-    {"else_other_word", stmt::Else, u"Elsewhere", 1, 1, "语法错", 5},
-    {"else_comment_only", stmt::Else, u"' Else", 1, 1, "语法错", 5},
-    {"end_alone_does_nothing", stmt::EndIf, u"End ' stop", 0, 0, "", 5},
-    {"end_if_other_word", stmt::EndIf, u"Ends If", 1, 1, "语法错", 5},
-    {"do_without_while", stmt::Do, u"Do x < 3", 1, 1, "语法错", 5},
-    {"do_alone", stmt::Do, u"Do", 1, 1, "语法错", 5},
-    {"do_unclosed_literal", stmt::Do, u"Do While s = \"abc", 2, 2, "错误的表达式", 5},
-    {"loop_other_word", stmt::LoopOrEndDo, u"Looped", 1, 1, "语法错", 5},
-    {"end_without_do", stmt::LoopOrEndDo, u"End", 1, 1, "语法错", 5},
-    {"exit_alone_stays_on_line", stmt::ExitDo, u"Exit ' nothing", 0, 0, "", 5},
-    {"exit_for", stmt::ExitDo, u"Exit For", 1, 1, "语法错", 5},
-    {"exit_do_comment_is_cut", stmt::ExitDo, u"Exit Do ' leave", 16, 16,
-     "Exit Do 不在 Do...Loop 内", 5},
+    {"assign_bad_first_character", stmt::Assign, u"1x = 2", 0, "错误的符号或变量名称"},
+    {"assign_bad_later_character", stmt::Assign, u"a# = 1", 3, "错误的符号或变量名称'#'"},
+    {"assign_equals_without_name", stmt::Assign, u" = 5", 1, "语法错"},
+    {"msgbox_parenthesis_after_keyword", stmt::MsgBox, u"MsgBox(\"x\")", 3, "错误的符号或变量名称'('"},
+    {"msgbox_bad_first_character", stmt::MsgBox, u"(x", 3, "错误的符号或变量名称"},
+    {"msgbox_other_keyword", stmt::MsgBox, u"Show 1", 1, "语法错"},
+    {"msgbox_unclosed_literal", stmt::MsgBox, u"MsgBox \"abc", 0, ""},
+    {"else_bad_later_character", stmt::Else, u"Else#", 3, "错误的符号或变量名称 '#'"},
+    {"else_bad_first_character", stmt::Else, u"  #Else", 3, "错误的符号或变量名称"},
+    {"else_other_word", stmt::Else, u"Elsewhere", 1, "语法错"},
+    {"else_comment_only", stmt::Else, u"' Else", 1, "语法错"},
+    {"end_alone_does_nothing", stmt::EndIf, u"End ' stop", 0, ""},
+    {"end_if_other_word", stmt::EndIf, u"Ends If", 1, "语法错"},
+    {"do_without_while", stmt::Do, u"Do x < 3", 1, "语法错"},
+    {"do_alone", stmt::Do, u"Do", 1, "语法错"},
+    {"do_unclosed_literal", stmt::Do, u"Do While s = \"abc", 2, "错误的表达式"},
+    {"loop_other_word", stmt::LoopOrEndDo, u"Looped", 1, "语法错"},
+    {"end_without_do", stmt::LoopOrEndDo, u"End", 1, "语法错"},
+    {"exit_alone_stays_on_line", stmt::ExitDo, u"Exit ' nothing", 0, ""},
+    {"exit_for", stmt::ExitDo, u"Exit For", 1, "语法错"},
+    {"exit_do_comment_is_cut", stmt::ExitDo, u"Exit Do ' leave", 16, "Exit Do 不在 Do...Loop 内"},
     // An unclosed literal after THEN returns without moving on.
-    {"if_unclosed_literal_in_tail", stmt::If, u"If 1 Then x = \"abc", 2, 2, "错误的表达式", 5},
-    {"if_first_word_not_if", stmt::If, u"Iff 1 Then", 1, 1, "语法错", 5},
+    {"if_unclosed_literal_in_tail", stmt::If, u"If 1 Then x = \"abc", 2, "错误的表达式"},
+    {"if_first_word_not_if", stmt::If, u"Iff 1 Then", 1, "语法错"},
 };
+// clang-format on
 
 std::string directName(const ::testing::TestParamInfo<DirectCase>& info) { return info.param.name; }
 INSTANTIATE_TEST_SUITE_P(Statements, DirectCases, ::testing::ValuesIn(kDirectCases), directName);
