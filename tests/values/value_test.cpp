@@ -53,15 +53,11 @@ TEST(Utf8, RoundTripsBmpAndSupplementary) {
 
 TEST(Utf8, InvalidInputBecomesReplacementCharacter) {
   const std::pair<std::string, std::u16string> cases[] = {
-      {"a\xFF"
-       "b",
-       u"a\uFFFDb"},
+      {"a\xFF\x62", u"a\uFFFDb"},   // "\x62" is "b", kept apart from the escape
       {"\xE4\xB8", u"\uFFFD"},      // truncated sequence
       {"\xC0\xAF", u"\uFFFD"},      // overlong encoding of '/'
       {"\xED\xA0\x80", u"\uFFFD"},  // encoded surrogate
-      {"\xE4"
-       "x",
-       u"\uFFFDx"},  // lead byte followed by ASCII
+      {"\xE4\x78", u"\uFFFDx"},     // lead byte followed by ASCII "x"
   };
   for (const auto& [in, out] : cases) EXPECT_EQ(fromUtf8(in), out) << in;
   EXPECT_EQ(toUtf8(std::u16string(1, u'\xD800')), "\xEF\xBF\xBD");  // lone surrogate
@@ -115,9 +111,7 @@ TEST(IsDoubleByte, ChineseYesAsciiAndForeignNo) {
 }
 
 TEST(DecodeGbk, BytesToText) {
-  EXPECT_EQ(vb::decodeGbk("\xD6\xD0\xCE\xC4"
-                          "ab"),
-            u"中文ab");
+  EXPECT_EQ(vb::decodeGbk("\xD6\xD0\xCE\xC4\x61\x62"), u"中文ab");
   EXPECT_EQ(vb::decodeGbk("\x80"), u"€");
   EXPECT_EQ(vb::decodeGbk("a\xD6"), u"a\uFFFD");  // truncated pair
   EXPECT_EQ(vb::decodeGbk(""), u"");
