@@ -19,31 +19,26 @@ namespace {
 constexpr std::u16string_view kEndless = u"DIM n\r\nn = 0\r\nDo While 1\r\nn = n + 1\r\nLoop\r\n";
 
 TEST(HostControls, LimitsStopARunawayScriptWithoutAskingOrFailing) {
-  struct Case {
-    const char* what;
-    std::int64_t steps, millis;
-    StopReason reason;
-  };
-  const Case cases[] = {{"step limit", 50, 0, StopReason::StepLimit},
-                        {"time limit", 0, 30, StopReason::TimeLimit}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
+  const std::tuple<const char*, std::int64_t, std::int64_t, StopReason> cases[] = {
+      {"step limit", 50, 0, StopReason::StepLimit}, {"time limit", 0, 30, StopReason::TimeLimit}};
+  for (const auto& [what, steps, millis, reason] : cases) {
+    SCOPED_TRACE(what);
     BasicEngine engine;
     auto ui = std::make_shared<RecordingUserInterface>();
     engine.SetUserInterface(ui);
-    engine.SetStepLimit(c.steps);
-    engine.SetTimeLimit(c.millis);
+    engine.SetStepLimit(steps);
+    engine.SetTimeLimit(millis);
     engine.SetCodeBlock(std::u16string(kEndless));
     const auto start = std::chrono::steady_clock::now();
     const RunResult r = engine.Run();
     EXPECT_TRUE(r.ok());
     EXPECT_TRUE(r.stopped());
-    EXPECT_EQ(r.stopReason, c.reason);
+    EXPECT_EQ(r.stopReason, reason);
     EXPECT_TRUE(ui->messages().empty());
-    if (c.steps > 0) {
-      EXPECT_EQ(engine.LinesRun(), c.steps);
+    if (steps > 0) {
+      EXPECT_EQ(engine.LinesRun(), steps);
     } else {
-      EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(c.millis));
+      EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(millis));
     }
     // Without limits a finishing run is not stopped.
     engine.SetStepLimit(0);

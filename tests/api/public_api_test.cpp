@@ -18,12 +18,7 @@ namespace {
 // (a noexcept member that did would end the test program), and each failure
 // must reach the host as the number it documents.
 TEST(PublicApi, BadArgumentsAreReportedNotThrown) {
-  struct Case {
-    const char* what;
-    std::function<void(BasicEngine&)> call;
-    std::int32_t errNum;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<const char*, std::function<void(BasicEngine&)>, std::int32_t> cases[] = {
       {"line 0 of a split script", [](BasicEngine& e) { (void)e.GetLineCode(0); }, 9},
       {"flag pop on empty", [](BasicEngine& e) { (void)e.PopStmtFlag(); }, 18},
       {"flag peek on empty", [](BasicEngine& e) { (void)e.GetpopValueStmtFlag(); }, 20},
@@ -43,14 +38,14 @@ TEST(PublicApi, BadArgumentsAreReportedNotThrown) {
        },
        51},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
+  for (const auto& [what, call, errNum] : cases) {
+    SCOPED_TRACE(what);
     BasicEngine engine;
     engine.SetCodeBlock(u"' one line\r\n");
     engine.Execute();
     ASSERT_EQ(engine.ErrNum(), 0);
-    EXPECT_NO_THROW(c.call(engine));
-    EXPECT_EQ(engine.ErrNum(), c.errNum);
+    EXPECT_NO_THROW(call(engine));
+    EXPECT_EQ(engine.ErrNum(), errNum);
     EXPECT_FALSE(engine.ErrMsg().empty());
   }
 }
@@ -118,13 +113,7 @@ TEST(HostFunctions, RegistrationRefusesWhatScriptsCouldNotCall) {
 }
 
 TEST(HostFunctions, CalledThroughTheCommonSteps) {
-  struct Case {
-    std::u16string script;
-    std::int32_t errNum;
-    std::u16string errMsg;
-    double result;
-  };
-  const std::vector<Case> cases = {
+  const std::tuple<std::u16string, std::int32_t, std::u16string, double> cases[] = {
       {u"x = _工龄奖(12)", 0, u"", 300},
       {u"x = _工龄奖(a + 1) + 1", 0, u"", 101},  // a is 0: one year
       // A single-line IF's tail runs on a child engine; it sees them too.
@@ -136,16 +125,16 @@ TEST(HostFunctions, CalledThroughTheCommonSteps) {
       {u"x = _工龄奖(1, 2)", 4, u"类型不匹配{函数:_工龄奖(1, 2)} : 行号 2", 0},
       {u"x = _工龄奖(-1)", 2000, u"工龄不能为负 : 行号 2", 0},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.script.begin(), c.script.end()));
+  for (const auto& [script, errNum, errMsg, result] : cases) {
+    SCOPED_TRACE(std::string(script.begin(), script.end()));
     BasicEngine engine;
     ASSERT_TRUE(engine.RegisterFunction(bonusFunction()));
-    engine.SetCodeBlock(u"DIM a, x\r\n" + c.script);
+    engine.SetCodeBlock(u"DIM a, x\r\n" + script);
     const RunResult r = engine.Run();
-    EXPECT_EQ(r.errNum, c.errNum);
-    EXPECT_EQ(r.errMsg, c.errMsg);
+    EXPECT_EQ(r.errNum, errNum);
+    EXPECT_EQ(r.errMsg, errMsg);
     if (r.ok()) {
-      EXPECT_EQ(engine.GetVarValue(u"X").doubleValue(), c.result);
+      EXPECT_EQ(engine.GetVarValue(u"X").doubleValue(), result);
     }
   }
   // They belong to the engine they were registered with.

@@ -66,13 +66,7 @@ TEST(LineSplit, BreaksAreCrLfLoneCrOrLoneLfAndACrLfIsAddedAtTheEnd) {
 // Positions are sixteen-bit: with the CR LF added at the end, a text of
 // 32,764 characters still fits and one more overflows before any line runs.
 TEST(RunLoop, ErrorsOfTheLoopAndEndWithTheirLine) {
-  struct Case {
-    std::string script;
-    std::int32_t errNum;
-    const char* errMsg;
-    std::int16_t line;
-  };
-  const Case cases[] = {
+  const std::tuple<std::string, std::int32_t, const char*, std::int16_t> cases[] = {
       {"删除记录", 19, "不能识别的语句 : 行号 1", 1},
       {"1x = 2", kEngineError, "错误的符号或变量名称 : 行号 1", 1},
       // The bare keyword leaves a negative length for its argument text.
@@ -82,13 +76,13 @@ TEST(RunLoop, ErrorsOfTheLoopAndEndWithTheirLine) {
       {"'" + std::string(32763, 'x'), 0, "", 2},
       {"'" + std::string(32764, 'x'), 6, "溢出", 0},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.script.substr(0, 20));
+  for (const auto& [script, errNum, errMsg, line] : cases) {
+    SCOPED_TRACE(script.substr(0, 20));
     Harness h;
-    h.run(c.script);
-    EXPECT_EQ(h.engine.ErrNum(), c.errNum);
-    EXPECT_EQ(h.errMsg(), c.errMsg);
-    EXPECT_EQ(h.engine.CurrentLineNum(), c.line);
+    h.run(script);
+    EXPECT_EQ(h.engine.ErrNum(), errNum);
+    EXPECT_EQ(h.errMsg(), errMsg);
+    EXPECT_EQ(h.engine.CurrentLineNum(), line);
   }
 }
 
@@ -107,28 +101,23 @@ TEST(RunLoop, EndForgetsOpenBlocksAndSkipsTheEndCheck) {
 }
 
 TEST(RunLoop, EndCheckReportsBlocksLeftOpenAfterTheLastLine) {
-  struct Case {
-    std::int16_t ifs, dos;
-    std::int32_t errNum;
-    const char* errMsg;
-  };
-  const Case cases[] = {
+  const std::tuple<std::int16_t, std::int16_t, std::int32_t, const char*> cases[] = {
       {1, 0, kEngineError, "If 语句无 End If : 行号 3"},
       {0, 2, kEngineError, "Do 没有 Loop 或 End Do : 行号 3"},
       {1, 1, kEngineError, "Do 没有 Loop 或 End Do : 行号 3"},  // the DO message wins
       {0, 0, 0, ""},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.errMsg);
+  for (const auto& [ifs, dos, errNum, errMsg] : cases) {
+    SCOPED_TRACE(errMsg);
     Harness h;
-    h.engine.SetIfCount(c.ifs);
-    h.engine.SetDoCount(c.dos);
+    h.engine.SetIfCount(ifs);
+    h.engine.SetDoCount(dos);
     h.run("'one\n'two");
-    EXPECT_EQ(h.engine.ErrNum(), c.errNum);
-    EXPECT_EQ(h.errMsg(), c.errMsg);
+    EXPECT_EQ(h.engine.ErrNum(), errNum);
+    EXPECT_EQ(h.errMsg(), errMsg);
     // The counters are not reset by the check.
-    EXPECT_EQ(h.engine.IfCount(), c.ifs);
-    EXPECT_EQ(h.engine.DoCount(), c.dos);
+    EXPECT_EQ(h.engine.IfCount(), ifs);
+    EXPECT_EQ(h.engine.DoCount(), dos);
   }
 }
 
@@ -218,23 +207,18 @@ TEST(RunLoop, HookSeesEveryLineAndCanStopTheRun) {
 TEST(RunLoop, ALineMovedOutOfTheListByTheHostFails) {
   // Below 1 is a subscript fault of the line list, with no line suffix;
   // past the end is a stack error of the line list.
-  struct Case {
-    std::int16_t movedTo;
-    std::int32_t errNum;
-    const char* errMsg;
-  };
-  const Case cases[] = {{0, 9, "下标越界"},
-                        {5, kEngineError, "堆栈索引超出范围:'GetLine'方法 : 行号 5"}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.movedTo);
+  const std::tuple<std::int16_t, std::int32_t, const char*> cases[] = {
+      {0, 9, "下标越界"}, {5, kEngineError, "堆栈索引超出范围:'GetLine'方法 : 行号 5"}};
+  for (const auto& [movedTo, errNum, errMsg] : cases) {
+    SCOPED_TRACE(movedTo);
     Harness h;
     h.engine.SetLineHook([&](std::int16_t line) {
-      if (line == 2) h.engine.SetCurrentLineNum(c.movedTo);
+      if (line == 2) h.engine.SetCurrentLineNum(movedTo);
       return true;
     });
     h.run("'1\n'2\n'3");
-    EXPECT_EQ(h.engine.ErrNum(), c.errNum);
-    EXPECT_EQ(h.errMsg(), c.errMsg);
+    EXPECT_EQ(h.engine.ErrNum(), errNum);
+    EXPECT_EQ(h.errMsg(), errMsg);
   }
 }
 

@@ -85,12 +85,7 @@ TEST(Arithmetic, NullPropagates) {
 }
 
 TEST(Arithmetic, Errors) {
-  const struct {
-    const char* name;
-    BinaryOp op;
-    Value l, r;
-    int error;
-  } cases[] = {
+  const std::tuple<const char*, BinaryOp, Value, Value, int> cases[] = {
       {"divide by zero", vb::divide, I(1), I(0), 11},
       {"divide by empty", vb::divide, D(2.5), Value(), 11},
       {"zero by zero", vb::divide, I(0), D(0), 6},
@@ -106,8 +101,8 @@ TEST(Arithmetic, Errors) {
       {"currency difference overflow", vb::subtract, C(0), C(INT64_MIN), 6},
       {"currency product overflow", vb::multiply, C(INT64_MAX), I(2), 6},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(errorOf([&] { c.op(c.l, c.r, zh); }), c.error) << c.name;
+  for (const auto& [name, op, l, r, error] : cases) {
+    EXPECT_EQ(errorOf([&] { op(l, r, zh); }), error) << name;
   }
 }
 
@@ -170,21 +165,18 @@ TEST(CompareValues, OrderingTable) {
 
 TEST(Compare, OperatorsGiveBooleansOrNull) {
   const Value one = I(1), two = D(2);
-  const struct {
-    vb::CompareOp op;
-    bool lessCase, equalCase;  // op(1, 2), op(1, 1)
-  } cases[] = {
+  const std::tuple<vb::CompareOp, bool, bool> cases[] = {
       {vb::CompareOp::Less, true, false},     {vb::CompareOp::LessEqual, true, true},
       {vb::CompareOp::Greater, false, false}, {vb::CompareOp::GreaterEqual, false, true},
       {vb::CompareOp::Equal, false, true},    {vb::CompareOp::NotEqual, true, false},
   };
-  for (const auto& c : cases) {
-    const Value lt = vb::compare(c.op, one, two, zh);
+  for (const auto& [op, lessCase, equalCase] : cases) {
+    const Value lt = vb::compare(op, one, two, zh);
     ASSERT_EQ(lt.type(), VarType::Boolean);
-    EXPECT_EQ(lt.booleanValue(), c.lessCase);
-    EXPECT_EQ(vb::compare(c.op, one, one, zh).booleanValue(), c.equalCase);
-    EXPECT_TRUE(vb::compare(c.op, Value::null(), one, zh).isNull());
-    EXPECT_TRUE(vb::compare(c.op, one, Value::null(), zh).isNull());
+    EXPECT_EQ(lt.booleanValue(), lessCase);
+    EXPECT_EQ(vb::compare(op, one, one, zh).booleanValue(), equalCase);
+    EXPECT_TRUE(vb::compare(op, Value::null(), one, zh).isNull());
+    EXPECT_TRUE(vb::compare(op, one, Value::null(), zh).isNull());
   }
   // A string and a number are never equal.
   EXPECT_FALSE(vb::compare(vb::CompareOp::Equal, S(u"1"), one, zh).booleanValue());

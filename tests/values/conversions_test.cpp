@@ -17,11 +17,8 @@ const Locale& zh = Locale::zhCN();
 const Locale& en = Locale::enUS();
 
 TEST(ToLong, BankersRoundingAndRange) {
-  const struct {
-    Value v;
-    std::int32_t expected;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::pair<Value, std::int32_t> cases[] = {
       {Value::dbl(2.5), 2}, {Value::dbl(3.5), 4}, {Value::dbl(-2.5), -2}, {Value::dbl(-3.5), -4},
       {Value::dbl(2.5000001), 3}, {Value::dbl(-0.4), 0}, {Value::string(u" 2.5 "), 2},
       {Value::string(u"1,000"), 1000}, {Value::currency(Currency{25000}), 2},
@@ -31,17 +28,13 @@ TEST(ToLong, BankersRoundingAndRange) {
       {Value::dbl(-2147483648.5), -2147483648},  // rounds to even, in range
   };
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(vb::toLong(c.v, zh), c.expected) << u8(vb::toString(c.v, zh));
+  for (const auto& [v, expected] : cases) {
+    EXPECT_EQ(vb::toLong(v, zh), expected) << u8(vb::toString(v, zh));
   }
 }
 
 TEST(ToWhole, ErrorsByCause) {
-  const struct {
-    const char* name;
-    std::function<void()> f;
-    int error;
-  } cases[] = {
+  const std::tuple<const char*, std::function<void()>, int> cases[] = {
       {"CLng above range", [] { vb::toLong(Value::dbl(2147483647.5), zh); }, 6},
       {"CLng below range", [] { vb::toLong(Value::dbl(-2147483649.0), zh); }, 6},
       {"CLng huge currency", [] { vb::toLong(Value::currency(Currency{INT64_MAX}), zh); }, 6},
@@ -55,7 +48,7 @@ TEST(ToWhole, ErrorsByCause) {
       {"CCur just above the largest amount",
        [] { vb::toCurrency(Value::dbl(922337203685477.6), zh); }, 6},
   };
-  for (const auto& c : cases) EXPECT_EQ(errorOf(c.f), c.error) << c.name;
+  for (const auto& [name, f, error] : cases) EXPECT_EQ(errorOf(f), error) << name;
 }
 
 TEST(ToInteger, KeepsSixteenBits) {
@@ -179,12 +172,8 @@ TEST(CurrencyToString, UpToFourDecimalsNoTrailingZeros) {
 
 TEST(DateToString, LocaleShortDateAndLongTime) {
   const double mar1 = static_cast<double>(vb::daysFromCivil(2005, 3, 1));
-  const struct {
-    double serial;
-    const Locale* loc;
-    std::u16string_view text;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::tuple<double, const Locale*, std::u16string_view> cases[] = {
       {mar1, &zh, u"2005/3/1"}, {mar1 + 0.5, &zh, u"2005/3/1 12:00:00"},
       {mar1 + vb::timeFraction(9, 5, 7), &zh, u"2005/3/1 9:05:07"}, {mar1, &en, u"3/1/2005"},
       {mar1 + vb::timeFraction(13, 5, 0), &en, u"3/1/2005 1:05:00 PM"},
@@ -196,8 +185,8 @@ TEST(DateToString, LocaleShortDateAndLongTime) {
       {static_cast<double>(vb::kMinDateDays), &zh, u"0100/1/1"}  // yyyy pads to four digits,
   };
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(u8(vb::dateToString(c.serial, *c.loc)), u8(c.text)) << c.serial;
+  for (const auto& [serial, loc, text] : cases) {
+    EXPECT_EQ(u8(vb::dateToString(serial, *loc)), u8(text)) << serial;
   }
 }
 
@@ -235,11 +224,7 @@ std::string show(const Converted<T>& c) {
 
 TEST(HostConversions, GiveTheValueOrTheScriptsRuntimeError) {
   const Value when = Value::date(38412.5);
-  const struct {
-    const char* what;
-    std::string got;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, std::string, const char*> cases[] = {
       {"numeric text", show(toDouble(Value::string(u"1,234.5"))), "1234.5"},
       {"True", show(toDouble(Value::boolean(true))), "-1"},
       {"text that is no number", show(toDouble(Value::string(u"abc"))), "err 13 类型不匹配"},
@@ -254,7 +239,7 @@ TEST(HostConversions, GiveTheValueOrTheScriptsRuntimeError) {
       {"format", show(formatValue(Value::dbl(1234.5), u"#,##0.00")), "1,234.50"},
       {"Null as text", show(toText(Value::null())), "err 94 无效使用 Null"},
   };
-  for (const auto& c : cases) EXPECT_EQ(c.got, c.expected) << c.what;
+  for (const auto& [what, got, expected] : cases) EXPECT_EQ(got, expected) << what;
 }
 
 TEST(HostConversions, TestsNeverFail) {

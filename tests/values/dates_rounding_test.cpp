@@ -16,14 +16,9 @@ const Locale& zh() { return Locale::zhCN(); }
 Value C(std::int64_t scaled) { return Value::currency(Currency{scaled}); }
 
 TEST(Rounding, HalfEvenOnDecimalDigits) {
-  struct Case {
-    double x;
-    int digits;
-    double expected;
-  };
   // The platform scales in binary before rounding: 2.675 * 100 is exactly
   // 267.5 (a tie, to even), 1233.715 * 100 falls just below the tie.
-  const std::vector<Case> cases = {
+  const std::tuple<double, int, double> cases[] = {
       {2.5, 0, 2},        {3.5, 0, 4},      {-2.5, 0, -2},           {-3.5, 0, -4},
       {0.5, 0, 0},        {1.5, 0, 2},      {2.4999, 0, 2},          {2.5001, 0, 3},
       {0.125, 2, 0.12},   {0.135, 2, 0.14}, {1234.5678, 2, 1234.57}, {0.1 + 0.2, 1, 0.3},
@@ -32,19 +27,15 @@ TEST(Rounding, HalfEvenOnDecimalDigits) {
       {22.225, 2, 22.22}, {12.65, 1, 12.6}, {12.55, 1, 12.6},        {0.285, 2, 0.28},
       {1.005, 2, 1.0},    {2.675, 2, 2.68}, {1250, -2, 1200},
   };
-  for (const auto& c : cases) {
-    EXPECT_DOUBLE_EQ(roundHalfEven(c.x, c.digits), c.expected) << c.x << " to " << c.digits;
+  for (const auto& [x, digits, expected] : cases) {
+    EXPECT_DOUBLE_EQ(roundHalfEven(x, digits), expected) << x << " to " << digits;
   }
 }
 
 // Round keeps the numeric type, Currency rounded half to even on its own
 // four places; text is read as a Double.
 TEST(Rounding, RoundKeepsTheNumericType) {
-  const struct {
-    Value v;
-    int digits;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<Value, int, const char*> cases[] = {
       {Value::integer(7), 0, "Integer:7"},   {Value::lng(-70000), 2, "Long:-70000"},
       {Value::null(), 0, "Null:"},           {C(25000), 0, "Currency:2"},
       {C(35000), 0, "Currency:4"},           {C(-25000), 0, "Currency:-2"},
@@ -53,20 +44,16 @@ TEST(Rounding, RoundKeepsTheNumericType) {
       {C(-12351), 2, "Currency:-1.24"},      {Value::string(u"2.5"), 0, "Double:2"},
       {Value::dbl(2.345), 2, "Double:2.35"}, {Value::boolean(true), 0, "Integer:-1"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(describe(round(c.v, c.digits, zh())), c.expected) << describe(c.v) << " " << c.digits;
+  for (const auto& [v, digits, expected] : cases) {
+    EXPECT_EQ(describe(round(v, digits, zh())), expected) << describe(v) << " " << digits;
   }
   EXPECT_EQ(errorOf([] { round(Value::dbl(1.5), -1, zh()); }), kInvalidCall);
   EXPECT_EQ(errorOf([] { round(Value::string(u"abc"), 0, zh()); }), kTypeMismatch);
 }
 
 TEST(Rounding, IntFloorsAndFixTruncates) {
-  const struct {
-    Value v;
-    const char* intExpected;
-    const char* fixExpected;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::tuple<Value, const char*, const char*> cases[] = {
       {Value::dbl(2.7), "Double:2", "Double:2"}, {Value::dbl(-2.5), "Double:-3", "Double:-2"},
       {Value::dbl(-2.0), "Double:-2", "Double:-2"}, {Value::dbl(0.3), "Double:0", "Double:0"},
       {Value::dbl(-0.3), "Double:-1", "Double:0"}, {C(-25000), "Currency:-3", "Currency:-2"},
@@ -76,17 +63,14 @@ TEST(Rounding, IntFloorsAndFixTruncates) {
       {Value::boolean(true), "Integer:-1", "Integer:-1"},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(describe(intPart(c.v, zh())), c.intExpected) << describe(c.v);
-    EXPECT_EQ(describe(fixPart(c.v, zh())), c.fixExpected) << describe(c.v);
+  for (const auto& [v, intExpected, fixExpected] : cases) {
+    EXPECT_EQ(describe(intPart(v, zh())), intExpected) << describe(v);
+    EXPECT_EQ(describe(fixPart(v, zh())), fixExpected) << describe(v);
   }
 }
 
 TEST(Dates, DateSerialOverflowsMonthsAndDaysAndWindowsShortYears) {
-  const struct {
-    int y, m, d;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<int, int, int, const char*> cases[] = {
       {2004, 2, 10, "2004/2/10"},   {2004, 13, 1, "2005/1/1"},    {2004, 25, 1, "2006/1/1"},
       {2004, 0, 1, "2003/12/1"},    {2004, -1, 15, "2003/11/15"}, {2004, 3, 0, "2004/2/29"},
       {2004, 2, 30, "2004/3/1"},    {2003, 2, 29, "2003/3/1"},    {2004, 1, -1, "2003/12/30"},
@@ -94,9 +78,9 @@ TEST(Dates, DateSerialOverflowsMonthsAndDaysAndWindowsShortYears) {
       {29, 6, 1, "2029/6/1"},       {0, 1, 1, "2000/1/1"},        {100, 1, 1, "0100/1/1"},
       {9999, 12, 31, "9999/12/31"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(toUtf8(dateToString(dateSerial(c.y, c.m, c.d), zh())), c.expected)
-        << c.y << "-" << c.m << "-" << c.d;
+  for (const auto& [y, m, d, expected] : cases) {
+    EXPECT_EQ(toUtf8(dateToString(dateSerial(y, m, d), zh())), expected)
+        << y << "-" << m << "-" << d;
   }
   EXPECT_EQ(dateSerial(2004, 2, 10), 38027.0);
   EXPECT_EQ(dateSerial(1899, 12, 30), 0.0);
@@ -113,11 +97,7 @@ TEST(Dates, TimeSerialAndSplit) {
   const auto fields = [](const DateParts& p) {
     return std::array<int, 6>{p.year, p.month, p.day, p.hour, p.minute, p.second};
   };
-  struct Case {
-    double serial;
-    std::array<int, 6> parts;
-  };
-  const std::vector<Case> cases = {
+  const std::pair<double, std::array<int, 6>> cases[] = {
       {timeSerial(12, 0, 0), {1899, 12, 30, 12, 0, 0}},
       {timeSerial(25, 0, 0), {1899, 12, 31, 1, 0, 0}},
       {timeSerial(0, 90, 30), {1899, 12, 30, 1, 30, 30}},
@@ -127,7 +107,7 @@ TEST(Dates, TimeSerialAndSplit) {
       {2958465.99998, {9999, 12, 31, 23, 59, 58}},
       {dateSerial(2000, 2, 29) + timeSerial(23, 59, 59), {2000, 2, 29, 23, 59, 59}},
   };
-  for (const auto& c : cases) EXPECT_EQ(fields(splitDate(c.serial)), c.parts) << c.serial;
+  for (const auto& [serial, parts] : cases) EXPECT_EQ(fields(splitDate(serial)), parts) << serial;
   EXPECT_DOUBLE_EQ(timeSerial(6, 0, 0), 0.25);
   EXPECT_EQ(errorOf([] { timeSerial(24 * 3000000, 0, 0); }), kInvalidCall);
 }

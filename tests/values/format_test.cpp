@@ -132,14 +132,8 @@ TEST(FormatNumber, OtherValueTypesNullAndTheEmptyFormat) {
 // Named number and date formats, in both locales.
 TEST(Format, NamedFormats) {
   const Value evening = at(1958, 12, 7, 20, 50, 35);
-  struct Case {
-    Value value;
-    const char* format;
-    const char* zh;
-    const char* en;
-  };
   // clang-format off
-  const std::vector<Case> cases = {
+  const std::tuple<Value, const char*, const char*, const char*> cases[] = {
       {Value::dbl(1234567.891), "General Number", "1234567.891", "1234567.891"},
       {Value::dbl(0.1), "general number", "0.1", "0.1"},
       {Value::lng(-42), "General Number", "-42", "-42"},
@@ -169,9 +163,9 @@ TEST(Format, NamedFormats) {
       {Value::null(), "Long Date", "", ""}, {Value::string(u"abc"), "Short Date", "abc", "abc"},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(fmt(c.value, c.format, Locale::zhCN()), c.zh) << c.format;
-    EXPECT_EQ(fmt(c.value, c.format, Locale::enUS()), c.en) << c.format;
+  for (const auto& [value, format, zh, en] : cases) {
+    EXPECT_EQ(fmt(value, format, Locale::zhCN()), zh) << format;
+    EXPECT_EQ(fmt(value, format, Locale::enUS()), en) << format;
   }
 }
 

@@ -45,21 +45,17 @@ TEST(ParseNumber, RejectedForms) {
 // Signs, parentheses and the locale's currency symbol on either side of the
 // digits, blanks between them; IsNumeric agrees.
 TEST(ParseNumber, SignsParenthesesAndCurrencyAround) {
-  const struct {
-    std::u16string_view text;
-    const Locale* loc;
-    double value;
-  } cases[] = {
+  const std::tuple<std::u16string_view, const Locale*, double> cases[] = {
       {u"$11", &en, 11},       {u"-$11", &en, -11},  {u"$-11", &en, -11},
       {u"$ 11", &en, 11},      {u"11$", &en, 11},    {u"(5)", &zh, -5},
       {u"5-", &zh, -5},        {u" + 5", &zh, 5},    {u"(¥ 1,234.5)", &zh, -1234.5},
       {u"2.5E+1 -", &zh, -25}, {u"1.5 ¥", &zh, 1.5},
   };
-  for (const auto& c : cases) {
-    const auto d = vb::parseNumber(c.text, *c.loc);
-    ASSERT_TRUE(d.has_value()) << u8(c.text);
-    EXPECT_DOUBLE_EQ(*d, c.value) << u8(c.text);
-    EXPECT_TRUE(vb::isNumeric(Value::string(std::u16string(c.text)), *c.loc)) << u8(c.text);
+  for (const auto& [text, loc, value] : cases) {
+    const auto d = vb::parseNumber(text, *loc);
+    ASSERT_TRUE(d.has_value()) << u8(text);
+    EXPECT_DOUBLE_EQ(*d, value) << u8(text);
+    EXPECT_TRUE(vb::isNumeric(Value::string(std::u16string(text)), *loc)) << u8(text);
   }
 }
 
@@ -67,12 +63,8 @@ double day(int y, int m, int d) { return static_cast<double>(vb::daysFromCivil(y
 
 TEST(ParseDate, AcceptedForms) {
   const double t1030 = vb::timeFraction(10, 30, 0);
-  const struct {
-    std::u16string_view text;
-    const Locale* loc;
-    double serial;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::tuple<std::u16string_view, const Locale*, double> cases[] = {
       {u"2005/3/1", &zh, day(2005, 3, 1)}, {u"2005-03-01", &zh, day(2005, 3, 1)},
       {u"2005-03-01", &en, day(2005, 3, 1)},
       {u"3/1/2005", &zh, day(2005, 3, 1)},  // the MaxDay text, in any locale
@@ -104,10 +96,10 @@ TEST(ParseDate, AcceptedForms) {
       {u"9999-12-31", &zh, static_cast<double>(vb::kMaxDateDays)},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    const auto d = vb::parseDate(c.text, *c.loc);
-    ASSERT_TRUE(d.has_value()) << u8(c.text);
-    EXPECT_DOUBLE_EQ(*d, c.serial) << u8(c.text);
+  for (const auto& [text, loc, serial] : cases) {
+    const auto d = vb::parseDate(text, *loc);
+    ASSERT_TRUE(d.has_value()) << u8(text);
+    EXPECT_DOUBLE_EQ(*d, serial) << u8(text);
   }
 }
 

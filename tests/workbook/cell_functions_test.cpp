@@ -31,10 +31,7 @@ class CellFunctions : public ::testing::Test {
 };
 
 TEST_F(CellFunctions, AddressCellsByLettersRowAndSheet) {
-  const struct {
-    const char* expression;
-    const char* outcome;
-  } kCases[] = {
+  const std::pair<const char*, const char*> kCases[] = {
       {"GETCELL(\"A\", 2)", "Double:3000.5"},  // sheet 1 when no sheet is active
       {"getcell(\"b\", 2.4)", "Date:2024/3/1"},
       {"GETCELL(\"A\", 1, \"Other\")", "Double:7"},
@@ -55,7 +52,8 @@ TEST_F(CellFunctions, AddressCellsByLettersRowAndSheet) {
       {"SETCELL(\"A\", 9, \"a\" & Chr(1) & \"b\")", "error 1004: 单元格不能保存控制字符 U+0001"},
       {"SetCellFormula(\"A\", 9, \"=1\" & Chr(27))", "error 1004: 单元格不能保存控制字符 U+001B"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(eval(c.expression), c.outcome) << c.expression;
+  for (const auto& [expression, outcome] : kCases)
+    EXPECT_EQ(eval(expression), outcome) << expression;
   EXPECT_EQ(eval("GETCELL(\"A\", 0)").substr(0, 11), "error 1004:");
 
   engine_.SetActiveExcelSheet(book_->sheet(Value::string(u"Other")).value.objectValue());
@@ -92,28 +90,24 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
     query.elements()[12 + j] = Value();
     query.elements()[4 * j + 3] = Value();
   }
-  const struct {
-    const char* name;
-    Array array;
-    std::vector<std::string> block;  // rows of the 4 x 4 area at F10, "-" = untouched
-  } kCases[] = {
+  const std::tuple<const char*, Array, std::vector<std::string>> kCases[] = {
       {"query", query, {"F0 F1 F2 -", "5 6 7 -", "9 10 11 -", "- - - -"}},
       {"oneBased3x2", grid(1, 3, 2), {"1 2 - -", "3 4 - -", "5 6 - -", "- - - -"}},
       {"zeroBased3x2", grid(0, 3, 2), {"1 - - -", "3 - - -", "- - - -", "- - - -"}},
       {"oneRow", grid(0, 1, 3), {"1 - - -", "- - - -", "- - - -", "- - - -"}},
       {"noRows", grid(0, 0, 3), {"- - - -", "- - - -", "- - - -", "- - - -"}},
   };
-  for (const auto& c : kCases) {
+  for (const auto& [name, array, block] : kCases) {
     SetUp();
-    engine_.SetSysVar(u"ARR", Value::array(c.array));
-    ASSERT_EQ(eval("SETCELL(\"F\", 10, ARR)"), "Empty:") << c.name;
+    engine_.SetSysVar(u"ARR", Value::array(array));
+    ASSERT_EQ(eval("SETCELL(\"F\", 10, ARR)"), "Empty:") << name;
     for (std::int32_t r = 0; r < 4; ++r) {
       std::string row;
       for (std::int32_t col = 0; col < 4; ++col) {
         const std::string v = read(*book_, 10 + r, 6 + col);
         row += (col ? " " : "") + (v == "Empty:" ? "-" : v.substr(v.find(':') + 1));
       }
-      EXPECT_EQ(row, c.block[static_cast<std::size_t>(r)]) << c.name << " row " << r;
+      EXPECT_EQ(row, block[static_cast<std::size_t>(r)]) << name << " row " << r;
     }
   }
   // A one-dimensional array asks for a block without columns.
@@ -124,44 +118,36 @@ TEST_F(CellFunctions, ArraysLandByTheirUpperBounds) {
 // A single-line IF runs its tail apart from the workbook: the same cell read
 // works as a line of its own and inside a block IF.
 TEST_F(CellFunctions, ASingleLineIfTailSeesNoWorkbook) {
-  const struct {
-    const char* script;
-    std::int32_t errNum;
-    const char* errMsg;
-  } kCases[] = {
+  const std::tuple<const char*, std::int32_t, const char*> kCases[] = {
       {"DIM x\nx = GETCELL(\"A\", 2)", 0, ""},
       {"DIM x\nIf 1 = 1 Then\nx = GETCELL(\"A\", 2)\nEnd If", 0, ""},
       {"DIM x\nIf 1 = 1 Then x = GETCELL(\"A\", 2)", 1003,
        "没有有效的Excel工作簿对象实例 : 行号 2"},
   };
-  for (const auto& c : kCases) {
-    engine_.SetCodeBlock(scriptText(c.script));
+  for (const auto& [script, errNum, errMsg] : kCases) {
+    engine_.SetCodeBlock(scriptText(script));
     const RunResult r = engine_.Run();
-    EXPECT_EQ(r.errNum, c.errNum) << c.script;
-    EXPECT_EQ(toUtf8(r.errMsg), c.errMsg) << c.script;
+    EXPECT_EQ(r.errNum, errNum) << script;
+    EXPECT_EQ(toUtf8(r.errMsg), errMsg) << script;
   }
 }
 
 TEST(CellFunctionsWithoutWorkbook, FailWith1003FromTheirSource) {
-  const struct {
-    const char16_t* name;
-    const char16_t* args;
-    const char16_t* source;
-  } kCases[] = {
+  const std::tuple<const char16_t*, const char16_t*, const char16_t*> kCases[] = {
       {u"GETCELL", u"(\"A\", 1)", u"GetCell()函数"},
       {u"SETCELL", u"(\"A\", 1, 2)", u"SetCell()函数"},
       {u"SETCELLFORMULA", u"(\"A\", 1, \"=1\")", u"SetCellFormula()函数"},
   };
-  for (const auto& c : kCases) {
+  for (const auto& [name, args, source] : kCases) {
     BasicEngine engine;
     Value result;
     try {
-      callByName(c.name, c.args, result, engine);
-      ADD_FAILURE() << toUtf8(c.source) << " did not fail";
+      callByName(name, args, result, engine);
+      ADD_FAILURE() << toUtf8(source) << " did not fail";
     } catch (const vb::RuntimeError& e) {
       EXPECT_EQ(e.number(), 1003);
       EXPECT_EQ(e.description(), u"没有有效的Excel工作簿对象实例");
-      EXPECT_EQ(e.source(), c.source);
+      EXPECT_EQ(e.source(), source);
     }
   }
 }

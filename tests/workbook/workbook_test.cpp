@@ -52,11 +52,7 @@ TEST(Workbook, ReadsEveryKindOfCell) {
   ScratchDir dir;
   auto book = openSample(dir);
   ASSERT_TRUE(book);
-  struct Case {
-    std::int32_t row, column;
-    const char* value;
-    const char* formula;
-  } const kCases[] = {
+  const std::tuple<std::int32_t, std::int32_t, const char*, const char*> kCases[] = {
       {1, 1, "String:姓名", "String:姓名"},          // shared string
       {1, 2, "String:基本工资", "String:基本工资"},  // rich text, phonetic guide left out
       {1, 3, "String:行内", "String:行内"},          // inline string
@@ -70,9 +66,9 @@ TEST(Workbook, ReadsEveryKindOfCell) {
       {4, 1, "Double:1", "String:=B3+1"},  // shares the formula of A3, moved
       {9, 9, "Empty:", "String:"},
   };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(read(*book, c.row, c.column), c.value) << c.row << "," << c.column;
-    EXPECT_EQ(read(*book, c.row, c.column, u"Formula"), c.formula) << c.row << "," << c.column;
+  for (const auto& [row, column, value, formula] : kCases) {
+    EXPECT_EQ(read(*book, row, column), value) << row << "," << column;
+    EXPECT_EQ(read(*book, row, column, u"Formula"), formula) << row << "," << column;
   }
   const auto other = objectOf(book->sheet(Value::string(u"other")));  // names ignore case
   EXPECT_EQ(describe(other->getProperty(u"index", {}).value), "Long:2");
@@ -143,12 +139,7 @@ TEST(Workbook, WrittenCellsReadBackFromTheSavedFile) {
   auto book = Workbook::createNew();
   // Columns at multiples of 26 carry into the next letter; the 1900 date
   // system counts a 29 February that never was, between serials 59 and 61.
-  struct Case {
-    std::int32_t row, column;
-    Value value;
-    const char* stored;
-    const char* read;
-  } const kCases[] = {
+  const std::tuple<std::int32_t, std::int32_t, Value, const char*, const char*> kCases[] = {
       {1, 26, Value::dbl(1), "<c r=\"Z1\"><v>1</v></c>", "Double:1"},
       {1, 52, Value::dbl(2), "<c r=\"AZ1\"><v>2</v></c>", "Double:2"},
       {1, 702, Value::dbl(3), "<c r=\"ZZ1\"><v>3</v></c>", "Double:3"},
@@ -156,14 +147,14 @@ TEST(Workbook, WrittenCellsReadBackFromTheSavedFile) {
       {2, 2, Value::date(60), "<v>59</v>", "Date:1900/2/28"},
       {2, 3, Value::date(61), "<v>61</v>", "Date:1900/3/1"},
   };
-  for (const auto& c : kCases) write(*book, c.row, c.column, c.value);
+  for (const auto& [row, column, value, stored, shown] : kCases) write(*book, row, column, value);
   const std::string path = dir.file("saved.xlsx");
   auto again = saveAndOpen(*book, path);
   ASSERT_TRUE(again);
   const std::string sheet = partOf(path, "xl/worksheets/sheet1.xml");
-  for (const auto& c : kCases) {
-    EXPECT_NE(sheet.find(c.stored), std::string::npos) << c.stored << " in " << sheet;
-    EXPECT_EQ(read(*again, c.row, c.column), c.read) << c.row << "," << c.column;
+  for (const auto& [row, column, value, stored, shown] : kCases) {
+    EXPECT_NE(sheet.find(stored), std::string::npos) << stored << " in " << sheet;
+    EXPECT_EQ(read(*again, row, column), shown) << row << "," << column;
   }
 }
 
@@ -201,11 +192,7 @@ TEST(Workbook, SheetsArePatchedAsTheyAreSpelled) {
     }
     return bytes;
   };
-  struct Case {
-    const char* name;
-    std::string sheet;
-    const char* a1;  // A1 as it reads
-  } const kCases[] = {
+  const std::tuple<const char*, std::string, const char*> kCases[] = {
       {"prefixes",
        "<x:worksheet xmlns:x=" + ns + " xmlns:y=" + ns +
            "><x:sheetData><y:row r=\"1\"><y:c r=\"A1\"><y:v>1</y:v></y:c></y:row></x:sheetData>"
@@ -221,11 +208,11 @@ TEST(Workbook, SheetsArePatchedAsTheyAreSpelled) {
        "String:café"},
       {"nested", plain + "><v>1</v><row r=\"5\"/></c></row></sheetData></worksheet>", "Double:1"},
   };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, sheet, a1] : kCases) {
+    SCOPED_TRACE(name);
     ScratchDir dir;
     auto parts = sampleParts();
-    parts["xl/worksheets/sheet1.xml"] = c.sheet;
+    parts["xl/worksheets/sheet1.xml"] = sheet;
     const std::string path = writeWorkbook(dir, parts);
     auto book = openBook(path);
     ASSERT_TRUE(book);
@@ -233,7 +220,7 @@ TEST(Workbook, SheetsArePatchedAsTheyAreSpelled) {
     write(*book, 3, 1, Value::string(u"中文"));
     auto saved = saveAndOpen(*book, path);
     ASSERT_TRUE(saved);
-    EXPECT_EQ(read(*saved, 1, 1), c.a1);
+    EXPECT_EQ(read(*saved, 1, 1), a1);
     EXPECT_EQ(read(*saved, 1, 2), "Double:5");
     EXPECT_EQ(read(*saved, 3, 1), "String:中文");
     EXPECT_EQ(read(*saved, 5, 1), "Empty:");
@@ -387,19 +374,16 @@ TEST(Workbook, OpeningAndSavingTellWhatIsWrong) {
 
 // Escaping of text written back into a sheet's XML.
 TEST(EscapeXml, TextAndAttributeEscapeDifferently) {
-  struct Case {
-    std::string_view raw, inText, inAttribute;
-  };
-  const Case cases[] = {
+  const std::tuple<std::string_view, std::string_view, std::string_view> cases[] = {
       {"a&b<c>d", "a&amp;b&lt;c&gt;d", "a&amp;b&lt;c&gt;d"},
       {"say \"hi\"", "say \"hi\"", "say &quot;hi&quot;"},
       {"one\r\ntwo\tthree", "one&#13;\ntwo\tthree", "one&#13;&#10;two&#9;three"},
       {"bell\x07gone", "bellgone", "bellgone"},
       {"工资 'ok'", "工资 'ok'", "工资 'ok'"},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(xlsx::escapeXml(c.raw), c.inText) << c.raw;
-    EXPECT_EQ(xlsx::escapeXml(c.raw, true), c.inAttribute) << c.raw;
+  for (const auto& [raw, inText, inAttribute] : cases) {
+    EXPECT_EQ(xlsx::escapeXml(raw), inText) << raw;
+    EXPECT_EQ(xlsx::escapeXml(raw, true), inAttribute) << raw;
   }
 }
 
