@@ -35,12 +35,8 @@ class SayNo : public RecordingUserInterface {
 };
 
 TEST(LineSplit, BreaksAreCrLfLoneCrOrLoneLfAndACrLfIsAddedAtTheEnd) {
-  struct Case {
-    const char16_t* code;
-    std::vector<std::u16string> lines;
-  };
   // clang-format off
-  const Case cases[] = {
+  const std::pair<std::u16string, std::vector<std::u16string>> cases[] = {
       {u"", {u""}}, {u"'a", {u"'a"}}, {u"'a\r\n'b", {u"'a", u"'b"}},
       // "\r\n" is appended after the last LF: one more (empty) line.
       {u"'a\n'b\n", {u"'a", u"'b", u""}}, {u"'a\r'b", {u"'a", u"'b"}},
@@ -48,17 +44,16 @@ TEST(LineSplit, BreaksAreCrLfLoneCrOrLoneLfAndACrLfIsAddedAtTheEnd) {
       {u"'a\r\n\r\n'b\r\n", {u"'a", u"", u"'b"}}, {u"\r\n", {u""}}, {u"'a\r\r\n", {u"'a", u""}},
   };
   // clang-format on
-  for (const Case& c : cases) {
-    SCOPED_TRACE(u8(c.code));
+  for (const auto& [code, lines] : cases) {
+    SCOPED_TRACE(u8(code));
     Harness h;
-    BasicEngine& e = runRaw(h, c.code);
+    BasicEngine& e = runRaw(h, code);
     EXPECT_EQ(e.ErrNum(), 0);
-    std::vector<std::u16string> lines;
-    for (std::int16_t i = 1; i <= e.LineCount(); ++i) lines.push_back(e.GetLineCode(i));
-    EXPECT_EQ(lines, c.lines);
-    EXPECT_EQ(e.CurrentLineNum(), static_cast<std::int16_t>(c.lines.size() + 1));
+    std::vector<std::u16string> split;
+    for (std::int16_t i = 1; i <= e.LineCount(); ++i) split.push_back(e.GetLineCode(i));
+    EXPECT_EQ(split, lines);
+    EXPECT_EQ(e.CurrentLineNum(), static_cast<std::int16_t>(lines.size() + 1));
     // The added break stays in CodeBlock; a text already ending in one gets none.
-    const std::u16string code(c.code);
     EXPECT_EQ(e.CodeBlock(), code.ends_with(u"\r\n") ? code : code + u"\r\n");
   }
 }

@@ -17,24 +17,22 @@
 namespace korvex::testing {
 namespace {
 
-struct ValueCase {
-  const char* expression;
-  const char* expected;  // describe() of the result
-};
+// An expression and describe() of its value.
+using ValueCase = std::pair<const char*, const char*>;
 
 class EvaluatesTo : public ::testing::TestWithParam<ValueCase> {};
 
 TEST_P(EvaluatesTo, Value) {
-  const ValueCase& c = GetParam();
+  const auto& [expression, expected] = GetParam();
   Harness f;
   f.engine.SetSysVar(u"A", Value::dbl(5));
   f.engine.SetSysVar(u"S", Value::string(u"abc"));
   f.engine.SetSysVar(u"N", Value::null());
   f.engine.SetSysVar(u"PLUS", Value::string(u"+"));
-  const Value v = Evaluate(contextOf(f.engine), fromUtf8(c.expression));
-  EXPECT_EQ(f.engine.ErrNum(), 0) << c.expression << ": " << toUtf8(f.engine.ErrMsg());
-  EXPECT_EQ(describe(v), c.expected) << c.expression;
-  EXPECT_TRUE(f.ui->messages().empty()) << c.expression;
+  const Value v = Evaluate(contextOf(f.engine), fromUtf8(expression));
+  EXPECT_EQ(f.engine.ErrNum(), 0) << expression << ": " << toUtf8(f.engine.ErrMsg());
+  EXPECT_EQ(describe(v), expected) << expression;
+  EXPECT_TRUE(f.ui->messages().empty()) << expression;
 }
 
 // clang-format off
@@ -326,23 +324,20 @@ TEST(TextHelpers, ClassifyTrimAndCompare) {
   EXPECT_FALSE(equalsNoCase(u"Loop", u"LOOPS"));
 }
 
-struct ParseCase {
-  const char16_t* text;
-  std::int32_t errNum;
-  std::vector<std::u16string> args;
-};
+// An argument list, the error number, and the arguments split from it.
+using ParseCase = std::tuple<const char16_t*, std::int32_t, std::vector<std::u16string>>;
 
 class ParasParse : public ::testing::TestWithParam<ParseCase> {};
 
 TEST_P(ParasParse, SplitsArguments) {
-  const ParseCase& c = GetParam();
+  const auto& [text, errNum, args] = GetParam();
   Paras p;
-  EXPECT_EQ(p.Parse(c.text), c.errNum) << toUtf8(c.text);
-  EXPECT_EQ(p.error().number, c.errNum);
-  if (c.errNum != 0) return;
-  ASSERT_EQ(p.Count(), c.args.size()) << toUtf8(c.text);
+  EXPECT_EQ(p.Parse(text), errNum) << toUtf8(text);
+  EXPECT_EQ(p.error().number, errNum);
+  if (errNum != 0) return;
+  ASSERT_EQ(p.Count(), args.size()) << toUtf8(text);
   for (std::size_t i = 1; i <= p.Count(); ++i) {
-    EXPECT_EQ(p.Item(i).Expression, c.args[i - 1]) << toUtf8(c.text);
+    EXPECT_EQ(p.Item(i).Expression, args[i - 1]) << toUtf8(text);
     EXPECT_EQ(p.Item(i).ParaIndex, static_cast<std::int16_t>(i - 1));
   }
 }

@@ -304,53 +304,49 @@ INSTANTIATE_TEST_SUITE_P(Statements, DirectCases, ::testing::ValuesIn(kDirectCas
 
 // ---- IsIfBlock -------------------------------------------------------------
 
-struct BlockCase {
-  const char16_t* line;
-  bool block;
-  std::int32_t errNum;
-};
-
 TEST(IsIfBlock, ClassifiesAndReportsTheIfErrors) {
   // clang-format off
-  const BlockCase cases[] = {
+  const std::tuple<const char16_t*, bool, std::int32_t> cases[] = {
       {u"If a Then", true, 0}, {u"  if a then ' note", true, 0},
       {u"If a = \"Then \" Then", true, 0}, {u"If a Then b = 1", false, 0},
       {u"If a Then b = \"x", false, 0}, {u"If a", false, 9}, {u"If a>1Then", false, 9},
       {u"If aThen", false, 9}, {u"Iff a Then", false, 1}, {u"If \"a Then", false, 2},
   };
   // clang-format on
-  for (const auto& c : cases) {
+  for (const auto& [line, block, errNum] : cases) {
     Harness h;
-    EXPECT_EQ(onLine(stmt::IsIfBlock, h.engine, c.line), c.block) << toUtf8(c.line);
-    EXPECT_EQ(h.engine.ErrNum(), c.errNum) << toUtf8(c.line);
+    EXPECT_EQ(onLine(stmt::IsIfBlock, h.engine, line), block) << toUtf8(line);
+    EXPECT_EQ(h.engine.ErrNum(), errNum) << toUtf8(line);
   }
 }
 
 // The entry a block statement pushes: its kind, its line and, for IF, the
 // raw condition value or, for DO, the condition text as written.
 TEST(FlagEntries, BlockStatementsKeepKindLineAndCondition) {
-  const struct {
-    StatementFn statement;
-    const char16_t* line;
-    std::vector<std::string> items;
-    std::int16_t ifs, dos;
-  } cases[] = {
-      {stmt::If, u"If 5 Then ' block", {"String:If", "Integer:3", "Double:5"}, 1, 0},
-      {stmt::Do, u"  do until 1 > 2 ' c", {"String:Do Until", "Integer:3", "String: 1 > 2 "}, 0, 1},
-  };
-  for (const auto& c : cases) {
+  // The statement, its line, the entry's items, and the IF and DO counts after it.
+  const std::tuple<StatementFn, const char16_t*, std::vector<std::string>, std::int16_t,
+                   std::int16_t>
+      cases[] = {
+          {stmt::If, u"If 5 Then ' block", {"String:If", "Integer:3", "Double:5"}, 1, 0},
+          {stmt::Do,
+           u"  do until 1 > 2 ' c",
+           {"String:Do Until", "Integer:3", "String: 1 > 2 "},
+           0,
+           1},
+      };
+  for (const auto& [statement, line, items, ifs, dos] : cases) {
     Harness h;
     h.engine.SetCurrentLineNum(3);
-    EXPECT_EQ(onLine(c.statement, h.engine, c.line), 0);
+    EXPECT_EQ(onLine(statement, h.engine, line), 0);
     EXPECT_EQ(h.engine.CurrentLineNum(), 4);
-    EXPECT_EQ(h.engine.IfCount(), c.ifs);
-    EXPECT_EQ(h.engine.DoCount(), c.dos);
+    EXPECT_EQ(h.engine.IfCount(), ifs);
+    EXPECT_EQ(h.engine.DoCount(), dos);
     const Value entry = h.engine.GetpopValueStmtFlag();
-    ASSERT_TRUE(entry.isArray()) << u8(c.line);
+    ASSERT_TRUE(entry.isArray()) << u8(line);
     EXPECT_EQ(entry.arrayValue().lbound(0), 1);
-    std::vector<std::string> items;
-    for (const Value& v : entry.arrayValue().elements()) items.push_back(describe(v));
-    EXPECT_EQ(items, c.items);
+    std::vector<std::string> got;
+    for (const Value& v : entry.arrayValue().elements()) got.push_back(describe(v));
+    EXPECT_EQ(got, items);
   }
 }
 

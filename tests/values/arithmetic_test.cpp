@@ -15,13 +15,6 @@ const Locale& zh = Locale::zhCN();
 
 using BinaryOp = Value (*)(const Value&, const Value&, const Locale&);
 
-struct Case {
-  BinaryOp op;
-  Value l, r;
-  VarType type;
-  std::u16string_view text;  // the result's string form
-};
-
 Value I(std::int16_t v) { return Value::integer(v); }
 Value L(std::int32_t v) { return Value::lng(v); }
 Value D(double v) { return Value::dbl(v); }
@@ -36,8 +29,9 @@ TEST(Arithmetic, PromotionTable) {
   using enum VarType;
   const BinaryOp add = vb::add, sub = vb::subtract, mul = vb::multiply, div = vb::divide,
                  pow = vb::power;
+  // The operation, its operands, and the type and string form of the result.
   // clang-format off
-  const Case cases[] = {
+  const std::tuple<BinaryOp, Value, Value, VarType, std::u16string_view> cases[] = {
       // Integer overflow widens to Long, Long overflow to Double
       {add, I(1), I(2), Integer, u"3"}, {add, I(32767), I(1), Long, u"32768"},
       {sub, I(-32768), I(1), Long, u"-32769"}, {add, L(2147483647), L(1), Double, u"2147483648"},
@@ -68,11 +62,11 @@ TEST(Arithmetic, PromotionTable) {
       {pow, D(4), D(0.5), Double, u"2"},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    const Value v = c.op(c.l, c.r, zh);
-    const std::string row = testing::describe(c.l) + " with " + testing::describe(c.r);
-    EXPECT_EQ(v.type(), c.type) << row << " gave " << typeName(v.type());
-    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text)) << row;
+  for (const auto& [op, l, r, type, text] : cases) {
+    const Value v = op(l, r, zh);
+    const std::string row = testing::describe(l) + " with " + testing::describe(r);
+    EXPECT_EQ(v.type(), type) << row << " gave " << typeName(v.type());
+    EXPECT_EQ(u8(vb::toString(v, zh)), u8(text)) << row;
   }
 }
 
@@ -107,22 +101,18 @@ TEST(Arithmetic, Errors) {
 }
 
 TEST(Negate, KeepsTypeAndPromotesAtTheEdge) {
-  const struct {
-    Value v;
-    VarType type;
-    std::u16string_view text;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::tuple<Value, VarType, std::u16string_view> cases[] = {
       {I(5), VarType::Integer, u"-5"}, {I(-32768), VarType::Long, u"32768"},
       {L(-2147483647 - 1), VarType::Double, u"2147483648"}, {D(2.5), VarType::Double, u"-2.5"},
       {C(15000), VarType::Currency, u"-1.5"}, {B(true), VarType::Integer, u"1"},
       {Value(), VarType::Integer, u"0"}, {S(u"3"), VarType::Double, u"-3"},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    const Value v = vb::negate(c.v, zh);
-    EXPECT_EQ(v.type(), c.type) << u8(c.text);
-    EXPECT_EQ(u8(vb::toString(v, zh)), u8(c.text));
+  for (const auto& [in, type, text] : cases) {
+    const Value v = vb::negate(in, zh);
+    EXPECT_EQ(v.type(), type) << u8(text);
+    EXPECT_EQ(u8(vb::toString(v, zh)), u8(text));
   }
   EXPECT_EQ(errorOf([] { vb::negate(C(INT64_MIN), zh); }), 6);
 }
@@ -139,11 +129,8 @@ TEST(Concat, StringFormsAndNull) {
 
 TEST(CompareValues, OrderingTable) {
   const Value one = I(1), two = I(2), five = I(5);
-  const struct {
-    Value l, r;
-    int expected;
-    // clang-format off
-  } cases[] = {
+  // clang-format off
+  const std::tuple<Value, Value, int> cases[] = {
       // numbers of any type by value; True is -1, a Date its serial
       {one, two, -1}, {two, D(2.0), 0}, {L(3), D(2.5), 1}, {C(1), C(2), -1}, {C(20000), two, 0},
       {B(true), I(-1), 0}, {Dt(2005, 3, 1), L(38412), 0},
@@ -155,11 +142,11 @@ TEST(CompareValues, OrderingTable) {
       {S(u"a"), Value(), 1}, {Value(), Value(), 0},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    const std::string row = testing::describe(c.l) + " vs " + testing::describe(c.r);
-    const auto r = vb::compareValues(c.l, c.r, zh);
-    ASSERT_TRUE(r.has_value()) << row;
-    EXPECT_EQ(*r, c.expected) << row;
+  for (const auto& [l, r, expected] : cases) {
+    const std::string row = testing::describe(l) + " vs " + testing::describe(r);
+    const auto order = vb::compareValues(l, r, zh);
+    ASSERT_TRUE(order.has_value()) << row;
+    EXPECT_EQ(*order, expected) << row;
   }
 }
 
@@ -192,20 +179,14 @@ TEST(Compare, ObjectsAndArraysMismatch) {
 TEST(CurrencyProduct, PortableMatchesNative) {
   constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
   constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-  struct Exact {
-    std::int64_t a, b;
-    std::optional<std::int64_t> product;
-  };
   // Ties go to the even neighbour; the most negative amount fits, its negation does not.
-  const Exact exact[] = {
+  const std::tuple<std::int64_t, std::int64_t, std::optional<std::int64_t>> exact[] = {
       {15000, 15000, 22500}, {5000, 1, 0},      {15000, 1, 2},       {-15000, 1, -2},
       {-25000, -1, 2},       {5001, 1, 1},      {kMin, 10000, kMin}, {kMax, 10000, kMax},
       {kMin, -10000, {}},    {kMax, 10001, {}}, {kMax, kMax, {}},    {kMin, kMin, {}},
   };
-  for (const auto& product : {vb::currencyProduct, vb::currencyProductPortable}) {
-    for (const Exact& e : exact) {
-      EXPECT_EQ(product(e.a, e.b), e.product) << e.a << " * " << e.b;
-    }
+  for (const auto& multiply : {vb::currencyProduct, vb::currencyProductPortable}) {
+    for (const auto& [a, b, product] : exact) EXPECT_EQ(multiply(a, b), product) << a << " * " << b;
   }
 #ifdef __SIZEOF_INT128__  // here currencyProduct is the native one
   const std::int64_t edges[] = {

@@ -14,12 +14,6 @@
 namespace korvex::vb {
 namespace {
 
-struct NumberCase {
-  double value;
-  const char* format;
-  const char* expected;
-};
-
 std::string fmt(const Value& v, const char* f, const Locale& loc = Locale::zhCN()) {
   return toUtf8(format(v, fromUtf8(f), loc));
 }
@@ -43,7 +37,7 @@ void expectAll(const std::vector<FormatCase>& cases, const Locale& loc) {
 
 TEST(FormatNumber, UserDefinedPatterns) {
   // clang-format off
-  const std::vector<NumberCase> cases = {
+  const std::tuple<double, const char*, const char*> cases[] = {
       // digit placeholders
       {5, "0", "5"}, {-5, "0", "-5"}, {0.5, "0", "1"},
       {2.5, "0", "3"},  // Format rounds half away from zero, unlike Round
@@ -88,9 +82,8 @@ TEST(FormatNumber, UserDefinedPatterns) {
       {0, "#,##0;;\\零", "零"},
   };
   // clang-format on
-  for (const auto& c : cases) {
-    EXPECT_EQ(fmt(Value::dbl(c.value), c.format), c.expected)
-        << c.value << " with \"" << c.format << "\"";
+  for (const auto& [value, pattern, expected] : cases) {
+    EXPECT_EQ(fmt(Value::dbl(value), pattern), expected) << value << " with \"" << pattern << "\"";
   }
 }
 

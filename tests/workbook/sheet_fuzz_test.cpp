@@ -115,14 +115,12 @@ class SheetGenerator {
 
   // The cell's type attribute; fills its content and what it holds.
   std::string cellBody(const std::string& p, std::string& body, std::string& holds, bool& wide) {
-    struct Inline {
-      const char *xml, *text;
+    // An inline string's XML and the text it holds.
+    static const std::pair<const char*, const char*> kInline[] = {
+        {"a&amp;b", "a&b"},         {"&#x4E2D;&#25991;", "中文"},
+        {"<![CDATA[x<y]]>", "x<y"}, {"caf\xC3\xA9", "café"},
+        {" sp ", " sp "},
     };
-    static const Inline kInline[] = {{"a&amp;b", "a&b"},
-                                     {"&#x4E2D;&#25991;", "中文"},
-                                     {"<![CDATA[x<y]]>", "x<y"},
-                                     {"caf\xC3\xA9", "café"},
-                                     {" sp ", " sp "}};
     switch (pick(5)) {
       case 0: {
         const double v = pick(1000) / 4.0;
@@ -131,13 +129,13 @@ class SheetGenerator {
         return "";
       }
       case 1: {
-        const Inline& s = kInline[pick(5)];
-        wide = wide || std::string_view(s.text) == "中文";
+        const auto& [xml, text] = kInline[pick(5)];
+        wide = wide || std::string_view(text) == "中文";
         body = pick(2)
-                   ? "<" + p + "is><" + p + "t>" + s.xml + "</" + p + "t></" + p + "is>"
-                   : "<" + p + "is><" + p + "r><" + p + "t>" + s.xml + "</" + p + "t></" + p +
-                         "r><" + p + "rPh><" + p + "t>x</" + p + "t></" + p + "rPh></" + p + "is>";
-        holds = std::string("s:") + s.text;
+                   ? "<" + p + "is><" + p + "t>" + xml + "</" + p + "t></" + p + "is>"
+                   : "<" + p + "is><" + p + "r><" + p + "t>" + xml + "</" + p + "t></" + p + "r><" +
+                         p + "rPh><" + p + "t>x</" + p + "t></" + p + "rPh></" + p + "is>";
+        holds = std::string("s:") + text;
         return " t=\"inlineStr\"";
       }
       case 2: {

@@ -35,20 +35,19 @@ inline std::map<std::string, std::string> sampleParts() {
   bookRels = rels;
   // Each part of xl/, its content type (also the type of the workbook's
   // relationship to it) and the target the workbook names, both forms.
-  const struct {
-    const char *part, *type, *target;
-  } kParts[] = {{"workbook", "sheet.main", nullptr},
-                {"worksheets/sheet1", "worksheet", "worksheets/sheet1.xml"},
-                {"worksheets/sheet2", "worksheet", "/xl/worksheets/sheet2.xml"},
-                {"styles", "styles", "styles.xml"},
-                {"sharedStrings", "sharedStrings", "sharedStrings.xml"},
-                {"calcChain", "calcChain", "calcChain.xml"}};
+  const std::tuple<const char*, const char*, const char*> kParts[] = {
+      {"workbook", "sheet.main", nullptr},
+      {"worksheets/sheet1", "worksheet", "worksheets/sheet1.xml"},
+      {"worksheets/sheet2", "worksheet", "/xl/worksheets/sheet2.xml"},
+      {"styles", "styles", "styles.xml"},
+      {"sharedStrings", "sharedStrings", "sharedStrings.xml"},
+      {"calcChain", "calcChain", "calcChain.xml"}};
   int id = 0;
-  for (const auto& part : kParts) {
-    types += std::string("<Override PartName=\"/xl/") + part.part +
+  for (const auto& [part, type, target] : kParts) {
+    types += std::string("<Override PartName=\"/xl/") + part +
              ".xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml." +
-             part.type + "+xml\"/>";
-    if (part.target != nullptr) bookRels += relation(++id, part.type, part.target);
+             type + "+xml\"/>";
+    if (target != nullptr) bookRels += relation(++id, type, target);
   }
   types += "</Types>";
   bookRels += "</Relationships>";

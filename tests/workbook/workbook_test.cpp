@@ -254,24 +254,17 @@ TEST(Workbook, RangesTakeArraysFromTheirLowerBounds) {
 
 TEST(Workbook, RefusesWhatASheetCannotHold) {
   auto book = Workbook::createNew();
-  struct Case {
-    Value sheet;
-    std::int32_t row, column;
-    std::int32_t number;
-  } const kCases[] = {
-      {Value::lng(2), 1, 1, 9},
-      {Value::lng(0), 1, 1, 9},
-      {Value::lng(1), 1048577, 1, 1004},
-      {Value::lng(1), 1, 16385, 1004},
-  };
-  for (const auto& c : kCases) {
-    const DispatchResult sheet = book->sheet(c.sheet);
+  // The sheet, the row and column of a cell on it, and the error number.
+  const std::tuple<std::int32_t, std::int32_t, std::int32_t, std::int32_t> kCases[] = {
+      {2, 1, 1, 9}, {0, 1, 1, 9}, {1, 1048577, 1, 1004}, {1, 1, 16385, 1004}};
+  for (const auto& [index, row, column, number] : kCases) {
+    const DispatchResult sheet = book->sheet(Value::lng(index));
     DispatchResult r = sheet;
     if (sheet.ok()) {
-      const std::array<Value, 2> at{Value::lng(c.row), Value::lng(c.column)};
+      const std::array<Value, 2> at{Value::lng(row), Value::lng(column)};
       r = sheet.value.objectValue()->getProperty(u"Cells", at);
     }
-    EXPECT_EQ(r.number, c.number) << c.row << "," << c.column;
+    EXPECT_EQ(r.number, number) << row << "," << column;
     EXPECT_FALSE(r.description.empty());
   }
   const std::array<Value, 2> last{Value::lng(1048576), Value::lng(16384)};
