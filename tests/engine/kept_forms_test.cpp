@@ -19,18 +19,13 @@ std::string summary(BasicEngine& engine, const RunResult& r) {
          " X=" + describe(engine.GetVarValue(u"X"));
 }
 
-struct StateChange {
-  const char* name;
-  const char* script;
-  std::function<void(BasicEngine&)> before;  // the state of the first run
-  std::function<void(BasicEngine&)> after;   // the state of the second
-};
-
 std::shared_ptr<MemoryRecordset> record(std::u16string field, Value value) {
   return MemoryRecordset::create({std::move(field)}, {{std::move(value)}});
 }
 
-const StateChange kChanges[] = {
+// A name, the script, the state of the first run and the state of the second.
+using Set = std::function<void(BasicEngine&)>;
+const std::tuple<const char*, const char*, Set, Set> kChanges[] = {
     {"field_of_one_record_set_only", "DIM x\nx = 工号 & \"\"",
      [](BasicEngine& e) { e.SetRecordSet(record(u"工号", Value::string(u"001"))); },
      [](BasicEngine& e) { e.SetRecordSet(record(u"姓名", Value::string(u"张三"))); }},
@@ -57,19 +52,19 @@ const StateChange kChanges[] = {
 };
 
 TEST(KeptForms, SecondRunAfterAStateChangeMatchesAFreshEngine) {
-  for (const StateChange& c : kChanges) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, script, before, after] : kChanges) {
+    SCOPED_TRACE(name);
     BasicEngine kept;
-    kept.SetCodeBlock(scriptText(c.script));
-    c.before(kept);
+    kept.SetCodeBlock(scriptText(script));
+    before(kept);
     const std::string first = summary(kept, kept.Run());
-    c.after(kept);
+    after(kept);
     kept.SetSysVar(u"X", Value());
     const std::string second = summary(kept, kept.Run());
 
     BasicEngine fresh;
-    fresh.SetCodeBlock(scriptText(c.script));
-    c.after(fresh);
+    fresh.SetCodeBlock(scriptText(script));
+    after(fresh);
     EXPECT_EQ(second, summary(fresh, fresh.Run()));
     // The change matters: otherwise the case proves nothing.
     EXPECT_NE(first, second);
