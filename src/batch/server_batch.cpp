@@ -325,7 +325,8 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
                                              bool reuse) {
   DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection);
   if (!opened.ok()) {
-    error = "无法连接数据库 '" + connection + "': " + toUtf8(opened.error().message);
+    error =
+        "无法连接数据库 '" + shownConnection(connection) + "': " + toUtf8(opened.error().message);
     return std::nullopt;
   }
   PostgresDatabase db = std::move(opened).value();

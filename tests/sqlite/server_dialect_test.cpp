@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex::ds {
@@ -107,6 +108,19 @@ TEST(ServerDialect, SteadyQueriesAndServerNames) {
       {"Data Source=pay.db", false},
   };
   for (const auto& [name, server] : names) EXPECT_EQ(namesServer(name), server) << name;
+  // What scripts and messages see of a connection string: no password.
+  const std::pair<const char*, const char*> shown[] = {
+      {"postgresql://clerk:s3cret@db:5432/payroll?sslmode=require",
+       "postgresql://clerk:***@db:5432/payroll?sslmode=require"},
+      {"postgres://clerk:a@b@db/payroll", "postgres://clerk:***@db/payroll"},
+      {"postgres://db/payroll?user=clerk&password=s3cret&sslmode=disable",
+       "postgres://db/payroll?user=clerk&password=***&sslmode=disable"},
+      {"host=db password = 'a b\\'c' user=clerk", "host=db password = *** user=clerk"},
+      {"password=s3cret", "password=***"},
+      {"host=db mypassword=x password=y", "host=db mypassword=x password=***"},
+      {"postgresql://clerk@db/payroll", "postgresql://clerk@db/payroll"},
+  };
+  for (const auto& [connection, seen] : shown) EXPECT_EQ(shownConnection(connection), seen);
 }
 
 }  // namespace
