@@ -120,7 +120,7 @@ class WorkerSessions : public std::enable_shared_from_this<WorkerSessions> {
 // columns it shows (by the table's names) and the table's primary key.
 struct Shape {
   std::u16string run;
-  std::u16string table;
+  std::u16string table;  // as the server writes it, with its schema where needed
   std::vector<std::u16string> fieldNames;
   std::vector<std::u16string> origins;
   std::vector<std::u16string> key;
@@ -162,7 +162,7 @@ class SharedMonth {
           db_.query(u"DELETE FROM korvex_claims WHERE run = $1", std::span(rows).first(1));
       if (done.ok()) {
         done = db_.query(u"INSERT INTO korvex_claims (run, row_key) SELECT $1, " +
-                             keyExpression(shape_.key) + u" FROM " + quoted(shape_.table) +
+                             keyExpression(shape_.key) + u" FROM " + shape_.table +
                              u" WHERE ctid = ANY(CAST($2 AS tid ARRAY))",
                          rows);
       }
@@ -235,7 +235,7 @@ class SharedMonth {
       select += (i == 0 ? u"" : u", ") + quoted(shape_.origins[i]);
     }
     const std::u16string key = keyExpression(shape_.key);
-    select += u" FROM " + quoted(shape_.table) + u" WHERE " + key +
+    select += u" FROM " + shape_.table + u" WHERE " + key +
               u" = ANY(CAST($1 AS text ARRAY)) ORDER BY " + key + u" FOR UPDATE";
     const std::array<Value, 1> claimed{textArray(keys)};
     DatabaseResult<SqlResult> rows = db_.query(select, claimed);
@@ -291,6 +291,15 @@ class SharedMonth {
   Shape shape_;
   const std::atomic<bool>* stop_;
 };
+
+// The record's table as a name that reaches it from this session: with
+// its schema when another table of that name comes first on the path.
+std::optional<std::u16string> tableName(PostgresDatabase& db, const Value& table) {
+  const std::array<Value, 1> oid{table};
+  DatabaseResult<SqlResult> name = db.query(u"SELECT CAST($1 AS oid)::regclass::text", oid);
+  if (!name.ok() || name.value().rows.empty()) return std::nullopt;
+  return name.value().rows.at(0).at(0).stringValue();
+}
 
 // The primary key of the record's table, by the table's number.
 std::optional<std::vector<std::u16string>> primaryKey(PostgresDatabase& db, const Value& table) {
@@ -373,13 +382,18 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
   }
   Shape shape;
   shape.run = text(recordQuery);
-  shape.table = result.columns.at(0).table;
   shape.fieldNames = batch.table.fieldNames;
   for (const SqlColumn& c : result.columns) shape.origins.push_back(c.origin);
   // The identity is where the row lies, its writer and its table (last).
-  const SqlCell& table = result.rowIdentities.at(0).back();
-  const std::optional<std::vector<std::u16string>> key =
-      primaryKey(db, Value::string(fromUtf8(std::get<std::string>(table))));
+  const Value table =
+      Value::string(fromUtf8(std::get<std::string>(result.rowIdentities.at(0).back())));
+  const std::optional<std::u16string> name = tableName(db, table);
+  if (!name) {
+    error = "找不到 --record 的表 " + toUtf8(result.columns.at(0).table);
+    return std::nullopt;
+  }
+  shape.table = *name;
+  const std::optional<std::vector<std::u16string>> key = primaryKey(db, table);
   if (!key) {
     error = "表 " + toUtf8(shape.table) + " 没有主键: 多个进程分担的批处理按主键认领行";
     return std::nullopt;
