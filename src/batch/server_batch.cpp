@@ -167,6 +167,11 @@ class SharedMonth {
                          rows);
       }
       if (!done.ok()) return fail(done.error());
+      // A row another client changed between the two statements is no longer
+      // where the query saw it: unclaimed, it would never be computed.
+      if (done.value().changed != static_cast<std::int64_t>(places.size())) {
+        return fail(DatabaseFailure{u"记录的行在列出时被其他连接修改, 未认领任何行; 请重新运行"});
+      }
     }
     if (DatabaseResult<> committed = db_.commit(); !committed.ok()) return committed.error();
     const DatabaseResult<SqlResult> all =
