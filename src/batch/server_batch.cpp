@@ -283,13 +283,17 @@ class SharedMonth {
       f.row += total.rows;
       total.failures.push_back(std::move(f));
     }
+    if (!part.committed) {
+      // Rolled back: none of the group's rows counts as done by this process.
+      total.error = part.error;
+      return false;
+    }
     total.rows += part.done;
     total.done += part.done;
     total.failed += part.failed;
     total.changedRows += part.changedRows;
     total.changedFields += part.changedFields;
-    if (!part.committed) total.error = part.error;
-    return part.committed;
+    return true;
   }
 
   PostgresDatabase db_;
