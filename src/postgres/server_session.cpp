@@ -168,8 +168,11 @@ bool ServerSession::reusable() const noexcept {
 void ServerSession::fail(const PGresult* result) const {
   const char* primary = result ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
   std::string why = primary != nullptr ? primary : PQerrorMessage(conn_);
+  // A lost server says so over several lines of its own: the first is enough.
+  const bool lost = PQstatus(conn_) != CONNECTION_OK;
+  if (lost) why = why.substr(0, why.find('\n'));
   while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
-  throw DbError(fromUtf8(why));
+  throw DbError(fromUtf8(lost ? "与数据库服务器的连接已断开: " + why : why));
 }
 
 bool ServerSession::inTransaction() const { return PQtransactionStatus(conn_) != PQTRANS_IDLE; }
