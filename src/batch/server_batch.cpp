@@ -210,6 +210,16 @@ class SharedMonth {
     return failure;
   }
 
+  // A group's statement failed, or was cancelled by the stop.
+  void failed(const DatabaseFailure& failure, BatchSummary& total) {
+    (void)db_.rollback();
+    if (stop_ != nullptr && stop_->load()) {
+      total.interrupted = true;
+    } else {
+      total.error = failure.message;
+    }
+  }
+
   // Begins the group's transaction and takes the next open claims no other
   // process holds.
   std::optional<std::vector<std::u16string>> claim(BatchSummary& total) {
@@ -223,8 +233,7 @@ class SharedMonth {
                          args)
                    : DatabaseResult<SqlResult>(begun.error());
     if (!rows.ok()) {
-      (void)db_.rollback();
-      total.error = rows.error().message;
+      failed(rows.error(), total);
       return std::nullopt;
     }
     std::vector<std::u16string> keys;
@@ -245,8 +254,7 @@ class SharedMonth {
     const std::array<Value, 1> claimed{textArray(keys)};
     DatabaseResult<SqlResult> rows = db_.query(select, claimed);
     if (!rows.ok()) {
-      (void)db_.rollback();
-      total.error = rows.error().message;
+      failed(rows.error(), total);
       return false;
     }
     BatchTable table;
@@ -341,7 +349,9 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
                                              const std::string& recordQuery, bool forWriting,
                                              const std::atomic<bool>* stop, std::string& error,
                                              bool reuse) {
-  DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection);
+  // Interrupted by the stop, not only between groups: a row another
+  // client holds locked would keep the group waiting.
+  DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection, stop);
   if (!opened.ok()) {
     error =
         "无法连接数据库 '" + shownConnection(connection) + "': " + toUtf8(opened.error().message);
