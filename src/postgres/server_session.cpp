@@ -103,6 +103,22 @@ bool plainSelectList(std::string_view sql, std::size_t from) {
 constexpr std::array<std::u16string_view, 3> kIdentity{u"ctid", u"xmin", u"tableoid"};
 constexpr std::string_view kIdentityColumns = ", ctid, xmin, tableoid ";
 
+// A statement that leaves something in the session beyond its transaction
+// (a search path, a temporary table, a prepared statement): the next
+// connection, which expects a session as new, must not get it.
+bool changesSession(std::string_view statement) {
+  const std::string word = firstWord(statement);
+  for (std::string_view w : {"SET", "RESET", "DISCARD", "PREPARE", "DECLARE", "LISTEN", "LOAD"}) {
+    if (word == w) return true;
+  }
+  for (const SqlToken& t : sqlTokens(statement)) {
+    if (t.kind != SqlTokenKind::Word) continue;
+    const std::string_view w = statement.substr(t.begin, t.size);
+    if (isWord(w, "TEMP") || isWord(w, "TEMPORARY")) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
@@ -160,7 +176,9 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
 ServerSession::~ServerSession() { PQfinish(conn_); }
 
 bool ServerSession::reusable() const noexcept {
-  if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_) return false;
+  if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_ || settingsChanged_) {
+    return false;
+  }
   const PGTransactionStatusType state = PQtransactionStatus(conn_);
   return readOnlyBegin_.empty() ? state == PQTRANS_IDLE && !enclosing_ : state == PQTRANS_INTRANS;
 }
@@ -432,6 +450,7 @@ ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> par
     const ServerText adapted = adaptForServer(fromUtf8(indexed ? *indexed : std::string(one)));
     if (adapted.usesDomains) makeDomains();
     const std::string text = toUtf8(adapted.sql);
+    settingsChanged_ = settingsChanged_ || changesSession(text);
     if (const TransactionWord word = transactionWord(text); word != TransactionWord::None) {
       userTransaction(word);
       result = ResultSet{};
