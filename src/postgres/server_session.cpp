@@ -126,8 +126,17 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
     : connection_(connection), interrupt_(access.interrupt) {
   const bool readOnly = access.readOnly;
   const std::string database = toUtf8(catalog);
-  const char* keys[] = {"dbname", catalog.empty() ? nullptr : "dbname", nullptr};
-  const char* values[] = {connection.c_str(), database.c_str(), nullptr};
+  // A server that stops answering (its machine gone, the network cut) is
+  // found out in about a minute, not after the system's two hours of
+  // silence; the connection string may say otherwise, as it comes after.
+  const char* keys[] = {"connect_timeout",
+                        "keepalives_idle",
+                        "keepalives_interval",
+                        "keepalives_count",
+                        "dbname",
+                        catalog.empty() ? nullptr : "dbname",
+                        nullptr};
+  const char* values[] = {"15", "30", "10", "3", connection.c_str(), database.c_str(), nullptr};
   conn_ = PQconnectdbParams(keys, values, 1);
   if (conn_ == nullptr || PQstatus(conn_) != CONNECTION_OK) {
     std::string why = conn_ != nullptr ? PQerrorMessage(conn_) : "out of memory";
