@@ -404,8 +404,18 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
   shape.fieldNames = batch.table.fieldNames;
   for (const SqlColumn& c : result.columns) shape.origins.push_back(c.origin);
   // The identity is where the row lies, its writer and its table (last).
-  const Value table =
-      Value::string(fromUtf8(std::get<std::string>(result.rowIdentities.at(0).back())));
+  // Rows of several tables (partitions, inherited tables) share places, by
+  // which the claims are listed: one place could name another table's row.
+  const SqlCell& first = result.rowIdentities.at(0).back();
+  for (const auto& id : result.rowIdentities) {
+    if (id.back() != first) {
+      error =
+          "--record 的行来自多个表 (分区或继承的表), 多个进程分担的批处理无法认领; "
+          "请对其中一个表运行";
+      return std::nullopt;
+    }
+  }
+  const Value table = Value::string(fromUtf8(std::get<std::string>(first)));
   const std::optional<std::u16string> name = tableName(db, table);
   if (!name) {
     error = "找不到 --record 的表 " + toUtf8(result.columns.at(0).table);
