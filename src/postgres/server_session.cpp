@@ -22,10 +22,13 @@ namespace {
 // written in ISO form (and month first where a text is ambiguous), and the
 // payroll database's functions the server lacks or has with another
 // meaning, in the session's own schema so that nothing is left behind.
+// Its transactions wait on the scripts by design (a run's, a group's, the
+// batch's snapshot): a site's limit on idle transactions must not end them.
 constexpr std::string_view kSessionSetup = R"SQL(
 SET datestyle = 'ISO, MDY';
 SET client_encoding = 'UTF8';
 SET client_min_messages = warning;
+SET idle_in_transaction_session_timeout = 0;
 CREATE FUNCTION pg_temp.korvex_year(date) RETURNS integer LANGUAGE sql IMMUTABLE
   AS 'SELECT extract(year FROM $1)::integer';
 CREATE FUNCTION pg_temp.korvex_year(timestamp) RETURNS integer LANGUAGE sql IMMUTABLE
