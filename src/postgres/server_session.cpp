@@ -463,7 +463,15 @@ ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> par
     if (adapted.usesDomains) makeDomains();
     const std::string text = toUtf8(adapted.sql);
     settingsChanged_ = settingsChanged_ || changesSession(text);
-    if (const TransactionWord word = transactionWord(text); word != TransactionWord::None) {
+    if (const TransactionWord word = transactionWord(text); word == TransactionWord::Ends) {
+      // The host's transaction is the run's: ended here, the run's writes
+      // before would stay whatever became of the run.
+      if (enclosing_ && readOnlyBegin_.empty()) {
+        throw DbError(
+            u"this statement would end the run's transaction: "
+            u"a script ends its own with COMMIT or ROLLBACK");
+      }
+    } else if (word != TransactionWord::None) {
       userTransaction(word);
       result = ResultSet{};
       continue;

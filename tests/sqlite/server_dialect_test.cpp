@@ -71,6 +71,13 @@ TEST(ServerDialect, CutsAndClassifiesStatements) {
       {"END", TransactionWord::Commit},
       {"rollback", TransactionWord::Rollback},
       {"rollback to korvex_user", TransactionWord::None},
+      {"commit work", TransactionWord::Commit},
+      {"begin tran", TransactionWord::Begin},
+      {"abort", TransactionWord::Ends},
+      {"commit and chain", TransactionWord::Ends},
+      {"rollback work to savepoint s", TransactionWord::None},
+      {"prepare transaction 'x'", TransactionWord::Ends},
+      {"commit prepared 'x'", TransactionWord::Ends},
       {"begin; select 1", TransactionWord::None},
       {"select 1", TransactionWord::None},
   };
