@@ -32,8 +32,9 @@ case "${1:-}" in
       echo "pg_server: no PostgreSQL server binaries found" >&2
       exit 1
     fi
+    # The folder stays private (mktemp makes it so): the socket in it lets
+    # anyone who reaches it in as the superuser, without a password.
     dir=$(mktemp -d "${TMPDIR:-/tmp}/korvex-pg.XXXXXX")
-    chmod 755 "$dir"
     if [ "$(id -u)" = "0" ]; then
       if ! id postgres >/dev/null 2>&1; then
         echo "pg_server: running as root and there is no postgres user" >&2
@@ -49,7 +50,7 @@ case "${1:-}" in
     fi
     # Only the socket in the folder; durability is not what a test needs.
     if ! as_owner "$bindir/pg_ctl" -D "$dir/data" -l "$dir/server.log" -w -t 60 \
-        -o "-c listen_addresses='' -k $dir -c fsync=off -c synchronous_commit=off -c full_page_writes=off -c max_connections=200" \
+        -o "-c listen_addresses='' -k $dir -c unix_socket_permissions=0700 -c fsync=off -c synchronous_commit=off -c full_page_writes=off -c max_connections=200" \
         start >/dev/null 2>&1; then
       echo "pg_server: the server did not start (see $dir/server.log)" >&2
       exit 1

@@ -17,6 +17,7 @@
 // DispatchResult values, as for SQLite.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <span>
@@ -50,7 +51,10 @@ std::shared_ptr<ObjectFactory> postgresObjectFactory(std::shared_ptr<SqlLog> log
 /// and queries around the scripts. Copies share the session.
 class PostgresDatabase {
  public:
-  static DatabaseResult<PostgresDatabase> open(const std::string& connection);
+  /// While `interrupt` is raised, the statement running is cancelled and
+  /// every statement after it refused.
+  static DatabaseResult<PostgresDatabase> open(const std::string& connection,
+                                               const std::atomic<bool>* interrupt = nullptr);
 
   /// Runs statements (one or more, separated by ";") as written.
   DatabaseResult<> execute(std::string_view sql);

@@ -130,6 +130,11 @@ DispatchResult openConnection(ObjectFactory& factory, std::u16string_view connec
 /// whatever characters its name holds.
 std::u16string dataSource(std::string_view path);
 
+/// A connection string as it may be shown to scripts and in messages: the
+/// value of a password=... setting and the password of a postgresql://
+/// address replaced by "***", the rest as written.
+std::string shownConnection(std::string_view connection);
+
 /// A host object whose member "Connect" is the given connection: what a
 /// host hands the engine as its Parent.
 ObjectRef connectParent(ObjectRef connection);

@@ -52,7 +52,7 @@ bool openDatabaseFile(ObjectFactory& objects, const std::string& path, ObjectRef
   if (isServerDatabase(path)) {
     DispatchResult opened = openConnection(objects, fromUtf8(path));
     if (!opened.ok()) {
-      error = "无法连接数据库 '" + path + "': " + toUtf8(opened.description);
+      error = "无法连接数据库 '" + shownConnection(path) + "': " + toUtf8(opened.description);
       return false;
     }
     connection = opened.value.objectValue();

@@ -120,7 +120,7 @@ class WorkerSessions : public std::enable_shared_from_this<WorkerSessions> {
 // columns it shows (by the table's names) and the table's primary key.
 struct Shape {
   std::u16string run;
-  std::u16string table;
+  std::u16string table;  // as the server writes it, with its schema where needed
   std::vector<std::u16string> fieldNames;
   std::vector<std::u16string> origins;
   std::vector<std::u16string> key;
@@ -162,11 +162,16 @@ class SharedMonth {
           db_.query(u"DELETE FROM korvex_claims WHERE run = $1", std::span(rows).first(1));
       if (done.ok()) {
         done = db_.query(u"INSERT INTO korvex_claims (run, row_key) SELECT $1, " +
-                             keyExpression(shape_.key) + u" FROM " + quoted(shape_.table) +
+                             keyExpression(shape_.key) + u" FROM " + shape_.table +
                              u" WHERE ctid = ANY(CAST($2 AS tid ARRAY))",
                          rows);
       }
       if (!done.ok()) return fail(done.error());
+      // A row another client changed between the two statements is no longer
+      // where the query saw it: unclaimed, it would never be computed.
+      if (done.value().changed != static_cast<std::int64_t>(places.size())) {
+        return fail(DatabaseFailure{u"记录的行在列出时被其他连接修改, 未认领任何行; 请重新运行"});
+      }
     }
     if (DatabaseResult<> committed = db_.commit(); !committed.ok()) return committed.error();
     const DatabaseResult<SqlResult> all =
@@ -205,6 +210,16 @@ class SharedMonth {
     return failure;
   }
 
+  // A group's statement failed, or was cancelled by the stop.
+  void failed(const DatabaseFailure& failure, BatchSummary& total) {
+    (void)db_.rollback();
+    if (stop_ != nullptr && stop_->load()) {
+      total.interrupted = true;
+    } else {
+      total.error = failure.message;
+    }
+  }
+
   // Begins the group's transaction and takes the next open claims no other
   // process holds.
   std::optional<std::vector<std::u16string>> claim(BatchSummary& total) {
@@ -218,8 +233,7 @@ class SharedMonth {
                          args)
                    : DatabaseResult<SqlResult>(begun.error());
     if (!rows.ok()) {
-      (void)db_.rollback();
-      total.error = rows.error().message;
+      failed(rows.error(), total);
       return std::nullopt;
     }
     std::vector<std::u16string> keys;
@@ -235,13 +249,12 @@ class SharedMonth {
       select += (i == 0 ? u"" : u", ") + quoted(shape_.origins[i]);
     }
     const std::u16string key = keyExpression(shape_.key);
-    select += u" FROM " + quoted(shape_.table) + u" WHERE " + key +
+    select += u" FROM " + shape_.table + u" WHERE " + key +
               u" = ANY(CAST($1 AS text ARRAY)) ORDER BY " + key + u" FOR UPDATE";
     const std::array<Value, 1> claimed{textArray(keys)};
     DatabaseResult<SqlResult> rows = db_.query(select, claimed);
     if (!rows.ok()) {
-      (void)db_.rollback();
-      total.error = rows.error().message;
+      failed(rows.error(), total);
       return false;
     }
     BatchTable table;
@@ -278,19 +291,32 @@ class SharedMonth {
       f.row += total.rows;
       total.failures.push_back(std::move(f));
     }
+    if (!part.committed) {
+      // Rolled back: none of the group's rows counts as done by this process.
+      total.error = part.error;
+      return false;
+    }
     total.rows += part.done;
     total.done += part.done;
     total.failed += part.failed;
     total.changedRows += part.changedRows;
     total.changedFields += part.changedFields;
-    if (!part.committed) total.error = part.error;
-    return part.committed;
+    return true;
   }
 
   PostgresDatabase db_;
   Shape shape_;
   const std::atomic<bool>* stop_;
 };
+
+// The record's table as a name that reaches it from this session: with
+// its schema when another table of that name comes first on the path.
+std::optional<std::u16string> tableName(PostgresDatabase& db, const Value& table) {
+  const std::array<Value, 1> oid{table};
+  DatabaseResult<SqlResult> name = db.query(u"SELECT CAST($1 AS oid)::regclass::text", oid);
+  if (!name.ok() || name.value().rows.empty()) return std::nullopt;
+  return name.value().rows.at(0).at(0).stringValue();
+}
 
 // The primary key of the record's table, by the table's number.
 std::optional<std::vector<std::u16string>> primaryKey(PostgresDatabase& db, const Value& table) {
@@ -323,9 +349,12 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
                                              const std::string& recordQuery, bool forWriting,
                                              const std::atomic<bool>* stop, std::string& error,
                                              bool reuse) {
-  DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection);
+  // Interrupted by the stop, not only between groups: a row another
+  // client holds locked would keep the group waiting.
+  DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection, stop);
   if (!opened.ok()) {
-    error = "无法连接数据库 '" + connection + "': " + toUtf8(opened.error().message);
+    error =
+        "无法连接数据库 '" + shownConnection(connection) + "': " + toUtf8(opened.error().message);
     return std::nullopt;
   }
   PostgresDatabase db = std::move(opened).value();
@@ -372,13 +401,28 @@ std::optional<BatchDatabase> openServerBatch(const std::string& connection,
   }
   Shape shape;
   shape.run = text(recordQuery);
-  shape.table = result.columns.at(0).table;
   shape.fieldNames = batch.table.fieldNames;
   for (const SqlColumn& c : result.columns) shape.origins.push_back(c.origin);
   // The identity is where the row lies, its writer and its table (last).
-  const SqlCell& table = result.rowIdentities.at(0).back();
-  const std::optional<std::vector<std::u16string>> key =
-      primaryKey(db, Value::string(fromUtf8(std::get<std::string>(table))));
+  // Rows of several tables (partitions, inherited tables) share places, by
+  // which the claims are listed: one place could name another table's row.
+  const SqlCell& first = result.rowIdentities.at(0).back();
+  for (const auto& id : result.rowIdentities) {
+    if (id.back() != first) {
+      error =
+          "--record 的行来自多个表 (分区或继承的表), 多个进程分担的批处理无法认领; "
+          "请对其中一个表运行";
+      return std::nullopt;
+    }
+  }
+  const Value table = Value::string(fromUtf8(std::get<std::string>(first)));
+  const std::optional<std::u16string> name = tableName(db, table);
+  if (!name) {
+    error = "找不到 --record 的表 " + toUtf8(result.columns.at(0).table);
+    return std::nullopt;
+  }
+  shape.table = *name;
+  const std::optional<std::vector<std::u16string>> key = primaryKey(db, table);
   if (!key) {
     error = "表 " + toUtf8(shape.table) + " 没有主键: 多个进程分担的批处理按主键认领行";
     return std::nullopt;

@@ -474,7 +474,8 @@ korvex_status korvex_open_database(korvex_engine* e, const char* path, size_t pa
         *objects, server ? korvex::fromUtf8(file) : korvex::dataSource(file));
     if (!opened.ok()) {
       return failed(e, KORVEX_E_DATABASE,
-                    "无法打开数据库 '" + file + "': " + korvex::toUtf8(opened.description));
+                    "无法打开数据库 '" + korvex::shownConnection(file) +
+                        "': " + korvex::toUtf8(opened.description));
     }
     e->objects = std::move(objects);
     e->engine.SetObjectFactory(e->objects);

@@ -152,7 +152,10 @@ std::string summaryText(const BatchSummary& s) {
            std::to_string(s.statements->reused) + " 条用已读的结果作答\n";
   }
   if (s.dryRun) out += "试运行: 没有写入数据库\n";
-  if (!s.dryRun && !s.committed) {
+  if (!s.dryRun && !s.committed && s.sharedRows) {
+    out += "提交失败: 本进程已提交的 " + std::to_string(s.done) +
+           " 行保留, 未提交的一组已撤销, 留给其他进程或重新运行: " + printable(s.error) + "\n";
+  } else if (!s.dryRun && !s.committed) {
     out += "提交失败, 数据库未改动: " + printable(s.error) + "\n";
   }
   return out;

@@ -64,7 +64,7 @@ std::optional<std::vector<std::u16string>> serverRecordFields(const CheckOptions
                                                               std::string& error) {
   DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(o.db);
   if (!opened.ok()) {
-    error = "无法连接数据库 '" + o.db + "': " + toUtf8(opened.error().message);
+    error = "无法连接数据库 '" + shownConnection(o.db) + "': " + toUtf8(opened.error().message);
     return std::nullopt;
   }
   const auto kind = opened.value().inspect(fromUtf8(*o.record));

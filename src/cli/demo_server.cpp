@@ -122,7 +122,7 @@ std::optional<DemoSummary> createDemoOnServer(const std::string& connection,
                                               std::string& error) {
   DatabaseResult<PostgresDatabase> opened = PostgresDatabase::open(connection);
   if (!opened.ok()) {
-    error = "无法连接数据库 " + connection + ": " + toUtf8(opened.error().message);
+    error = "无法连接数据库 " + shownConnection(connection) + ": " + toUtf8(opened.error().message);
     return std::nullopt;
   }
   PostgresDatabase server = std::move(opened).value();

@@ -98,9 +98,12 @@ std::shared_ptr<ObjectFactory> postgresObjectFactory(std::shared_ptr<SqlLog> log
 PostgresDatabase::PostgresDatabase(std::shared_ptr<ds::ServerSession> session) noexcept
     : session_(std::move(session)) {}
 
-DatabaseResult<PostgresDatabase> PostgresDatabase::open(const std::string& connection) {
+DatabaseResult<PostgresDatabase> PostgresDatabase::open(const std::string& connection,
+                                                        const std::atomic<bool>* interrupt) {
+  SqliteAccess access;
+  access.interrupt = interrupt;
   try {
-    return PostgresDatabase(std::make_shared<ds::ServerSession>(connection, u"", SqliteAccess{}));
+    return PostgresDatabase(std::make_shared<ds::ServerSession>(connection, u"", access));
   } catch (const ds::DbError& e) {
     return DatabaseFailure{e.message()};
   }

@@ -1,7 +1,6 @@
 #include "postgres/server_cells.hpp"
 
 #include <charconv>
-#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -48,8 +47,13 @@ SqlCell cellOf(Oid type, std::string_view text) {
       if (const auto n = wholeNumber(text)) return *n;
       [[fallthrough]];
     case kFloat4:
-    case kServerFloat8:
-      return std::strtod(std::string(text).c_str(), nullptr);
+    case kServerFloat8: {
+      // Not strtod: a host program that set a locale writing decimal commas
+      // would have it read 1234.56 as 1234.
+      double d = 0;
+      std::from_chars(text.data(), text.data() + text.size(), d);
+      return d;
+    }
     case kServerBytea: {
       SqlBlob blob;
       if (text.starts_with("\\x")) {

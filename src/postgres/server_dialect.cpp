@@ -198,25 +198,35 @@ std::string firstWord(std::string_view statement) {
 }
 
 TransactionWord transactionWord(std::string_view statement) {
-  std::vector<std::string_view> words;
+  std::vector<std::string_view> words;  // up to the first token that is not a word
+  bool onlyWords = true;
   for (const SqlToken& t : sqlTokens(statement)) {
     if (t.kind == SqlTokenKind::Blank || t.kind == SqlTokenKind::Comment) continue;
-    if (t.kind != SqlTokenKind::Word) return TransactionWord::None;
+    if (t.kind != SqlTokenKind::Word) {
+      onlyWords = false;
+      break;
+    }
     words.push_back(statement.substr(t.begin, t.size));
   }
   if (words.empty()) return TransactionWord::None;
   const std::string_view w = words[0];
-  const auto rest = [&](std::string_view allowed) {
-    return words.size() == 1 || (words.size() == 2 && isWord(words[1], allowed));
-  };
-  if (isWord(w, "BEGIN") && rest("TRANSACTION")) return TransactionWord::Begin;
-  if (isWord(w, "START") && words.size() == 2 && isWord(words[1], "TRANSACTION")) {
+  const bool plain =
+      onlyWords && (words.size() == 1 ||
+                    (words.size() == 2 && (isWord(words[1], "TRANSACTION") ||
+                                           isWord(words[1], "WORK") || isWord(words[1], "TRAN"))));
+  if (isWord(w, "BEGIN") && plain) return TransactionWord::Begin;
+  if (isWord(w, "START") && onlyWords && words.size() == 2 && isWord(words[1], "TRANSACTION")) {
     return TransactionWord::Begin;
   }
-  if ((isWord(w, "COMMIT") || isWord(w, "END")) && rest("TRANSACTION")) {
-    return TransactionWord::Commit;
+  if ((isWord(w, "COMMIT") || isWord(w, "END")) && plain) return TransactionWord::Commit;
+  if (isWord(w, "ROLLBACK") && plain) return TransactionWord::Rollback;
+  const bool savepoint =
+      std::any_of(words.begin(), words.end(), [](std::string_view x) { return isWord(x, "TO"); });
+  if (isWord(w, "COMMIT") || isWord(w, "END") || isWord(w, "ABORT") ||
+      (isWord(w, "ROLLBACK") && !savepoint) ||
+      (isWord(w, "PREPARE") && words.size() > 1 && isWord(words[1], "TRANSACTION"))) {
+    return TransactionWord::Ends;
   }
-  if (isWord(w, "ROLLBACK") && rest("TRANSACTION")) return TransactionWord::Rollback;
   return TransactionWord::None;
 }
 

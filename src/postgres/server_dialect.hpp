@@ -40,8 +40,10 @@ ServerText adaptForServer(std::u16string_view sql);
 std::vector<std::string_view> serverStatements(std::string_view sql);
 
 /// What a statement does to the transaction: BEGIN (or START TRANSACTION),
-/// COMMIT (or END), ROLLBACK without TO; None for anything else.
-enum class TransactionWord { None, Begin, Commit, Rollback };
+/// COMMIT (or END), ROLLBACK without TO, each with WORK, TRANSACTION or
+/// TRAN; Ends for the other statements that end it (ABORT, AND CHAIN, a
+/// two-phase PREPARE or COMMIT PREPARED); None for anything else.
+enum class TransactionWord { None, Begin, Commit, Rollback, Ends };
 TransactionWord transactionWord(std::string_view statement);
 
 /// The statement's first word in upper case ("SELECT", "CREATE", ...).

@@ -22,10 +22,13 @@ namespace {
 // written in ISO form (and month first where a text is ambiguous), and the
 // payroll database's functions the server lacks or has with another
 // meaning, in the session's own schema so that nothing is left behind.
+// Its transactions wait on the scripts by design (a run's, a group's, the
+// batch's snapshot): a site's limit on idle transactions must not end them.
 constexpr std::string_view kSessionSetup = R"SQL(
 SET datestyle = 'ISO, MDY';
 SET client_encoding = 'UTF8';
 SET client_min_messages = warning;
+SET idle_in_transaction_session_timeout = 0;
 CREATE FUNCTION pg_temp.korvex_year(date) RETURNS integer LANGUAGE sql IMMUTABLE
   AS 'SELECT extract(year FROM $1)::integer';
 CREATE FUNCTION pg_temp.korvex_year(timestamp) RETURNS integer LANGUAGE sql IMMUTABLE
@@ -103,6 +106,22 @@ bool plainSelectList(std::string_view sql, std::size_t from) {
 constexpr std::array<std::u16string_view, 3> kIdentity{u"ctid", u"xmin", u"tableoid"};
 constexpr std::string_view kIdentityColumns = ", ctid, xmin, tableoid ";
 
+// A statement that leaves something in the session beyond its transaction
+// (a search path, a temporary table, a prepared statement): the next
+// connection, which expects a session as new, must not get it.
+bool changesSession(std::string_view statement) {
+  const std::string word = firstWord(statement);
+  for (std::string_view w : {"SET", "RESET", "DISCARD", "PREPARE", "DECLARE", "LISTEN", "LOAD"}) {
+    if (word == w) return true;
+  }
+  for (const SqlToken& t : sqlTokens(statement)) {
+    if (t.kind != SqlTokenKind::Word) continue;
+    const std::string_view w = statement.substr(t.begin, t.size);
+    if (isWord(w, "TEMP") || isWord(w, "TEMPORARY")) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 ServerSession::ServerSession(const std::string& connection, std::u16string_view catalog,
@@ -110,8 +129,17 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
     : connection_(connection), interrupt_(access.interrupt) {
   const bool readOnly = access.readOnly;
   const std::string database = toUtf8(catalog);
-  const char* keys[] = {"dbname", catalog.empty() ? nullptr : "dbname", nullptr};
-  const char* values[] = {connection.c_str(), database.c_str(), nullptr};
+  // A server that stops answering (its machine gone, the network cut) is
+  // found out in about a minute, not after the system's two hours of
+  // silence; the connection string may say otherwise, as it comes after.
+  const char* keys[] = {"connect_timeout",
+                        "keepalives_idle",
+                        "keepalives_interval",
+                        "keepalives_count",
+                        "dbname",
+                        catalog.empty() ? nullptr : "dbname",
+                        nullptr};
+  const char* values[] = {"15", "30", "10", "3", connection.c_str(), database.c_str(), nullptr};
   conn_ = PQconnectdbParams(keys, values, 1);
   if (conn_ == nullptr || PQstatus(conn_) != CONNECTION_OK) {
     std::string why = conn_ != nullptr ? PQerrorMessage(conn_) : "out of memory";
@@ -160,7 +188,9 @@ ServerSession::ServerSession(const std::string& connection, std::u16string_view 
 ServerSession::~ServerSession() { PQfinish(conn_); }
 
 bool ServerSession::reusable() const noexcept {
-  if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_) return false;
+  if (PQstatus(conn_) != CONNECTION_OK || userOpen_ || queryOnly_ || settingsChanged_) {
+    return false;
+  }
   const PGTransactionStatusType state = PQtransactionStatus(conn_);
   return readOnlyBegin_.empty() ? state == PQTRANS_IDLE && !enclosing_ : state == PQTRANS_INTRANS;
 }
@@ -168,8 +198,11 @@ bool ServerSession::reusable() const noexcept {
 void ServerSession::fail(const PGresult* result) const {
   const char* primary = result ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
   std::string why = primary != nullptr ? primary : PQerrorMessage(conn_);
+  // A lost server says so over several lines of its own: the first is enough.
+  const bool lost = PQstatus(conn_) != CONNECTION_OK;
+  if (lost) why = why.substr(0, why.find('\n'));
   while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
-  throw DbError(fromUtf8(why));
+  throw DbError(fromUtf8(lost ? "与数据库服务器的连接已断开: " + why : why));
 }
 
 bool ServerSession::inTransaction() const { return PQtransactionStatus(conn_) != PQTRANS_IDLE; }
@@ -429,7 +462,16 @@ ResultSet ServerSession::run(std::u16string_view sql, std::span<const Value> par
     const ServerText adapted = adaptForServer(fromUtf8(indexed ? *indexed : std::string(one)));
     if (adapted.usesDomains) makeDomains();
     const std::string text = toUtf8(adapted.sql);
-    if (const TransactionWord word = transactionWord(text); word != TransactionWord::None) {
+    settingsChanged_ = settingsChanged_ || changesSession(text);
+    if (const TransactionWord word = transactionWord(text); word == TransactionWord::Ends) {
+      // The host's transaction is the run's: ended here, the run's writes
+      // before would stay whatever became of the run.
+      if (enclosing_ && readOnlyBegin_.empty()) {
+        throw DbError(
+            u"this statement would end the run's transaction: "
+            u"a script ends its own with COMMIT or ROLLBACK");
+      }
+    } else if (word != TransactionWord::None) {
       userTransaction(word);
       result = ResultSet{};
       continue;

@@ -42,7 +42,8 @@ class ServerSession {
   /// Whether the session is as it was when it was opened, fit for the next
   /// connection: no transaction of the host's or the scripts' open (a
   /// session reading a snapshot still in it), nothing switched to reading
-  /// only, the connection to the server sound.
+  /// only, no setting or temporary object of a script's left in it, the
+  /// connection to the server sound.
   bool reusable() const noexcept;
   const std::u16string& catalog() const noexcept { return catalog_; }
 
@@ -103,6 +104,7 @@ class ServerSession {
   bool userOpen_ = false;
   bool queryOnly_ = false;
   bool domains_ = false;
+  bool settingsChanged_ = false;  // by a script: the session is not for another
   // Reads shared with the sessions of the same snapshot.
   std::string snapshot_;
   std::string readOnlyBegin_;  // what begins a read-only session's transaction

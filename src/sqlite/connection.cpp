@@ -161,7 +161,8 @@ DispatchResult Connection::open() {
   if (server_) {
     try {
       backend_ = server_(connectionString_, catalog_ ? *catalog_ : u"", access_);
-      path_ = toUtf8(connectionString_);
+      // Shown to the scripts as Data Source: never with its password.
+      path_ = shownConnection(toUtf8(connectionString_));
       return DispatchResult::success();
     } catch (const DbError& e) {
       return providerError(e.message());
@@ -230,8 +231,10 @@ DispatchResult Connection::getProperty(std::u16string_view name, std::span<const
     return DispatchResult::success(Value::string(catalog()));
   }
   if (equalsNoCase(name, kDataSource)) {
+    if (backend_) return DispatchResult::success(Value::string(fromUtf8(path_)));
     return DispatchResult::success(
-        Value::string(backend_ ? fromUtf8(path_) : setting(connectionString_, kDataSource)));
+        Value::string(server_ ? fromUtf8(shownConnection(toUtf8(connectionString_)))
+                              : setting(connectionString_, kDataSource)));
   }
   if (equalsNoCase(name, u"Properties")) {
     // The property objects refer back to this connection, which the
@@ -303,6 +306,47 @@ namespace korvex {
 std::u16string dataSource(std::string_view path) {
   const std::u16string name = fromUtf8(path);
   return u"Data Source=" + doubleQuoted(std::u16string_view(name));
+}
+
+std::string shownConnection(std::string_view c) {
+  std::string out;
+  std::size_t i = 0;
+  const bool address = c.starts_with("postgresql://") || c.starts_with("postgres://");
+  if (address) {
+    // user:password@ before the host, which ends at the first "/" or "?".
+    const std::size_t start = c.find("://") + 3;
+    const std::size_t end = std::min(c.find_first_of("/?", start), c.size());
+    const std::size_t at = c.rfind('@', end);
+    const std::size_t colon = c.find(':', start);
+    if (at != std::string_view::npos && at >= start && colon < at) {
+      out.append(c.substr(0, colon + 1)).append("***");
+      i = at;
+    }
+  }
+  // password=value: a setting of its own, or a parameter of the address.
+  const auto blank = [](char ch) { return ch == ' ' || ch == '\t' || ch == '\n' || ch == '\r'; };
+  for (std::size_t p = c.find("password", i); p != std::string_view::npos;
+       p = c.find("password", p + 1)) {
+    if (p > 0 && !blank(c[p - 1]) && c[p - 1] != '?' && c[p - 1] != '&') continue;
+    std::size_t v = p + 8;
+    while (v < c.size() && blank(c[v])) ++v;
+    if (v == c.size() || c[v] != '=') continue;
+    ++v;
+    while (v < c.size() && blank(c[v])) ++v;
+    std::size_t e = v;
+    if (e < c.size() && c[e] == '\'') {
+      for (++e; e < c.size() && c[e] != '\''; ++e) {
+        if (c[e] == '\\') ++e;
+      }
+      e = std::min(e + 1, c.size());
+    } else {
+      while (e < c.size() && !blank(c[e]) && !(address && c[e] == '&')) ++e;
+    }
+    out.append(c.substr(i, v - i)).append("***");
+    i = e;
+    p = e - 1;
+  }
+  return out.append(c.substr(i));
 }
 
 }  // namespace korvex

@@ -392,5 +392,19 @@ TEST(BatchCommand, RefusedBeforeComputing) {
   need(other.rollback());
 }
 
+// The server's claims name rows by their places in one table: a record of
+// a parent table, whose rows lie in several, is refused.
+TEST_P(BatchOnBoth, RowsOfSeveralTablesAreRefused) {
+  if (!onServer()) GTEST_SKIP() << "a file has no inherited tables";
+  const Files f = makeFiles("inherited", kPayScript, "pay.db", GetParam());
+  need(need(PostgresDatabase::open(f.db))
+           .execute("CREATE TABLE pay_more (PRIMARY KEY (code)) INHERITS (pay);"
+                    "INSERT INTO pay_more VALUES ('E7', 70, 0)"));
+  const Outcome r = run(f, {}, "SELECT * FROM pay WHERE code IN ('E1', 'E7')");
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("--record 的行来自多个表"), std::string::npos) << r.err;
+  EXPECT_EQ(wages(f.db), kUnchanged + "E7=0.000000 ");
+}
+
 }  // namespace
 }  // namespace korvex::cli

@@ -264,6 +264,27 @@ TEST_F(ObjectsOnServer, UpdateLandsOnTheRowReadOrNowhere) {
   }
 }
 
+// A closed connection's session serves the next connection only as new:
+// nothing a script set or made in it is left for the next.
+TEST_F(ObjectsOnServer, TheNextConnectionFindsNothingTheLastLeft) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"set application_name = 'korvex_left'",
+       "select current_setting('application_name') = 'korvex_left'"},
+      {"create temp table korvex_left (x int)",
+       "select to_regclass('pg_temp.korvex_left') is not null"},
+  };
+  for (const auto& [left, found] : cases) {
+    Value seen;
+    for (const char* sql : {left, found}) {
+      DispatchResult c = openConnection(*objects_, fromUtf8(schema_->connection()));
+      ASSERT_TRUE(c.ok());
+      seen = fieldOf(executeOn(*c.value.objectValue(), sql), 0);
+      ASSERT_TRUE(c.value.objectValue()->callMethod(u"Close", {}).ok());
+    }
+    EXPECT_EQ(describe(seen), "Long:0") << left;  // false
+  }
+}
+
 TEST_P(ObjectsOnBoth, StoredProceduresAndCatalog) {
   if (onServer()) {
     exec(

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "korvex/sqlite.hpp"
 #include "korvex/value.hpp"
 
 namespace korvex::ds {
@@ -70,6 +71,13 @@ TEST(ServerDialect, CutsAndClassifiesStatements) {
       {"END", TransactionWord::Commit},
       {"rollback", TransactionWord::Rollback},
       {"rollback to korvex_user", TransactionWord::None},
+      {"commit work", TransactionWord::Commit},
+      {"begin tran", TransactionWord::Begin},
+      {"abort", TransactionWord::Ends},
+      {"commit and chain", TransactionWord::Ends},
+      {"rollback work to savepoint s", TransactionWord::None},
+      {"prepare transaction 'x'", TransactionWord::Ends},
+      {"commit prepared 'x'", TransactionWord::Ends},
       {"begin; select 1", TransactionWord::None},
       {"select 1", TransactionWord::None},
   };
@@ -107,6 +115,19 @@ TEST(ServerDialect, SteadyQueriesAndServerNames) {
       {"Data Source=pay.db", false},
   };
   for (const auto& [name, server] : names) EXPECT_EQ(namesServer(name), server) << name;
+  // What scripts and messages see of a connection string: no password.
+  const std::pair<const char*, const char*> shown[] = {
+      {"postgresql://clerk:s3cret@db:5432/payroll?sslmode=require",
+       "postgresql://clerk:***@db:5432/payroll?sslmode=require"},
+      {"postgres://clerk:a@b@db/payroll", "postgres://clerk:***@db/payroll"},
+      {"postgres://db/payroll?user=clerk&password=s3cret&sslmode=disable",
+       "postgres://db/payroll?user=clerk&password=***&sslmode=disable"},
+      {"host=db password = 'a b\\'c' user=clerk", "host=db password = *** user=clerk"},
+      {"password=s3cret", "password=***"},
+      {"host=db mypassword=x password=y", "host=db mypassword=x password=***"},
+      {"postgresql://clerk@db/payroll", "postgresql://clerk@db/payroll"},
+  };
+  for (const auto& [connection, seen] : shown) EXPECT_EQ(shownConnection(connection), seen);
 }
 
 }  // namespace
