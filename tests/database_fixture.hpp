@@ -89,6 +89,9 @@ class ServerSchema {
   std::optional<PostgresDatabase> admin_;
 };
 
+inline constexpr const char* kNoServer =
+    "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
+
 class DatabaseTest : public ::testing::Test {
  protected:
   /// The database the test runs on (a parameter of the tests on both).
@@ -98,9 +101,7 @@ class DatabaseTest : public ::testing::Test {
   void SetUp() override {
     std::u16string connect;
     if (onServer()) {
-      if (testServer().empty()) {
-        GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
-      }
+      if (testServer().empty()) GTEST_SKIP() << kNoServer;
       schema_.emplace();
       connect = fromUtf8(schema_->connection());
       objects_ = postgresObjectFactory(log_);
@@ -170,8 +171,20 @@ class BothBackends : public DatabaseTest, public ::testing::WithParamInterface<B
   Backend backend() const override { return GetParam(); }
 };
 
-#define KORVEX_ON_BOTH_BACKENDS(suite)                                                     \
-  INSTANTIATE_TEST_SUITE_P(, suite, ::testing::Values(Backend::Sqlite, Backend::Postgres), \
-                           backendName)
+/// Tests that take the backend as their parameter and make their own
+/// database (the command's): the server runs skip without a server.
+class OnEachBackend : public ::testing::TestWithParam<Backend> {
+ protected:
+  void SetUp() override {
+    if (onServer() && testServer().empty()) GTEST_SKIP() << kNoServer;
+  }
+  bool onServer() const { return GetParam() == Backend::Postgres; }
+};
+
+#define KORVEX_ON_BOTH_BACKENDS(suite)                                                             \
+  INSTANTIATE_TEST_SUITE_P(                                                                        \
+      , suite,                                                                                     \
+      ::testing::Values(::korvex::testing::Backend::Sqlite, ::korvex::testing::Backend::Postgres), \
+      ::korvex::testing::backendName)
 
 }  // namespace korvex::testing

@@ -173,18 +173,8 @@ Outcome run(const Files& f, std::vector<std::string_view> more = {},
 // own) and the line of the If.
 // On the server a batch that writes shares the month with other
 // processes: its summary says so.
-class BatchOnBoth : public ::testing::TestWithParam<testing::Backend> {
- protected:
-  void SetUp() override {
-    if (onServer() && testing::testServer().empty()) {
-      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
-    }
-  }
-  bool onServer() const { return GetParam() == testing::Backend::Postgres; }
-};
-INSTANTIATE_TEST_SUITE_P(, BatchOnBoth,
-                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
-                         testing::backendName);
+class BatchOnBoth : public testing::OnEachBackend {};
+KORVEX_ON_BOTH_BACKENDS(BatchOnBoth);
 
 TEST_P(BatchOnBoth, WritesSucceedingRowsAndReportsFailures) {
   const Files f = makeFiles("write", kPayScript, "pay.db", GetParam());

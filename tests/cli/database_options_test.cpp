@@ -58,17 +58,8 @@ TEST(DatabaseOptions, DbOpensExactlyTheFileNamed) {
 
 // A refused query leaves the table as it was: neither it nor the script ran.
 // On the file and on the server.
-class RecordQuery : public ::testing::TestWithParam<testing::Backend> {
- protected:
-  void SetUp() override {
-    if (GetParam() == testing::Backend::Postgres && testing::testServer().empty()) {
-      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
-    }
-  }
-};
-INSTANTIATE_TEST_SUITE_P(, RecordQuery,
-                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
-                         testing::backendName);
+class RecordQuery : public testing::OnEachBackend {};
+KORVEX_ON_BOTH_BACKENDS(RecordQuery);
 
 TEST_P(RecordQuery, TakesOneStatementThatOnlyReads) {
   const struct {

@@ -229,17 +229,8 @@ TEST(RunScript, SecondInterruptEndsTheProcessAtTheStopPrompt) {
 // One transaction per run: kept only when the run succeeds and is no dry
 // run; a record query without rows runs nothing. On the file and on the
 // server.
-class RunDatabase : public ::testing::TestWithParam<testing::Backend> {
- protected:
-  void SetUp() override {
-    if (GetParam() == testing::Backend::Postgres && testing::testServer().empty()) {
-      GTEST_SKIP() << "no PostgreSQL server: KORVEX_PG is not set (scripts/test.sh starts one)";
-    }
-  }
-};
-INSTANTIATE_TEST_SUITE_P(, RunDatabase,
-                         ::testing::Values(testing::Backend::Sqlite, testing::Backend::Postgres),
-                         testing::backendName);
+class RunDatabase : public testing::OnEachBackend {};
+KORVEX_ON_BOTH_BACKENDS(RunDatabase);
 
 TEST_P(RunDatabase, OnlyASucceedingRunChangesTheFile) {
   const std::string all = "select * from pay order by code";
